@@ -1,0 +1,141 @@
+#pragma once
+
+#include "Bbox2.h"
+#include "Circle2.h"
+#include "Color.h"
+#include "Edge2.h"
+#include "KivoException.h"
+#include "Label.h"
+#include "MsgBase.h"
+#include "Orientation2.h"
+#include "Point2.h"
+#include "Segment2.h"
+#include "Triangle2.h"
+#include "TriangleAroundVertexIterator.h"
+#include "Vector2.h"
+#include "VertexPair2.h"
+#include "Visualizer2.h"
+#include "export.h"
+#include "functions.h"
+#include "fwd.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace TESK_KIVO2D {
+
+/// A Delaunay triangulation.
+///
+/// Points are inserted one by one or in batches; equal points become one vertex, the first of them. While all
+/// points lie on one line there are no triangles and `is2D()` is false. Every decision is exact for every
+/// finite coordinate; points with a coordinate that is infinite or not a number are ignored with a warning.
+///
+/// The object owns its vertices and triangles: pointers that it hands out are valid until the object dies (or
+/// the vertex is removed). Equal calls give equal results, orders included, in every run of the same build.
+/// Different objects may be used in different threads, one object by one thread at a time.
+///
+/// Wrong or premature calls write a message and return a neutral result. `KivoException` means that an
+/// internal condition failed.
+class KIVO_API Kivo_2D {
+public:
+    /// \param numExpectedVertices sizes the first blocks of memory; any number works.
+    explicit Kivo_2D(unsigned int numExpectedVertices = 0);
+    ~Kivo_2D();
+    Kivo_2D(const Kivo_2D&) = delete;
+    Kivo_2D& operator=(const Kivo_2D&) = delete;
+
+    /// \name Insertion
+    /// \{
+
+    /// Inserts a point and returns its vertex: a new one, or the one that lies there already. Null for a point
+    /// that is not finite. Expected O(log n).
+    Point2* insert(const Point2& point);
+    /// Inserts a batch: faster than one by one. O(n log n) for all but contrived inputs.
+    void insert(const std::vector<Point2>& vInputPoints);
+    /// Inserts a batch; afterwards pVHandles holds the vertex of each input point, in input order (null where
+    /// the point was not finite).
+    void insert(const std::vector<Point2>& vInputPoints, std::vector<Point2*>& vHandles);
+    /// Inserts numPoints points given as x0, y0, x1, y1, ... aHandles receives one vertex a point; it may be
+    /// null when no handles are wanted.
+    void insert(int numPoints, double* aCoordinates, Point2** aHandles);
+    /// Inserts the points and returns the seconds it took.
+    double measureTrianguluationTime(std::vector<Point2>& vPoints);
+
+    /// \}
+    /// \name Queries
+    /// \{
+
+    /// A triangle that contains the point, inside or on its border; null outside the convex hull or while not
+    /// 2-D. Expected O(log n). It reads only the triangulation but uses its working storage, so it is not for
+    /// concurrent calls.
+    Triangle2* locate(const Point2& point) const;
+    /// Fills the vector with the hull vertices in counter-clockwise order, each once. With bAllVertices false
+    /// those between two others on a straight piece are left out. O(number of triangles).
+    void getConvexHull(bool bAllVertices, std::vector<Point2*>& vConvexHullPoints) const;
+    /// Appends the triangles around a vertex in counter-clockwise order. Throws `KivoException` when the vertex
+    /// has none.
+    void getIncidentTriangles(Point2* pVtx, std::vector<Triangle2*>& vIncidentT) const;
+    /// The triangle to the left of the directed edge p0 -> p1; null when the edge does not exist or its left
+    /// side lies outside the hull. O(degree of p0).
+    Triangle2* getAdjacentTriangle(Point2* p0, Point2* p1) const;
+    /// Fills the vector with all triangles, in the order of their records.
+    void getTrianglePointers(std::vector<Triangle2*>& vAllTriangles) const;
+    /// Fills the vector with all vertices, in the order of their records.
+    void getVertexPointers(std::vector<Point2*>& vAllVertices) const;
+    /// The box of all vertices; empty when there are none. O(n).
+    Bbox2 computeBoundingBox() const;
+    /// Number of vertices. O(1).
+    std::size_t numberOfPoints() const;
+    /// Number of triangles. O(1).
+    std::size_t numberOfTriangles() const;
+    /// False while all points lie on one line.
+    bool is2D() const;
+    /// Checks links, corners and, when asked, that no neighbour's far corner lies strictly inside a triangle's
+    /// circumcircle. Prints what it finds; on failure it also draws name + "currentState.ps" and returns false.
+    bool checkValidity(bool bCheckEmptyCircleProperty, const std::string& name) const;
+    /// Prints counts and a histogram of the interior angles.
+    void statistics(const std::string& name) const;
+    /// Orientation of three points, exact; safe in any thread.
+    Orientation2 getOrientation(const Point2& p0, const Point2& p1, const Point2& p2) const;
+
+    /// \}
+    /// \name Drawing
+    /// \{
+
+    /// Writes a PostScript drawing of the triangles. While not 2-D it says so and writes no file.
+    void show(const std::string& postscriptFilename, bool bWithConstraints = true) const;
+    /// Adds the triangles to a drawing of the caller's.
+    void show(Visualizer2* pVis, bool bWithConstraints = true) const;
+
+    /// \}
+    /// \name Settings and messages
+    /// \{
+
+    /// A name of the user's choice.
+    void setName(const std::string& name);
+    std::string getName() const;
+    /// Number of threads for large batches: n >= 1 as given, 0 for the number of hardware threads, 1 for
+    /// negative values. Returns the number that is set.
+    int setNumCPU(int numCPU);
+    /// Same as setNumCPU(0).
+    void enableMultithreading();
+    /// Subscribes a listener; the application keeps owning it.
+    void subscribe(MsgType msgType, MsgBase* pMsg);
+    /// Removes the subscription of this listener to this kind of message, if there is one.
+    void unsubscribe(MsgType msgType, MsgBase* pMsg);
+
+    /// \}
+
+    /// The implementation object, owned by this one.
+    Dt2* getImpl() const { return pDt.get(); }
+
+protected:
+    /// Creates the implementation object.
+    void initKivo(unsigned int numExpectedVertices);
+
+private:
+    std::unique_ptr<Dt2> pDt;
+};
+
+} // namespace TESK_KIVO2D

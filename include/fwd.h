@@ -1,0 +1,26 @@
+#pragma once
+
+/// \file
+/// Declarations of the library's classes, for headers that only need their names.
+
+namespace TESK_KIVO2D {
+
+class Bbox2;
+class Circle2;
+class Color;
+class Dt2;
+class Edge2;
+class Kivo_2D;
+class KivoException;
+class Label;
+class MsgBase;
+class Point2;
+class Segment2;
+class TeskTest;
+class Triangle2;
+class TriangleAroundVertexIterator;
+class Vector2;
+class VertexPair2;
+class Visualizer2;
+
+} // namespace TESK_KIVO2D

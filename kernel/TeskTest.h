@@ -1,0 +1,110 @@
+#pragma once
+
+#include "Orientation2.h"
+#include "Point2.h"
+#include "Triangle2.h"
+#include "kernel/TeskTest_stages.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace TESK_KIVO2D {
+
+// Where a point lies against a circumcircle.
+enum CircleInclusion2 {
+    CINC2_ZERO = 0,     // on the circle
+    CINC2_INCIRCLE = 1, // strictly inside
+    CINC2_OUTCIRCLE = 2 // strictly outside
+};
+
+// How two segments meet.
+enum SegmentIntersectionState2 {
+    IST_NOIS = 0,      // not at all
+    IST_COLLINEAR = 1, // all four ends on one line, touching or overlapping
+    IST_REGULAR = 2    // properly or by touching, not on one line
+};
+
+// The exact predicates. Each question runs through stages: a stage answers only when its answer is certain, and
+// the last one, rational arithmetic, always is. So for all finite coordinates:
+//   (1) an orientation is collinear exactly when the real determinant is 0;
+//   (2) rotating the three points keeps an orientation, swapping two exchanges CCW and CW;
+//   (3) the three-valued in-circle test is the sign of the real determinant.
+//
+// The static bound belongs to a largest absolute coordinate: the static stage may answer only for points within
+// it. The entries named getOrientation2 guard that and complain; `orientation` trusts its caller, who keeps the
+// bound valid by construction, and `orientationUnbounded` leaves the static stage out.
+//
+// One object must not be used by two threads at once: the rationals are working storage, kept from call to call.
+class TeskTest {
+public:
+    TeskTest();
+    ~TeskTest();
+    TeskTest(const TeskTest&) = delete;
+    TeskTest& operator=(const TeskTest&) = delete;
+
+    // Makes the static stage valid for coordinates up to |maxAbsCoord|.
+    void setStaticBound(double maxAbsCoord);
+    // Raises the bound when one of the points lies beyond it.
+    void growStaticBound(const Point2& p0, const Point2& p1, const Point2& p2);
+    double getMaxAbsCoord() const { return maxAbsCoord; }
+    double getUpperStaticBound() const { return upperStaticBound; }
+    double getLowerStaticBound() const { return -upperStaticBound; }
+
+    // Side of c seen from the directed line a -> b. A point beyond the bound is answered right all the same, but
+    // with a report and the warning "Recompute the static bound!".
+    Orientation2 getOrientation2(const Point2* a, const Point2* b, const Point2* c);
+    // Side of q seen from the edge of t opposite corner ith.
+    Orientation2 getOrientation2(const Triangle2& t, int ith, const Point2& q);
+
+    // The same question for points within the bound; inlined, since the walk lives on it.
+    Orientation2 orientation(const Point2& a, const Point2& b, const Point2& c) {
+        const stages::Decision decision = stages::orientStatic(a, b, c, staticFilterBound);
+        if (decision != stages::UNSURE) return static_cast<Orientation2>(decision);
+        return orientationUnbounded(a, b, c);
+    }
+    // The same question for any finite points.
+    Orientation2 orientationUnbounded(const Point2& a, const Point2& b, const Point2& c);
+
+    // Where q lies against the circumcircle of t, whose corners run counter-clockwise.
+    CircleInclusion2 inCircle(const Triangle2& t, const Point2& q);
+
+    // True when q lies strictly inside the circumcircle of t, and also when q is the fourth corner of an
+    // axis-parallel rectangle with t. Deliberate: it turns the diagonals of a grid the way the newest vertex
+    // wants them. Only the legalisation of a new vertex may use it, where each flip adds an edge at that vertex;
+    // any other loop would flip a square's diagonal for ever.
+    bool isInCircleOrRectangle(const Triangle2& t, const Point2& q) {
+        const stages::Decision decision =
+            stages::inCircleStatic(*t.getCorner(0), *t.getCorner(1), *t.getCorner(2), q);
+        if (decision != stages::UNSURE) return decision == stages::POSITIVE;
+        return isInCircleOrRectangleSlow(t, q);
+    }
+
+    // How the segments p1p2 and p3p4 meet.
+    SegmentIntersectionState2 classifySegments(const Point2& p1, const Point2& p2, const Point2& p3,
+                                               const Point2& p4);
+
+    // Prints what each stage of the orientation says.
+    void debug(const Point2& a, const Point2& b, const Point2& c);
+
+    // How often a question went past its inlined stage and past all stages but the rationals, since construction.
+    struct StageCounts {
+        std::uint64_t orientationPastStatic = 0;
+        std::uint64_t orientationExact = 0;
+        std::uint64_t inCirclePastStatic = 0;
+        std::uint64_t inCircleExact = 0;
+    };
+    const StageCounts& stageCounts() const { return counts; }
+
+private:
+    bool isInCircleOrRectangleSlow(const Triangle2& t, const Point2& q);
+    CircleInclusion2 inCirclePastStatic(const Triangle2& t, const Point2& q);
+
+    double staticFilterBound; // upperStaticBound where it may be trusted, else infinite: no answer passes it
+    double upperStaticBound = 0;
+    double maxAbsCoord = 0;
+    StageCounts counts;
+    std::unique_ptr<OrientationRationals> pOrientationRationals; // null until first needed
+    std::unique_ptr<InCircleRationals> pInCircleRationals;       // null until first needed
+};
+
+} // namespace TESK_KIVO2D
