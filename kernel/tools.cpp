@@ -1,0 +1,218 @@
+#include "kernel/tools.h"
+
+#include "KivoException.h"
+#include "functions.h"
+#include "kernel/assertion.h"
+#include "kernel/intersection.h"
+#include "kernel/messages.h"
+#include "kernel/valueText.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <numeric>
+#include <utility>
+
+namespace TESK_KIVO2D {
+namespace {
+
+bool isFinite(const Point2& p) { return std::isfinite(p.x()) && std::isfinite(p.y()); }
+
+double cross(const Vector2& u, const Vector2& v) { return u.x() * v.y() - u.y() * v.x(); }
+
+// Bounds the rounding error of cross(u, v) when the components are rounded differences of doubles: two
+// differences, a product and the final subtraction leave at most 4 u (|a| + |b|) with u = 2^-53; this is
+// twice as much.
+double crossErrorBound(const Vector2& u, const Vector2& v) {
+    return 0x1p-50 * (std::fabs(u.x() * v.y()) + std::fabs(u.y() * v.x()));
+}
+
+// The lines p1p2 and p3p4 meet at p1 + t * direction.
+struct Crossing {
+    Vector2 direction;
+    double numerator;
+    double denominator;
+    double numeratorError;
+    double denominatorError;
+
+    Crossing(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4) : direction(p2 - p1) {
+        const Vector2 other = p4 - p3;
+        const Vector2 gap = p3 - p1;
+        numerator = cross(gap, other);
+        denominator = cross(direction, other);
+        numeratorError = crossErrorBound(gap, other);
+        denominatorError = crossErrorBound(direction, other);
+    }
+    double t() const { return numerator / denominator; }
+
+    // Bounds the error of t; infinite where the denominator itself is not certain to a few bits.
+    double errorOfT() const {
+        // Below this the products may have lost bits to underflow.
+        const bool bReliable =
+            std::fabs(denominator) > 1e-290 && std::fabs(denominator) > 16 * denominatorError;
+        if (!bReliable) return std::numeric_limits<double>::infinity();
+        const double first = (numeratorError + std::fabs(t()) * denominatorError) / std::fabs(denominator);
+        return 1.25 * first + 0x1p-52 * std::fabs(t());
+    }
+};
+
+// A line as a base point and a direction whose larger component is between 1 and 2, so that neither squares
+// nor products with it overflow. All points are scaled down where their differences would.
+struct ScaledLine {
+    Vector2 direction;
+    Vector2 fromBase; // from the base point, the end nearer to p, to p
+    Point2 base;
+    double scale;
+
+    ScaledLine(const Point2& p, const Point2& a, const Point2& b) {
+        const double largest = std::max({p.getMaxAbs(), a.getMaxAbs(), b.getMaxAbs()});
+        scale = largest > 0x1p1000 ? 0x1p-32 : 1.0;
+        const Point2 sp = scaled(p), sa = scaled(a), sb = scaled(b);
+        direction = sb - sa;
+        const double size = std::max(std::fabs(direction.x()), std::fabs(direction.y()));
+        if (size > 0) {
+            const int exponent = std::ilogb(size);
+            direction.set(std::scalbn(direction.x(), -exponent), std::scalbn(direction.y(), -exponent));
+        }
+        const bool bNearerToA = (sp - sa).length() <= (sp - sb).length();
+        base = bNearerToA ? sa : sb;
+        fromBase = sp - base;
+    }
+    Point2 scaled(const Point2& p) const { return Point2(p.x() * scale, p.y() * scale); }
+    bool isPoint() const { return direction.x() == 0 && direction.y() == 0; }
+};
+
+double middle(double a, double b) {
+    const double sum = a + b;
+    return std::isfinite(sum) ? sum * 0.5 : a * 0.5 + b * 0.5;
+}
+
+// Exponent of the lowest bit that is set; larger than any such for zero.
+int lowestBitExponent(double value) {
+    if (value == 0) return std::numeric_limits<int>::max();
+    int exponent;
+    const auto mantissa =
+        static_cast<std::uint64_t>(std::scalbn(std::frexp(std::fabs(value), &exponent), 53));
+    return exponent - 53 + std::countr_zero(mantissa);
+}
+
+bool fitsDouble(std::int64_t value) { return static_cast<std::int64_t>(static_cast<double>(value)) == value; }
+
+// A point with double coordinates exactly on the segment ab and in the middle quarter of its length. Written
+// with the last bit as the unit, the segment runs from one pair of integers to another, and its integer
+// points are g equal steps apart, g being the greatest common divisor of the differences. Of those near the
+// middle the first one is taken whose coordinates fit the mantissa; rounding the number of steps to powers of
+// two makes them shorter.
+std::optional<Point2> pointNearMiddle(const Point2& a, const Point2& b) {
+    const int unit = std::min({lowestBitExponent(a.x()), lowestBitExponent(a.y()), lowestBitExponent(b.x()),
+                               lowestBitExponent(b.y())});
+    const int highest = std::ilogb(std::max(a.getMaxAbs(), b.getMaxAbs()));
+    if (highest - unit > 60) return std::nullopt; // beyond 64 bits
+    const auto integer = [unit](double value) {
+        return static_cast<std::int64_t>(std::scalbn(value, -unit));
+    };
+    const std::int64_t ax = integer(a.x()), ay = integer(a.y());
+    const std::int64_t dx = integer(b.x()) - ax, dy = integer(b.y()) - ay;
+    const std::int64_t numSteps = std::gcd(dx, dy);
+    for (std::int64_t grain = 1; grain <= numSteps / 4; grain *= 2) {
+        const std::int64_t k = (numSteps / 2 + grain / 2) / grain * grain;
+        const std::int64_t x = ax + dx / numSteps * k, y = ay + dy / numSteps * k;
+        if (fitsDouble(x) && fitsDouble(y))
+            return Point2(std::scalbn(static_cast<double>(x), unit),
+                          std::scalbn(static_cast<double>(y), unit));
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+double computeArea(double a, double b, double c) {
+    const double s = (a + b + c) * 0.5;
+    const double sqArea = (s - a) * s * (s - b) * (s - c);
+    if (std::isnan(sqArea)) {
+        reportWarning("Triangle2::computeArea()", "invalid value, no area for this triangle");
+        throw KivoException();
+    }
+    if (sqArea > 0) return std::sqrt(sqArea);
+    if (sqArea < -1)
+        reportWarning("Triangle2::computeArea()",
+                      "Numeric issue in Triangle::getArea(), sqArea=" + numberText(sqArea));
+    return 0;
+}
+
+double getAngleDegree(const Vector2& u, const Vector2& v) {
+    const double len0 = u.length();
+    const double len1 = v.length();
+    const bool bUnitVectors = std::fabs(1 - len0) <= 0.1 && std::fabs(1 - len1) <= 0.1;
+    if (!bUnitVectors)
+        printErrorText("getAngleDegree has been called for vectors with length!=1.0: len0=" +
+                       numberText(len0) + ", len1=" + numberText(len1) + "\n");
+    KIVO_ASSERT(bUnitVectors, "false");
+    const double cosine = std::clamp(u * v, -1.0, 1.0);
+    return std::acos(cosine) * 180.0 /
+           3.14159; // Deliberate: five digits of pi, all angles of the library share it
+}
+
+std::optional<Point2> intersectLinesInDoubles(const Point2& p1, const Point2& p2, const Point2& p3,
+                                              const Point2& p4) {
+    const Crossing crossing(p1, p2, p3, p4);
+    if (crossing.denominator == 0) return std::nullopt;
+    const Vector2 step = crossing.t() * crossing.direction;
+    const Point2 result(p1.x() + step.x(), p1.y() + step.y());
+    return isFinite(result) ? std::optional<Point2>(result) : std::nullopt;
+}
+
+Point2 intersectLines(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4) {
+    const Crossing crossing(p1, p2, p3, p4);
+    const double t = crossing.t();
+    const double largest = std::max({p1.getMaxAbs(), p2.getMaxAbs(), p3.getMaxAbs(), p4.getMaxAbs()});
+    const double longer = std::max(std::fabs(crossing.direction.x()), std::fabs(crossing.direction.y()));
+    const double error = longer * (crossing.errorOfT() + 0x1p-51 * std::fabs(t));
+    // Written so that a number that is not one fails; a subnormal limit bounds nothing.
+    if (error <= 0x1p-49 * largest && largest > 1e-280) {
+        return Point2(p1.x() + t * crossing.direction.x(), p1.y() + t * crossing.direction.y());
+    }
+    double x, y;
+    getIntersectionCoords(p1, p2, p3, p4, x, y);
+    return Point2(x, y);
+}
+
+std::optional<Point2> intersectSegments(const Point2& p1, const Point2& p2, const Point2& p3,
+                                        const Point2& p4) {
+    const Orientation2 side3 = getOrientation2_mt(&p1, &p2, &p3);
+    const Orientation2 side4 = getOrientation2_mt(&p1, &p2, &p4);
+    if (side3 == side4) return std::nullopt;
+    const Orientation2 side1 = getOrientation2_mt(&p3, &p4, &p1);
+    const Orientation2 side2 = getOrientation2_mt(&p3, &p4, &p2);
+    if (side1 == side2) return std::nullopt;
+    // Different sides on both lines: the lines are not parallel and the segments meet.
+    for (const auto& [side, pEnd] : {std::pair(side1, &p1), {side2, &p2}, {side3, &p3}, {side4, &p4}})
+        if (side == ORIENTATION2_COLLINEAR) return *pEnd;
+    return intersectLines(p1, p2, p3, p4);
+}
+
+Point2 getFootPoint(const Point2& p, const Point2& a, const Point2& b) {
+    const ScaledLine line(p, a, b);
+    if (line.isPoint()) return Point2(a.x(), a.y());
+    const double t = (line.fromBase * line.direction) / (line.direction * line.direction);
+    return Point2((line.base.x() + t * line.direction.x()) / line.scale,
+                  (line.base.y() + t * line.direction.y()) / line.scale);
+}
+
+double getPointLineDistance(const Point2& p, const Point2& a, const Point2& b) {
+    const ScaledLine line(p, a, b);
+    if (line.isPoint()) return line.fromBase.length() / line.scale;
+    // The difference of products does not always vanish on the line.
+    if (getOrientation2_mt(&a, &b, &p) == ORIENTATION2_COLLINEAR) return 0;
+    return std::fabs(cross(line.direction, line.fromBase)) / line.direction.length() / line.scale;
+}
+
+Point2 centerWithShift(const Point2& a, const Point2& b) {
+    const Point2 center(middle(a.x(), b.x()), middle(a.y(), b.y()));
+    if (getOrientation2_mt(&a, &b, &center) == ORIENTATION2_COLLINEAR) return center;
+    return pointNearMiddle(a, b).value_or(center);
+}
+
+} // namespace TESK_KIVO2D

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Point2.h"
+#include "Vector2.h"
+
+#include <optional>
+
+namespace TESK_KIVO2D {
+
+// Area from three edge lengths by Heron's formula. Degenerate lengths give 0, with a warning where they miss
+// the triangle inequality by far; lengths that are not numbers are reported and throw KivoException.
+double computeArea(double a, double b, double c);
+
+// Angle between two unit vectors in degrees, where 3.14159 stands for pi. Vectors whose length is off by more
+// than 0.1 are a programming error.
+double getAngleDegree(const Vector2& u, const Vector2& v);
+
+// The point where the lines p1p2 and p3p4 meet, in plain double arithmetic: fast, and as bad as the lines are
+// near to parallel. Nothing when the denominator vanishes or the point is not finite.
+std::optional<Point2> intersectLinesInDoubles(const Point2& p1, const Point2& p2, const Point2& p3,
+                                              const Point2& p4);
+
+// The same point, off in each coordinate by at most 2^-48 of the largest absolute coordinate given, or by a
+// unit in the last place of its own if that is more. Where doubles cannot promise that, rationals compute it.
+// The lines must not be parallel (see getIntersectionCoords).
+Point2 intersectLines(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4);
+
+// The one point that the segments p1p2 and p3p4 share, with the accuracy of intersectLines; an end that lies
+// on the other segment is returned as it is. Nothing when they do not meet or all lie on one line. Whether
+// they meet is decided exactly. Safe in any thread.
+std::optional<Point2> intersectSegments(const Point2& p1, const Point2& p2, const Point2& p3,
+                                        const Point2& p4);
+
+// The point of the line ab that is nearest to p; a when the line is a single point.
+Point2 getFootPoint(const Point2& p, const Point2& a, const Point2& b);
+
+// Distance of p from the line ab, from a when the line is a single point. Exactly 0 for a point on the line.
+double getPointLineDistance(const Point2& p, const Point2& a, const Point2& b);
+
+// The middle of the segment ab. Where rounding moves it off the segment, it is shifted to a point with double
+// coordinates that lies exactly on the segment, in the middle quarter of it, if there is one that whole steps
+// find (mostly when the slope is a ratio of small numbers). It never lies beyond the ends, and it equals one
+// of them only when no other double lies between them in either coordinate.
+Point2 centerWithShift(const Point2& a, const Point2& b);
+
+} // namespace TESK_KIVO2D
