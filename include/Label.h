@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Point2.h"
+
+#include <string>
+#include <utility>
+
+namespace TESK_KIVO2D {
+
+/// A text at a place of a drawing.
+class Label {
+public:
+    /// \param position_  where the first line of the text starts
+    /// \param text_      one or more lines, separated by newlines
+    /// \param bWithMark_ draws a small cross at the position, too
+    /// \param fontSize_  in page units (1/72 inch), also the distance of the lines
+    Label(const Point2& position_, std::string text_, bool bWithMark_, int fontSize_)
+        : position(position_), text(std::move(text_)), bWithMark(bWithMark_), fontSize(fontSize_) {}
+
+    Point2 position;
+    std::string text;
+    bool bWithMark;
+    int fontSize;
+};
+
+} // namespace TESK_KIVO2D
