@@ -1,0 +1,133 @@
+#include "tests/oracle/exact.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <limits>
+
+namespace oracle {
+
+namespace {
+
+// Of the lowest bit that is set; a large number for 0.
+int lowestExponent(double value) {
+    if (value == 0) return INT_MAX;
+    int exponent = 0;
+    auto mantissa = static_cast<long long>(std::ldexp(std::frexp(value, &exponent), 53));
+    exponent -= 53;
+    for (; mantissa % 2 == 0; mantissa /= 2)
+        ++exponent;
+    return exponent;
+}
+
+// value / 2^unit, which must be an integer.
+mpz_class inUnits(double value, int unit) {
+    int exponent = 0;
+    mpz_class result(std::ldexp(std::frexp(value, &exponent), 53));
+    const int shift = exponent - 53 - unit;
+    if (shift >= 0) return result << static_cast<unsigned>(shift);
+    return result >> static_cast<unsigned>(-shift);
+}
+
+mpz_class square(const ExactPoint& p) { return p.x * p.x + p.y * p.y; }
+
+bool between(const ExactPoint& a, const ExactPoint& b, const ExactPoint& q) {
+    return std::min(a, b) <= q && q <= std::max(a, b);
+}
+
+bool isOn(const ExactPoint& a, const ExactPoint& b, const ExactPoint& q) {
+    return orientation(a, b, q) == 0 && between(a, b, q);
+}
+
+} // namespace
+
+std::vector<ExactPoint> exactPoints(const std::vector<Point2>& vPoints) {
+    int unit = INT_MAX;
+    for (const Point2& p : vPoints)
+        unit = std::min({unit, lowestExponent(p.x()), lowestExponent(p.y())});
+    if (unit == INT_MAX) unit = 0; // zeros only
+    std::vector<ExactPoint> vExact;
+    vExact.reserve(vPoints.size());
+    for (const Point2& p : vPoints)
+        vExact.push_back({inUnits(p.x(), unit), inUnits(p.y(), unit)});
+    return vExact;
+}
+
+mpz_class twiceArea(const ExactPoint& a, const ExactPoint& b, const ExactPoint& c) {
+    return a.x * (b.y - c.y) + b.x * (c.y - a.y) + c.x * (a.y - b.y);
+}
+
+int orientation(const ExactPoint& a, const ExactPoint& b, const ExactPoint& c) {
+    return sgn(twiceArea(a, b, c));
+}
+
+int orientation(const Point2& a, const Point2& b, const Point2& c) {
+    const auto p = exactPoints({a, b, c});
+    return orientation(p[0], p[1], p[2]);
+}
+
+int inCircle(const ExactPoint& a, const ExactPoint& b, const ExactPoint& c, const ExactPoint& d) {
+    // The 4 x 4 determinant with rows (x, y, x^2 + y^2, 1), developed by its third column.
+    const mpz_class det = square(a) * twiceArea(b, c, d) - square(b) * twiceArea(a, c, d) +
+                          square(c) * twiceArea(a, b, d) - square(d) * twiceArea(a, b, c);
+    return sgn(det);
+}
+
+int inCircle(const Point2& a, const Point2& b, const Point2& c, const Point2& d) {
+    const auto p = exactPoints({a, b, c, d});
+    return inCircle(p[0], p[1], p[2], p[3]);
+}
+
+int meeting(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4) {
+    const auto p = exactPoints({p1, p2, p3, p4});
+    const int o3 = orientation(p[0], p[1], p[2]), o4 = orientation(p[0], p[1], p[3]);
+    const int o1 = orientation(p[2], p[3], p[0]), o2 = orientation(p[2], p[3], p[1]);
+    const bool bProper = o1 * o2 < 0 && o3 * o4 < 0;
+    const bool bTouching =
+        isOn(p[0], p[1], p[2]) || isOn(p[0], p[1], p[3]) || isOn(p[2], p[3], p[0]) || isOn(p[2], p[3], p[1]);
+    if (!bProper && !bTouching) return 0;
+    return o1 == 0 && o2 == 0 && o3 == 0 && o4 == 0 ? 1 : 2;
+}
+
+RationalPoint lineIntersection(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4) {
+    // p1 + t (p2 - p1), where t solves (p1 + t (p2 - p1) - p3) x (p4 - p3) = 0.
+    const mpq_class ux = mpq_class(p2.x()) - p1.x(), uy = mpq_class(p2.y()) - p1.y();
+    const mpq_class vx = mpq_class(p4.x()) - p3.x(), vy = mpq_class(p4.y()) - p3.y();
+    const mpq_class wx = mpq_class(p3.x()) - p1.x(), wy = mpq_class(p3.y()) - p1.y();
+    const mpq_class t = (wx * vy - wy * vx) / (ux * vy - uy * vx);
+    return {p1.x() + t * ux, p1.y() + t * uy};
+}
+
+bool isTruncation(double value, const mpq_class& exact) {
+    if (!std::isfinite(value)) return false;
+    const mpq_class magnitude = abs(exact);
+    const double next = std::nextafter(std::fabs(value), std::numeric_limits<double>::infinity());
+    const bool bSameSide = value == 0 || (value < 0) == (sgn(exact) < 0);
+    return bSameSide && abs(mpq_class(value)) <= magnitude &&
+           (std::isinf(next) || magnitude < mpq_class(next));
+}
+
+std::vector<std::size_t> hull(const std::vector<ExactPoint>& vSorted, bool bAll) {
+    std::vector<std::size_t> vHull;
+    const auto addChain = [&](auto begin, auto end) {
+        const std::size_t start = vHull.size();
+        for (auto i = begin; i != end; ++i) {
+            while (vHull.size() >= start + 2) {
+                const int turn =
+                    orientation(vSorted[vHull[vHull.size() - 2]], vSorted[vHull.back()], vSorted[*i]);
+                if (turn > 0 || (turn == 0 && bAll)) break;
+                vHull.pop_back();
+            }
+            vHull.push_back(*i);
+        }
+        vHull.pop_back(); // the other chain begins with it
+    };
+    std::vector<std::size_t> vOrder(vSorted.size());
+    for (std::size_t i = 0; i < vOrder.size(); ++i)
+        vOrder[i] = i;
+    addChain(vOrder.begin(), vOrder.end());
+    addChain(vOrder.rbegin(), vOrder.rend());
+    return vHull;
+}
+
+} // namespace oracle
