@@ -22,7 +22,8 @@ std::optional<Point2> intersectLinesInDoubles(const Point2& p1, const Point2& p2
 
 // The same point, off in each coordinate by at most 2^-48 of the largest absolute coordinate given, or by a
 // unit in the last place of its own if that is more. Where doubles cannot promise that, rationals compute it.
-// The lines must not be parallel (see getIntersectionCoords).
+// The points must be finite and the lines not parallel (see
+// getIntersectionCoords).
 Point2 intersectLines(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4);
 
 // The one point that the segments p1p2 and p3p4 share, with the accuracy of intersectLines; an end that lies
