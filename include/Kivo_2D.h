@@ -48,8 +48,8 @@ public:
     /// \name Insertion
     /// \{
 
-    /// Inserts a point and returns its vertex: a new one, or the one that lies there already. Null for a point
-    /// that is not finite. Expected O(log n).
+    /// Inserts a point and returns its vertex: a new one, or the one that lies there already. Null for a
+    /// point that is not finite. Expected O(log n).
     Point2* insert(const Point2& point);
     /// Inserts a batch: faster than one by one. O(n log n) for all but contrived inputs.
     void insert(const std::vector<Point2>& vInputPoints);
@@ -73,8 +73,8 @@ public:
     /// Fills the vector with the hull vertices in counter-clockwise order, each once. With bAllVertices false
     /// those between two others on a straight piece are left out. O(number of triangles).
     void getConvexHull(bool bAllVertices, std::vector<Point2*>& vConvexHullPoints) const;
-    /// Appends the triangles around a vertex in counter-clockwise order. Throws `KivoException` when the vertex
-    /// has none.
+    /// Appends the triangles around a vertex in counter-clockwise order. Throws `KivoException` when the
+    /// vertex has none.
     void getIncidentTriangles(Point2* pVtx, std::vector<Triangle2*>& vIncidentT) const;
     /// The triangle to the left of the directed edge p0 -> p1; null when the edge does not exist or its left
     /// side lies outside the hull. O(degree of p0).
@@ -91,8 +91,9 @@ public:
     std::size_t numberOfTriangles() const;
     /// False while all points lie on one line.
     bool is2D() const;
-    /// Checks links, corners and, when asked, that no neighbour's far corner lies strictly inside a triangle's
-    /// circumcircle. Prints what it finds; on failure it also draws name + "currentState.ps" and returns false.
+    /// Checks links, corners and, when asked, that no neighbour's far corner lies strictly inside a
+    /// triangle's circumcircle. Prints what it finds; on failure it also draws name + "currentState.ps" and
+    /// returns false.
     bool checkValidity(bool bCheckEmptyCircleProperty, const std::string& name) const;
     /// Prints counts and a histogram of the interior angles.
     void statistics(const std::string& name) const;

@@ -66,8 +66,8 @@ KIVO_API double timer(const std::string& label);
 /// Writes type 20 (int32), the count (uint64), then x and y of each point, in the machine's byte order.
 KIVO_API bool writePointsBIN(const char* filename, const std::vector<Point2>& vPoints);
 KIVO_API bool writePointsBIN(const char* filename, const std::vector<Point2*>& vPoints);
-/// Appends the points of a file of type 20 or 30 (z is dropped). On failure the vector stays as it was. A file
-/// that ends inside its last records gives zeros for what is missing.
+/// Appends the points of a file of type 20 or 30 (z is dropped). On failure the vector stays as it was. A
+/// file that ends inside its last records gives zeros for what is missing.
 KIVO_API bool readPointsBIN(const char* filename, std::vector<Point2>& vPoints);
 
 /// Writes type 21, the count, then source x, source y, target x, target y of each segment.
@@ -91,11 +91,11 @@ KIVO_API bool createDirectory(const std::string& path);
 /// \{
 
 /// n values in [min, max) on a grid of 32768 steps. Requires min < max (`KivoException` otherwise).
-KIVO_API void generateRandomNumbers(std::size_t num, double min, double max, std::vector<double>& vRandomNumbers,
-                                    unsigned int seed);
+KIVO_API void generateRandomNumbers(std::size_t num, double min, double max,
+                                    std::vector<double>& vRandomNumbers, unsigned int seed);
 /// n points in [min, max) x [min, max). Requires min < max.
-KIVO_API void generateRandomPoints(std::size_t num, double min, double max, std::vector<Point2>& vRandomPoints,
-                                   unsigned int seed);
+KIVO_API void generateRandomPoints(std::size_t num, double min, double max,
+                                   std::vector<Point2>& vRandomPoints, unsigned int seed);
 /// n segments of length maxLen, 0.8 maxLen or 0.5 maxLen that start in the square. Requires min < max and
 /// maxLen > 0. When maxLen vanishes against the coordinates the call warns and returns fewer segments.
 KIVO_API void generateRandomSegments(std::size_t num, double min, double max, double maxLen,
@@ -109,8 +109,9 @@ KIVO_API void generateCircle(int numPoints, double centerX, double centerY, doub
                              std::vector<Point2>& vCirclePoints);
 /// Appends numSegments joined segments along numPeriods periods of a sine curve: x runs over [0, xFactor] and
 /// y over [-yFactor, yFactor], both shifted by the offsets; swapXY exchanges x and y at the end.
-KIVO_API void generateSineSegments(int numSegments, int numPeriods, double xOffset, double yOffset, double xFactor,
-                                   double yFactor, bool swapXY, std::vector<Segment2>& vSineSegments);
+KIVO_API void generateSineSegments(int numSegments, int numPeriods, double xOffset, double yOffset,
+                                   double xFactor, double yFactor, bool swapXY,
+                                   std::vector<Segment2>& vSineSegments);
 
 /// \}
 

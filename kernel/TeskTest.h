@@ -24,17 +24,18 @@ enum SegmentIntersectionState2 {
     IST_REGULAR = 2    // properly or by touching, not on one line
 };
 
-// The exact predicates. Each question runs through stages: a stage answers only when its answer is certain, and
-// the last one, rational arithmetic, always is. So for all finite coordinates:
+// The exact predicates. Each question runs through stages: a stage answers only when its answer is certain,
+// and the last one, rational arithmetic, always is. So for all finite coordinates:
 //   (1) an orientation is collinear exactly when the real determinant is 0;
 //   (2) rotating the three points keeps an orientation, swapping two exchanges CCW and CW;
 //   (3) the three-valued in-circle test is the sign of the real determinant.
 //
-// The static bound belongs to a largest absolute coordinate: the static stage may answer only for points within
-// it. The entries named getOrientation2 guard that and complain; `orientation` trusts its caller, who keeps the
-// bound valid by construction, and `orientationUnbounded` leaves the static stage out.
+// The static bound belongs to a largest absolute coordinate: the static stage may answer only for points
+// within it. The entries named getOrientation2 guard that and complain; `orientation` trusts its caller, who
+// keeps the bound valid by construction, and `orientationUnbounded` leaves the static stage out.
 //
-// One object must not be used by two threads at once: the rationals are working storage, kept from call to call.
+// One object must not be used by two threads at once: the rationals are working storage, kept from call to
+// call.
 class TeskTest {
 public:
     TeskTest();
@@ -50,8 +51,8 @@ public:
     double getUpperStaticBound() const { return upperStaticBound; }
     double getLowerStaticBound() const { return -upperStaticBound; }
 
-    // Side of c seen from the directed line a -> b. A point beyond the bound is answered right all the same, but
-    // with a report and the warning "Recompute the static bound!".
+    // Side of c seen from the directed line a -> b. A point beyond the bound is answered right all the same,
+    // but with a report and the warning "Recompute the static bound!".
     Orientation2 getOrientation2(const Point2* a, const Point2* b, const Point2* c);
     // Side of q seen from the edge of t opposite corner ith.
     Orientation2 getOrientation2(const Triangle2& t, int ith, const Point2& q);
@@ -70,8 +71,8 @@ public:
 
     // True when q lies strictly inside the circumcircle of t, and also when q is the fourth corner of an
     // axis-parallel rectangle with t. Deliberate: it turns the diagonals of a grid the way the newest vertex
-    // wants them. Only the legalisation of a new vertex may use it, where each flip adds an edge at that vertex;
-    // any other loop would flip a square's diagonal for ever.
+    // wants them. Only the legalisation of a new vertex may use it, where each flip adds an edge at that
+    // vertex; any other loop would flip a square's diagonal for ever.
     bool isInCircleOrRectangle(const Triangle2& t, const Point2& q) {
         const stages::Decision decision =
             stages::inCircleStatic(*t.getCorner(0), *t.getCorner(1), *t.getCorner(2), q);
@@ -86,7 +87,8 @@ public:
     // Prints what each stage of the orientation says.
     void debug(const Point2& a, const Point2& b, const Point2& c);
 
-    // How often a question went past its inlined stage and past all stages but the rationals, since construction.
+    // How often a question went past its inlined stage and past all stages but the rationals, since
+    // construction.
     struct StageCounts {
         std::uint64_t orientationPastStatic = 0;
         std::uint64_t orientationExact = 0;

@@ -2,7 +2,7 @@
 
 #include "functions.h"
 
-#include <cstdio>
+#include <iostream>
 #include <mutex>
 #include <utility>
 
@@ -27,11 +27,11 @@ void emit(MessageChannel target, const std::string& text) {
         c.sink(target, text);
         return;
     }
-    // The C stream: std::cout is synchronised with it unless the client decided otherwise, and it takes a whole
-    // text at once. It is flushed so that the last lines before a crash are seen.
-    std::FILE* stream = target == MSG_CHANNEL_OUTPUT ? stdout : stderr;
-    std::fwrite(text.data(), 1, text.size(), stream);
-    std::fflush(stream);
+    // Unformatted, so that no width or locale of the client's stream touches the text; flushed, so that the
+    // last lines before a crash are seen.
+    std::ostream& stream = target == MSG_CHANNEL_OUTPUT ? std::cout : std::cerr;
+    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
+    stream.flush();
 }
 
 void report(const std::string& location, const char* kind, const std::string& message) {

@@ -1,0 +1,160 @@
+#include "core/BatchInserter.h"
+
+#include "core/hilbertOrder.h"
+#include "core/walk.h"
+#include "kernel/assertion.h"
+
+namespace TESK_KIVO2D {
+
+void BatchInserter::insert(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) {
+    registerVertices(aPoints, numPoints, aHandles);
+    try {
+        if (!dt.is2D()) {
+            insertStored();
+        } else if (!vRange.empty()) {
+            insertAll(dt.vertexVault.getCloT(vRange.front().key));
+        }
+    } catch (...) {
+        if (aHandles != nullptr) resolveHandles(aHandles, numPoints);
+        recycleLeftOut();
+        throw;
+    }
+    if (aHandles != nullptr) resolveHandles(aHandles, numPoints);
+    recycleLeftOut();
+}
+
+// Makes one vertex for all points with the same coordinates, with the custom index of the first of them.
+void BatchInserter::registerVertices(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) {
+    const std::vector<KeyedIndex> vOrder = hilbertOrder(PointSource(aPoints, numPoints), dt.hc);
+    VertexVault& vault = dt.vertexVault;
+    const bool bStore = !dt.is2D(), bLookUp = bStore && !vault.stored().empty();
+    if (aHandles != nullptr && vOrder.size() < numPoints) std::fill(aHandles, aHandles + numPoints, nullptr);
+    dt.store.reserveVertices(vOrder.size());
+    if (bLookUp) vStoredBefore = vault.stored();
+    vRange.reserve(vOrder.size());
+    const Point2* pPrevious = nullptr;
+    Point2* pVtx = nullptr;
+    for (const KeyedIndex& next : vOrder) {
+        const Point2& p = aPoints[next.index];
+        if (pPrevious == nullptr || p != *pPrevious) {
+            pVtx = bLookUp ? vault.findStored(p) : nullptr;
+            if (pVtx == nullptr) {
+                pVtx = dt.store.createVertex(p);
+                vRange.push_back({next.key, pVtx});
+                if (bStore) vault.store(pVtx);
+            }
+            pPrevious = &p;
+        }
+        if (aHandles != nullptr) aHandles[next.index] = pVtx;
+    }
+}
+
+void BatchInserter::insertStored() {
+    VertexVault& vault = dt.vertexVault;
+    Point2* corners[3];
+    if (!vault.findFirstTriangle(dt.pTeskPredicates, corners)) {
+        vRange.clear(); // they stay stored, every one of them alive
+        return;
+    }
+    if (vRange.size() != vault.stored().size()) {
+        // Vertices from earlier calls are among them.
+        vStoredBefore = vault.stored();
+        vRange.clear();
+        for (const KeyedIndex& next : hilbertOrder(PointSource(vStoredBefore), dt.hc)) {
+            vRange.push_back({next.key, vStoredBefore[next.index]});
+        }
+    }
+    dt.store.reserveTriangles(1);
+    const std::vector<Point2*> vStored = vault.becomeFullDimensional();
+    KIVO_ASSERT(vStored.size() <= vRange.size(), "numPreExistingVtx<=(size_t)distance(startIt,stopIt)");
+    insertAll(dt.store.createTriangle(corners[0], corners[1], corners[2]));
+}
+
+void BatchInserter::insertAll(Triangle2* pStart) {
+    try {
+        insertRange(vRange.data(), vRange.data() + vRange.size(), pStart);
+    } catch (...) {
+        dt.vCheckT.clear();
+        rescueStored();
+        settle();
+        throw;
+    }
+    settle();
+}
+
+Triangle2* BatchInserter::insertRange(const KeyedVertex* pFirst, const KeyedVertex* pLast,
+                                      Triangle2* pStart) {
+    constexpr std::ptrdiff_t smallRange = 16;
+    if (pLast - pFirst < smallRange) {
+        for (; pFirst != pLast; ++pFirst)
+            pStart = insertOne(pFirst->pVtx, pStart);
+        return pStart;
+    }
+    const KeyedVertex* const pMiddle = pFirst + (pLast - pFirst) / 2;
+    pStart = insertOne(pMiddle->pVtx, pStart);
+    insertRange(pFirst, pMiddle, pStart);
+    // The middle vertex has another triangle by now, or none if it is redundant.
+    if (Triangle2* pMiddleT = pMiddle->pVtx->getIncidentTriangle()) pStart = pMiddleT;
+    return insertRange(pMiddle + 1, pLast, pStart);
+}
+
+// Returns a triangle at the vertex, or at the vertex that lies there already.
+Triangle2* BatchInserter::insertOne(Point2* pVtx, Triangle2* pStart) {
+    if (pVtx->getIncidentTriangle() == nullptr) { // else a corner of the first triangle
+        const WalkResult found = walk(pStart, *pVtx, dt.pTeskPredicates);
+        if (found.code == WalkResult::ON_CORNER) {
+            dt.vertexVault.addRedundant(pVtx, cornerAt(found, *pVtx));
+            progress.advance();
+            return found.pT;
+        }
+        dt.place(pVtx, found);
+    }
+    progress.advance();
+    return pVtx->getIncidentTriangle();
+}
+
+// After a batch was cut off in the transition to 2-D: the client holds these vertices, so they must be in.
+void BatchInserter::rescueStored() {
+    for (Point2* pVtx : vStoredBefore) {
+        if (pVtx->getIncidentTriangle() != nullptr) continue;
+        Triangle2* pAnyT = nullptr;
+        dt.store.forEachTriangle([&](Triangle2* pT) { pAnyT = pT; });
+        dt.place(pVtx, walk(pAnyT, *pVtx, dt.pTeskPredicates));
+    }
+}
+
+// Puts into the index what is in the triangulation.
+void BatchInserter::settle() {
+    std::vector<KeyedVertex> vIn;
+    bool bAll = true;
+    for (const KeyedVertex& entry : vRange)
+        bAll = bAll && entry.pVtx->getIncidentTriangle() != nullptr;
+    if (!bAll) {
+        for (const KeyedVertex& entry : vRange) {
+            if (entry.pVtx->getIncidentTriangle() != nullptr) vIn.push_back(entry);
+        }
+    }
+    dt.vertexVault.index().insertSorted(bAll ? vRange : vIn);
+    dt.vertexVault.sortRedundant();
+}
+
+void BatchInserter::resolveHandles(Point2** aHandles, std::size_t numHandles) const {
+    if (!dt.is2D()) return;
+    for (std::size_t i = 0; i < numHandles; ++i) {
+        Point2*& pHandle = aHandles[i];
+        if (pHandle == nullptr || pHandle->getIncidentTriangle() != nullptr) continue;
+        Point2* pUnique = dt.vertexVault.uniqueOf(pHandle);
+        pHandle = pUnique != pHandle ? pUnique : nullptr; // null: the batch ended before it
+    }
+}
+
+void BatchInserter::recycleLeftOut() {
+    dt.vertexVault.clearRedundant();
+    KIVO_ASSERT(dt.vertexVault.dupIsClean(), "mRedundant2UniqueVtx.empty()");
+    if (!dt.is2D()) return;
+    for (const KeyedVertex& entry : vRange) {
+        if (entry.pVtx->getIncidentTriangle() == nullptr) dt.store.recycleVertex(entry.pVtx);
+    }
+}
+
+} // namespace TESK_KIVO2D

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Point2.h"
+#include "core/Dt2.h"
+#include "core/KeyIndex.h"
+#include "kernel/ProgressHub.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace TESK_KIVO2D {
+
+// Inserts many vertices at once: orders them along the Hilbert curve, lays their records out in that order,
+// and inserts by recursive bisection, each vertex from a triangle nearby. Lives for one batch, or for the
+// moment when the stored vertices span their first triangle.
+//
+// A listener that throws, or memory that runs out, ends the batch early: what is in stays in, vertices that
+// the client held before are in for certain, and the triangulation is valid.
+class BatchInserter {
+public:
+    BatchInserter(Dt2& owner, ProgressHub::Operation& operation) : dt(owner), progress(operation) {}
+
+    // Fewer than 2^32 points. aHandles is null or receives the vertex of each point, null for one that is not
+    // finite.
+    void insert(const Point2* aPoints, std::size_t numPoints, Point2** aHandles);
+
+    // While not 2-D: if the stored vertices span a triangle, makes it and inserts them all.
+    void insertStored();
+
+private:
+    void registerVertices(const Point2* aPoints, std::size_t numPoints, Point2** aHandles);
+    bool makeFirstTriangle();
+    void insertAll(Triangle2* pStart);
+    Triangle2* insertRange(const KeyedVertex* pFirst, const KeyedVertex* pLast, Triangle2* pStart);
+    Triangle2* insertOne(Point2* pVtx, Triangle2* pStart);
+    void rescueStored();
+    void settle();
+    void resolveHandles(Point2** aHandles, std::size_t numHandles) const;
+    void recycleLeftOut();
+
+    Dt2& dt;
+    ProgressHub::Operation& progress;
+    std::vector<KeyedVertex> vRange;    // the vertices to insert, in key order
+    std::vector<Point2*> vStoredBefore; // those of them that the client may hold already
+};
+
+} // namespace TESK_KIVO2D

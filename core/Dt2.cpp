@@ -1,0 +1,147 @@
+#include "core/Dt2.h"
+
+#include "core/BatchInserter.h"
+#include "core/hull.h"
+#include "core/legalize.h"
+#include "core/split.h"
+#include "kernel/assertion.h"
+#include "kernel/messages.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <thread>
+
+namespace TESK_KIVO2D {
+namespace {
+
+bool isFinite(const Point2& p) { return std::isfinite(p.x()) && std::isfinite(p.y()); }
+
+void warnNotFinite(const char* location, std::size_t num) {
+    reportWarning(location, std::to_string(num) + (num == 1 ? " point" : " points") +
+                                " with a coordinate that is not finite ignored");
+}
+
+} // namespace
+
+Dt2::Dt2(unsigned int numExpectedVertices) : store(numExpectedVertices), box(&pTeskPredicates), hub("DT2") {
+    vCheckT.reserve(256);
+}
+
+Point2* Dt2::insert(const Point2& p) {
+    if (!isFinite(p)) {
+        warnNotFinite("Kivo_2D::insert()", 1);
+        return nullptr;
+    }
+    KIVO_ASSERT(vCheckT.empty(), "vCheckT.empty()");
+    growBox(p, p);
+    if (!is2D()) return insertLowerDimensional(p);
+    const unsigned int key = hc.key(p);
+    const WalkResult found = walk(vertexVault.getCloT(key), p, pTeskPredicates);
+    if (found.code == WalkResult::ON_CORNER) return cornerAt(found, p);
+    Point2* pVtx = store.createVertex(p);
+    try {
+        vertexVault.index().insert(key, pVtx);
+        place(pVtx, found);
+    } catch (...) {
+        // Out of memory before the first link changed: the vertex is nowhere yet.
+        vCheckT.clear();
+        if (pVtx->getIncidentTriangle() == nullptr) {
+            vertexVault.index().erase(key, pVtx);
+            store.recycleVertex(pVtx);
+        }
+        throw;
+    }
+    return pVtx;
+}
+
+Point2* Dt2::insertLowerDimensional(const Point2& p) {
+    if (Point2* pExisting = vertexVault.findStored(p)) return pExisting;
+    Point2* pVtx = store.createVertex(p);
+    vertexVault.store(pVtx);
+    ProgressHub::Operation progress(hub, "insert vertices", 1);
+    BatchInserter(*this, progress).insertStored();
+    return pVtx;
+}
+
+void Dt2::insertVector(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) {
+    KIVO_ASSERT(vertexVault.dupIsClean(), "vertexVault.dupIsClean()");
+    KIVO_ASSERT(vCheckT.empty(), "vCheckT.empty()");
+    if (numPoints == 0) return;
+    double minX = DBL_MAX, minY = DBL_MAX, maxX = -DBL_MAX, maxY = -DBL_MAX;
+    std::size_t numFinite = 0;
+    for (std::size_t i = 0; i < numPoints; ++i) {
+        const Point2& p = aPoints[i];
+        if (!isFinite(p)) continue;
+        ++numFinite;
+        minX = std::min(minX, p.x());
+        minY = std::min(minY, p.y());
+        maxX = std::max(maxX, p.x());
+        maxY = std::max(maxY, p.y());
+    }
+    if (numFinite < numPoints) warnNotFinite("Kivo_2D::insert()", numPoints - numFinite);
+    if (numFinite > 0) growBox(Point2(minX, minY), Point2(maxX, maxY));
+    ProgressHub::Operation progress(hub, "insert vertices", numPoints);
+    // Points are numbered by 32 bits inside a batch.
+    constexpr std::size_t maxBatch = std::numeric_limits<std::uint32_t>::max();
+    for (std::size_t first = 0; first < numPoints; first += maxBatch) {
+        BatchInserter(*this, progress)
+            .insert(aPoints + first, std::min(maxBatch, numPoints - first),
+                    aHandles ? aHandles + first : nullptr);
+    }
+    progress.finish();
+}
+
+void Dt2::growBox(const Point2& low, const Point2& high) {
+    Bbox2 grown = box;
+    const bool bLow = grown.add(low);
+    if (!grown.add(high) && !bLow) return;
+    grown.doubleTheBox(); // and with it the static bound
+    box = grown;
+    hc.setBox(box);
+    if (is2D()) vertexVault.recomputeKeys(hc);
+}
+
+void Dt2::place(Point2* pVtx, const WalkResult& found) {
+    if (found.code == WalkResult::INSIDE && found.edge < 0) {
+        splitTriangle(found.pT, pVtx, store, vCheckT);
+    } else {
+        const int ith = found.code == WalkResult::INSIDE ? found.edge : found.code;
+        const HullEdge edge{found.pT, ith};
+        Point2 *const p = edge.source(), *const q = edge.target();
+        const bool bOnEdge = found.code == WalkResult::INSIDE ||
+                             pTeskPredicates.orientation(*p, *q, *pVtx) == ORIENTATION2_COLLINEAR;
+        if (bOnEdge) {
+            const bool bFixed = pEdgeGuard != nullptr && pEdgeGuard->isFixed(p, q);
+            splitEdge(found.pT, ith, pVtx, store, vCheckT);
+            if (bFixed) pEdgeGuard->wasSplit(p, q, pVtx);
+        } else {
+            extendHull(edge, pVtx, store, pTeskPredicates, vCheckT);
+        }
+    }
+    legalizeNewVertex(vCheckT, pTeskPredicates, pEdgeGuard);
+}
+
+Triangle2* Dt2::locate(const Point2& q) {
+    if (!isFinite(q)) {
+        warnNotFinite("Kivo_2D::locate()", 1);
+        return nullptr;
+    }
+    if (!is2D()) return nullptr;
+    // A query point does not raise the static bound: one far question would make all later ones slow.
+    const bool bFar = q.getMaxAbs() > pTeskPredicates.getMaxAbsCoord();
+    const WalkResult found = walk(vertexVault.getCloT(hc.key(q)), q, pTeskPredicates,
+                                  bFar ? QueryRange::ANYWHERE : QueryRange::WITHIN_BOUND);
+    if (found.code == WalkResult::INSIDE || found.code == WalkResult::ON_CORNER) return found.pT;
+    const HullEdge edge{found.pT, found.code};
+    const Orientation2 side = pTeskPredicates.orientationUnbounded(*edge.source(), *edge.target(), q);
+    return side == ORIENTATION2_CW ? nullptr : found.pT;
+}
+
+int Dt2::setNumCPU(int num) {
+    static const int numHardwareThreads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    numCPU = num > 0 ? num : num == 0 ? numHardwareThreads : 1;
+    return numCPU;
+}
+
+} // namespace TESK_KIVO2D

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "Bbox2.h"
+#include "MsgBase.h"
+#include "Point2.h"
+#include "Triangle2.h"
+#include "core/EdgeGuard.h"
+#include "core/HC2.h"
+#include "core/MeshStore.h"
+#include "core/VertexVault.h"
+#include "core/walk.h"
+#include "kernel/ProgressHub.h"
+#include "kernel/TeskTest.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace TESK_KIVO2D {
+
+class Visualizer2;
+
+// The triangulation behind the facade. It owns the parts and lets them work: records (MeshStore), vertices
+// (VertexVault), predicates, keys and messages; walking, splitting, flipping and the queries are free
+// functions on these.
+//
+// Between calls: the stack vCheckT is empty, no duplicate is registered, and the static bound of the
+// predicates covers the box, which covers every vertex.
+class Dt2 {
+public:
+    explicit Dt2(unsigned int numExpectedVertices);
+    Dt2(const Dt2&) = delete;
+    Dt2& operator=(const Dt2&) = delete;
+
+    // --- insertion
+    Point2* insert(const Point2& p);
+    // aHandles is null or receives a vertex a point.
+    void insertVector(const Point2* aPoints, std::size_t numPoints, Point2** aHandles);
+
+    // --- queries
+    Triangle2* locate(const Point2& q);
+    void getConvexHull(bool bAllVertices, std::vector<Point2*>& vConvexHullPoints);
+    void getTrianglePointers(std::vector<Triangle2*>& vAllTriangles) const;
+    void getVertexPointers(std::vector<Point2*>& vAllVertices) const;
+    Bbox2 computeBoundingBox() const;
+    std::size_t numberOfPoints() const { return vertexVault.numberOfPoints(); }
+    std::size_t numberOfTriangles() const { return store.numTriangles(); }
+    bool is2D() const { return vertexVault.is2D(); }
+    bool checkValidity(bool bCheckEmptyCircleProperty, const std::string& name);
+    void statistics(const std::string& name) const;
+
+    // --- drawing
+    void show(const std::string& postscriptFilename) const;
+    void show(Visualizer2* pVis) const;
+
+    // --- settings
+    void setName(const std::string& newName) { name = newName; }
+    const std::string& getName() const { return name; }
+    int setNumCPU(int num);
+    ProgressHub& progressHub() { return hub; }
+
+    // What insertion did since construction, for benchmarks.
+    struct InsertionCounts {
+        std::uint64_t numInsertions = 0;
+        std::uint64_t numWalkSteps = 0;
+        std::uint64_t numFlips = 0;
+    };
+    const InsertionCounts& insertionCounts() const { return counts; }
+    const TeskTest::StageCounts& stageCounts() const { return pTeskPredicates.stageCounts(); }
+
+private:
+    friend class BatchInserter;
+
+    // Extends the box, and doubles it when it grew, with all that refers to it.
+    void growBox(const Point2& low, const Point2& high);
+    Point2* insertLowerDimensional(const Point2& p);
+    // Links the vertex in at the place that its walk found, and legalises.
+    void place(Point2* pVtx, const WalkResult& found);
+    void drawTriangles(Visualizer2& vis) const;
+
+    std::string name;
+    MeshStore store;
+    VertexVault vertexVault;
+    TeskTest pTeskPredicates;
+    Bbox2 box; // of all points inserted, doubled whenever it grew
+    HC2 hc;
+    std::vector<Triangle2*> vCheckT;
+    EdgeGuard* pEdgeGuard = nullptr; // null while no edge is fixed
+    int numCPU = 1;
+    ProgressHub hub;
+    InsertionCounts counts;
+};
+
+} // namespace TESK_KIVO2D

@@ -1,0 +1,99 @@
+#include "Kivo_2D.h"
+
+#include "core/Dt2.h"
+#include "core/queries.h"
+
+#include <chrono>
+
+namespace TESK_KIVO2D {
+
+Kivo_2D::Kivo_2D(unsigned int numExpectedVertices) { initKivo(numExpectedVertices); }
+
+Kivo_2D::~Kivo_2D() = default;
+
+void Kivo_2D::initKivo(unsigned int numExpectedVertices) { pDt = std::make_unique<Dt2>(numExpectedVertices); }
+
+Point2* Kivo_2D::insert(const Point2& point) { return pDt->insert(point); }
+
+void Kivo_2D::insert(const std::vector<Point2>& vInputPoints) {
+    pDt->insertVector(vInputPoints.data(), vInputPoints.size(), nullptr);
+}
+
+void Kivo_2D::insert(const std::vector<Point2>& vInputPoints, std::vector<Point2*>& vHandles) {
+    vHandles.assign(vInputPoints.size(), nullptr);
+    pDt->insertVector(vInputPoints.data(), vInputPoints.size(), vHandles.data());
+}
+
+void Kivo_2D::insert(int numPoints, double* aCoordinates, Point2** aHandles) {
+    if (numPoints <= 0 || aCoordinates == nullptr) return;
+    const std::size_t num = static_cast<std::size_t>(numPoints);
+    std::vector<Point2> vPoints;
+    vPoints.reserve(num);
+    for (std::size_t i = 0; i < num; ++i)
+        vPoints.emplace_back(aCoordinates[2 * i], aCoordinates[2 * i + 1]);
+    pDt->insertVector(vPoints.data(), num, aHandles);
+}
+
+double Kivo_2D::measureTrianguluationTime(std::vector<Point2>& vPoints) {
+    const auto start = std::chrono::steady_clock::now();
+    insert(vPoints);
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+Triangle2* Kivo_2D::locate(const Point2& point) const { return pDt->locate(point); }
+
+void Kivo_2D::getConvexHull(bool bAllVertices, std::vector<Point2*>& vConvexHullPoints) const {
+    pDt->getConvexHull(bAllVertices, vConvexHullPoints);
+}
+
+void Kivo_2D::getIncidentTriangles(Point2* pVtx, std::vector<Triangle2*>& vIncidentT) const {
+    TESK_KIVO2D::getIncidentTriangles(pVtx, vIncidentT);
+}
+
+Triangle2* Kivo_2D::getAdjacentTriangle(Point2* p0, Point2* p1) const {
+    return TESK_KIVO2D::getAdjacentTriangle(p0, p1);
+}
+
+void Kivo_2D::getTrianglePointers(std::vector<Triangle2*>& vAllTriangles) const {
+    pDt->getTrianglePointers(vAllTriangles);
+}
+
+void Kivo_2D::getVertexPointers(std::vector<Point2*>& vAllVertices) const {
+    pDt->getVertexPointers(vAllVertices);
+}
+
+Bbox2 Kivo_2D::computeBoundingBox() const { return pDt->computeBoundingBox(); }
+
+std::size_t Kivo_2D::numberOfPoints() const { return pDt->numberOfPoints(); }
+
+std::size_t Kivo_2D::numberOfTriangles() const { return pDt->numberOfTriangles(); }
+
+bool Kivo_2D::is2D() const { return pDt->is2D(); }
+
+bool Kivo_2D::checkValidity(bool bCheckEmptyCircleProperty, const std::string& name) const {
+    return pDt->checkValidity(bCheckEmptyCircleProperty, name);
+}
+
+void Kivo_2D::statistics(const std::string& name) const { pDt->statistics(name); }
+
+Orientation2 Kivo_2D::getOrientation(const Point2& p0, const Point2& p1, const Point2& p2) const {
+    return getOrientation2_mt(&p0, &p1, &p2);
+}
+
+void Kivo_2D::show(const std::string& postscriptFilename, bool) const { pDt->show(postscriptFilename); }
+
+void Kivo_2D::show(Visualizer2* pVis, bool) const { pDt->show(pVis); }
+
+void Kivo_2D::setName(const std::string& name) { pDt->setName(name); }
+
+std::string Kivo_2D::getName() const { return pDt->getName(); }
+
+int Kivo_2D::setNumCPU(int numCPU) { return pDt->setNumCPU(numCPU); }
+
+void Kivo_2D::enableMultithreading() { pDt->setNumCPU(0); }
+
+void Kivo_2D::subscribe(MsgType msgType, MsgBase* pMsg) { pDt->progressHub().subscribe(msgType, pMsg); }
+
+void Kivo_2D::unsubscribe(MsgType msgType, MsgBase* pMsg) { pDt->progressHub().unsubscribe(msgType, pMsg); }
+
+} // namespace TESK_KIVO2D

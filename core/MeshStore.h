@@ -1,0 +1,80 @@
+#pragma once
+
+#include "Point2.h"
+#include "Triangle2.h"
+#include "core/SimplePool.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace TESK_KIVO2D {
+
+// Owns the records of one triangulation: vertices and triangles from their pools, and the stacks of those
+// that can be used again. The triangle pool is at the same time the list of all triangles ever made.
+class MeshStore {
+public:
+    // Sizes the first blocks for the expected number of vertices (n vertices have fewer than 2n triangles).
+    explicit MeshStore(unsigned int numExpectedVertices);
+
+    // A vertex with these coordinates and this custom index, part of no triangle yet.
+    Point2* createVertex(const Point2& p);
+    // Takes back a vertex record whose address no client has seen.
+    void recycleVertex(Point2* pVtx) { vFreeVtx.push_back(pVtx); }
+
+    // Makes sure that the next num calls of createTriangle cannot fail. Called before links are touched, so
+    // that memory that runs out leaves the mesh as it was.
+    void reserveTriangles(std::size_t num) {
+        if (vDeadT.size() < num) trianglePool.reserve(num - vDeadT.size());
+    }
+    void reserveVertices(std::size_t num) {
+        if (vFreeVtx.size() < num) vertexPool.reserve(num - vFreeVtx.size());
+    }
+
+    // A triangle with these corners, which must not run clockwise, and no neighbours.
+    Triangle2* createTriangle(Point2* p0, Point2* p1, Point2* p2) {
+        Triangle2* pT = newTriangle();
+        pT->setProperties(p0, p1, p2);
+        return pT;
+    }
+    // Gives the record back for the next triangle.
+    void retireTriangle(Triangle2* pT) {
+        pT->clearProperties();
+        vDeadT.push_back(pT);
+    }
+
+    std::size_t numTriangles() const {
+        const std::size_t numAllT = trianglePool.size(), numDeadT = vDeadT.size();
+        KIVO_ASSERT(numDeadT <= numAllT, "numDeadT<=numAllT");
+        return numAllT - numDeadT;
+    }
+
+    // Calls f with each live triangle, in the order of their records. A dead one has no corners.
+    template<class F>
+    void forEachTriangle(F f) const {
+        trianglePool.forEach([&](Triangle2* pT) {
+            if (pT->getCorner(0) != nullptr) f(pT);
+        });
+    }
+    // Calls f with each vertex that is part of a triangle, in the order of their records.
+    template<class F>
+    void forEachVertex(F f) const {
+        vertexPool.forEach([&](Point2* pVtx) {
+            if (pVtx->getIncidentTriangle() != nullptr) f(pVtx);
+        });
+    }
+
+private:
+    Triangle2* newTriangle() {
+        if (vDeadT.empty()) return new (trianglePool.alloc()) Triangle2;
+        Triangle2* pT = vDeadT.back();
+        vDeadT.pop_back();
+        return pT;
+    }
+
+    SimplePool<Point2> vertexPool;
+    SimplePool<Triangle2> trianglePool;
+    std::vector<Point2*> vFreeVtx;
+    std::vector<Triangle2*> vDeadT;
+};
+
+} // namespace TESK_KIVO2D

@@ -1,0 +1,142 @@
+#pragma once
+
+#include "core/AddressRange.h"
+#include "kernel/assertion.h"
+#include "kernel/messages.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <new>
+#include <vector>
+
+namespace TESK_KIVO2D {
+
+// Hands out records of one type, one by one from large blocks, and releases all of them together. Blocks
+// never move. They are carved from one reserved run of addresses, so that addresses ascend in the order in
+// which records are handed out: orders by address are orders of creation, in every run. (Should a pool
+// outgrow what could be reserved, the next run is sought above; only when the address space has no room there
+// does the order break.)
+//
+// Records are raw memory; the caller constructs them. Their destructors never run.
+template<class T>
+class SimplePool {
+public:
+    static constexpr int maxBlockCapacity = static_cast<int>(100000000 / sizeof(T));
+
+    // Starts the first block of up to numFirstBlock records. A second call complains and starts a further
+    // block.
+    void init(std::int64_t numFirstBlock) {
+        if (initialized) printText("SimplePool::init(..), ERROR: This pool is already initialized\n");
+        initialized = true;
+        startBlock(static_cast<int>(std::clamp<std::int64_t>(numFirstBlock, 1, maxBlockCapacity)));
+    }
+
+    // The next record. Throws std::bad_alloc, after a message, when memory runs out.
+    T* alloc() {
+        KIVO_ASSERT(initialized, "initialized");
+        if (pNext == pBlockEnd) enterNextBlock();
+        return pNext++;
+    }
+
+    // Makes sure that the next num calls of alloc succeed.
+    void reserve(std::size_t num) {
+        KIVO_ASSERT(initialized, "initialized");
+        if (static_cast<std::size_t>(pBlockEnd - pNext) >= num) return;
+        std::size_t numFree = static_cast<std::size_t>(pBlockEnd - pNext);
+        for (std::size_t i = idxCurrent + 1; i < vBlocks.size(); ++i) {
+            numFree += static_cast<std::size_t>(vBlocks[i].capacity);
+        }
+        while (numFree < num) {
+            addBlock(nextCapacity());
+            numFree += static_cast<std::size_t>(vBlocks.back().capacity);
+        }
+    }
+
+    // Calls f with each record handed out so far, in order.
+    template<class F>
+    void forEach(F f) const {
+        for (std::size_t i = 0; i < vBlocks.size() && i <= idxCurrent; ++i) {
+            T* const pEnd = i == idxCurrent ? pNext : vBlocks[i].pBegin + vBlocks[i].capacity;
+            for (T* p = vBlocks[i].pBegin; p != pEnd; ++p)
+                f(p);
+        }
+    }
+    // Number of records handed out so far.
+    std::size_t size() const {
+        std::size_t num = 0;
+        for (std::size_t i = 0; i < vBlocks.size() && i < idxCurrent; ++i) {
+            num += static_cast<std::size_t>(vBlocks[i].capacity);
+        }
+        return initialized ? num + static_cast<std::size_t>(pNext - vBlocks[idxCurrent].pBegin) : 0;
+    }
+
+    std::vector<int> blockCapacities() const {
+        std::vector<int> vCapacities;
+        for (const Block& block : vBlocks)
+            vCapacities.push_back(block.capacity);
+        return vCapacities;
+    }
+
+private:
+    struct Block {
+        T* pBegin;
+        int capacity;
+    };
+
+    // One block so far: half of it; else twice the latest.
+    int nextCapacity() const {
+        const std::int64_t last = vBlocks.back().capacity;
+        const std::int64_t capacity = vBlocks.size() == 1 ? (last / 2 == 0 ? last : last / 2) : 2 * last;
+        return static_cast<int>(std::min<std::int64_t>(capacity, maxBlockCapacity));
+    }
+
+    void enterNextBlock() {
+        if (idxCurrent + 1 == vBlocks.size()) addBlock(nextCapacity());
+        enterBlock(idxCurrent + 1);
+    }
+
+    void startBlock(int capacity) {
+        addBlock(capacity);
+        enterBlock(vBlocks.size() - 1);
+    }
+
+    void enterBlock(std::size_t idx) {
+        idxCurrent = idx;
+        pNext = vBlocks[idx].pBegin;
+        pBlockEnd = pNext + vBlocks[idx].capacity;
+    }
+
+    void addBlock(int capacity) {
+        const std::size_t numBytes = static_cast<std::size_t>(capacity) * sizeof(T);
+        try {
+            if (vRanges.empty() || vRanges.back().size() - numUsed < numBytes) addRange(numBytes);
+            if (!vRanges.back().commit(numUsed + numBytes)) throw std::bad_alloc();
+            vBlocks.push_back({reinterpret_cast<T*>(vRanges.back().begin() + numUsed), capacity});
+        } catch (const std::bad_alloc&) {
+            printText("SimplePool::alloc(..), ERROR: Out of memory\n");
+            throw;
+        }
+        numUsed += numBytes;
+    }
+
+    void addRange(std::size_t numBlockBytes) {
+        // 2^27 records: more than any estimate gone wrong, and little enough to leave room for thousands of
+        // pools.
+        constexpr std::size_t usualBytes = (std::size_t(1) << 27) * sizeof(T);
+        const void* pFloor = vRanges.empty() ? nullptr : vRanges.back().begin() + vRanges.back().size();
+        vRanges.emplace_back(std::max(usualBytes, 16 * numBlockBytes), numBlockBytes, pFloor);
+        numUsed = 0;
+    }
+
+    T* pNext = nullptr;
+    T* pBlockEnd = nullptr;
+    bool initialized = false;
+    std::size_t idxCurrent = 0; // the block that alloc serves from
+    std::size_t numUsed = 0;    // bytes of the last range that belong to blocks
+    std::vector<Block> vBlocks; // blocks behind the current one were reserved ahead
+    std::vector<AddressRange> vRanges;
+};
+
+} // namespace TESK_KIVO2D

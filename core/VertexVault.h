@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Point2.h"
+#include "Triangle2.h"
+#include "core/HC2.h"
+#include "core/KeyIndex.h"
+#include "kernel/TeskTest.h"
+
+#include <cstddef>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+namespace TESK_KIVO2D {
+
+// Knows the vertices of a triangulation. While they all lie on one line it keeps them in a list, in the order
+// in which they came, and looks for the first triangle among them. Afterwards it keeps them in an index along
+// the Hilbert curve, which finds a start triangle near a key. The records belong to the MeshStore.
+class VertexVault {
+public:
+    // False until the first triangle exists.
+    bool is2D() const { return bFullDimensional; }
+    std::size_t numberOfPoints() const { return bFullDimensional ? vIdxVtxAct.size() : vStored.size(); }
+
+    // --- while not 2-D
+    const std::vector<Point2*>& stored() const { return vStored; }
+    void store(Point2* pVtx) { vStored.push_back(pVtx); }
+    // The stored vertex at these coordinates, or null. Expected O(1).
+    Point2* findStored(const Point2& p);
+    // The first two stored vertices and the first one that is not on their line, counter-clockwise, or false.
+    // Each vertex is looked at once over all calls.
+    bool findFirstTriangle(TeskTest& tests, Point2* (&corners)[3]);
+    // Ends this state; the stored vertices are the caller's to insert.
+    std::vector<Point2*> becomeFullDimensional();
+
+    // --- 2-D
+    KeyIndex& index() { return vIdxVtxAct; }
+    // The incident triangle of the vertex that is nearest on the curve: a start for walks.
+    Triangle2* getCloT(unsigned int key) const;
+    // Any triangle; null, with a message, while there is none.
+    Triangle2* getOneValidTriangle() const;
+    // Sorts the index anew by the keys of a box that has grown.
+    void recomputeKeys(const HC2& hc);
+
+    // --- duplicates that a batch met: registered during it, resolved at its end
+    bool dupIsClean() const { return mRedundant2UniqueVtx.empty(); }
+    void addRedundant(Point2* pRedundant, Point2* pUnique) {
+        mRedundant2UniqueVtx.emplace_back(pRedundant, pUnique);
+    }
+    // Makes the redundant vertices ready for uniqueOf.
+    void sortRedundant();
+    // The vertex that stands for this one: itself, unless it was registered as redundant.
+    Point2* uniqueOf(Point2* pVtx) const;
+    const std::vector<std::pair<Point2*, Point2*>>& redundant() const { return mRedundant2UniqueVtx; }
+    void clearRedundant() { mRedundant2UniqueVtx.clear(); }
+
+private:
+    struct CoordinateHash {
+        std::size_t operator()(const Point2* p) const;
+    };
+    struct CoordinateEqual {
+        bool operator()(const Point2* p, const Point2* q) const { return *p == *q; }
+    };
+
+    bool bFullDimensional = false;
+    std::vector<Point2*> vStored; // all different, in the order in which they came
+    std::unordered_set<const Point2*, CoordinateHash, CoordinateEqual>
+        sLookup; // of the first numLookup stored ones
+    std::size_t numLookup = 0;
+    std::size_t numCollinear = 0; // stored vertices known to lie on the line of the first two
+    KeyIndex vIdxVtxAct;
+    std::vector<std::pair<Point2*, Point2*>> mRedundant2UniqueVtx;
+};
+
+} // namespace TESK_KIVO2D
