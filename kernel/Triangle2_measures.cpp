@@ -222,6 +222,11 @@ int Triangle2::getMaxIndex() const {
 double Triangle2::getArea2D() const {
     const EdgeLengths lengths(*this);
     const double area = computeArea(lengths.aLength[0], lengths.aLength[1], lengths.aLength[2]);
+    // The rounding errors of the lengths alone can make up for so much, so here the corners are asked.
+    const double longest = std::max({lengths.aLength[0], lengths.aLength[1], lengths.aLength[2]});
+    const bool bDoubtful = area < 1e-6 * longest * longest;
+    if (bDoubtful && getOrientation2_mt(aCorners[0], aCorners[1], aCorners[2]) == ORIENTATION2_COLLINEAR)
+        return 0;
     return area / lengths.scale / lengths.scale;
 }
 
