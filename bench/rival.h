@@ -1,0 +1,28 @@
+#pragma once
+
+#include "bench/distributions.h"
+
+#include <memory>
+
+// CGAL with exact predicates and inexact constructions, behind a wall.
+namespace bench::rival {
+
+// Batch insertion; returns the number of triangles.
+std::size_t triangulate(const Coordinates& points);
+
+// The hierarchy, for insertions one by one and for location.
+class Hierarchy {
+public:
+    Hierarchy();
+    ~Hierarchy();
+    void insert(double x, double y);
+    void insertAll(const Coordinates& points);
+    // True for a point inside the hull.
+    bool locate(double x, double y) const;
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> pImpl;
+};
+
+} // namespace bench::rival
