@@ -5,7 +5,7 @@
 namespace TESK_KIVO2D {
 
 /// The colours that have a name.
-enum Colorname {
+enum Colorname : int {
     CRED = 0,
     CGREEN = 1,
     CBLUE = 2,

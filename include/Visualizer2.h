@@ -57,6 +57,8 @@ public:
 private:
     class Drawing;
     void checkOpen() const;
+    template<class Element>
+    void addEach(const std::vector<Element>& vElements, const Color& color);
 
     std::unique_ptr<Drawing> pDrawing;
 };
