@@ -44,7 +44,7 @@ Points randomTriangle(Rng& rng) {
 // The largest difference of the distances from the corners, computed in quad-like precision.
 double deviation(const Points& vCorners, const Point2& center) {
     mpf_class aDistance[3];
-    for (int i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < 3; ++i) {
         const mpf_class dx = mpf_class(vCorners[i].x(), 512) - center.x();
         const mpf_class dy = mpf_class(vCorners[i].y(), 512) - center.y();
         aDistance[i] = sqrt(mpf_class(dx * dx + dy * dy, 512));
@@ -154,6 +154,18 @@ TEST(Circumcenter, isEquallyFarFromTheCornersWheneverItIsCalledAccurate) {
     EXPECT_GT(numFlat, 100);
 }
 
+TEST(Circumcenter, ofCornersTooFlatForTheFormulaLiesFarOutOnTheBisector) {
+    // The denominator of the closed formula rounds to 0, yet the corners are not collinear.
+    const Points vPoints = {{0x1.14bed17a85858p-2, -0x1.29876dcb70b96p-1},
+                            {-0x1.a8652674cf4ep-4, 0x1.d4e3cde9c68cep-1},
+                            {0x1.c93eab373a467p-2, -0x1.496fa708ded34p+0}};
+    ASSERT_GT(oracle::orientation(vPoints[0], vPoints[1], vPoints[2]), 0);
+    const auto [center, bAccurate] = FreeTriangle(vPoints).t.getDual();
+    EXPECT_TRUE(bAccurate);
+    EXPECT_NEAR(Vector2(center.x(), center.y()).length(), 1e13, 1);
+    EXPECT_LT(deviation(vPoints, center), 0.002); // half the spacing of doubles there
+}
+
 TEST(Circumcenter, scalesToTheEndsOfTheRange) {
     Rng rng(33);
     for (int round = 0; round < 200; ++round) {
@@ -185,7 +197,8 @@ TEST(hasOnEdge, agreesWithExactArithmetic) {
         const Points vPoints = {draw(), draw(), draw()};
         if (oracle::orientation(vPoints[0], vPoints[1], vPoints[2]) <= 0) continue;
         const int ith = doubles::below(rng, 3);
-        const Point2 q = draw(), a = vPoints[(ith + 1) % 3], b = vPoints[(ith + 2) % 3];
+        const auto next = static_cast<std::size_t>(ith + 1) % 3;
+        const Point2 q = draw(), a = vPoints[next], b = vPoints[(next + 1) % 3];
         const bool bOn = oracle::orientation(a, b, q) == 0 && !(q < std::min(a, b)) && !(q > std::max(a, b));
         ASSERT_EQ(FreeTriangle(vPoints).t.hasOnEdge(ith, q), bOn) << ith << doubles::hex(vPoints);
         numOn += bOn ? 1 : 0;
