@@ -1,0 +1,123 @@
+#include "cli/commands.h"
+#include "cli/errors.h"
+
+#include <CLI/CLI.hpp>
+#include <Kivo_2D.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <limits>
+#include <new>
+
+namespace {
+
+using namespace cli;
+
+struct CommandLine {
+    TriangulateOptions triangulate;
+    GenerateOptions generate;
+    std::string generateOutput;
+    bool bJson = false;
+};
+
+CLI::App* addTriangulate(CLI::App& app, CommandLine& commandLine) {
+    TriangulateOptions& options = commandLine.triangulate;
+    CLI::App* const pCommand = app.add_subcommand("triangulate", "Delaunay triangulation of a point file");
+    pCommand->add_option("IN", options.input, "points: .xy .txt .xyz .bin .node")->required();
+    pCommand
+        ->add_option("-o,--output", options.vOutputs,
+                     "file to write, may be repeated: .ps .xy .txt .xyz .bin .node .ele")
+        ->type_size(1)
+        ->allow_extra_args(false);
+    pCommand->add_flag("--check", options.bCheck,
+                       "check links and empty circles; exit code 1 when a check fails");
+    pCommand
+        ->add_option("--threads", options.numThreads, "threads for large inputs, 0 for all of the machine")
+        ->check(CLI::Range(0, 4096))
+        ->capture_default_str();
+    pCommand->add_flag("--progress", options.bProgress,
+                       "progress on standard error even where that is no terminal");
+    pCommand->add_flag("--json", commandLine.bJson, "report as JSON");
+    return pCommand;
+}
+
+CLI::App* addGenerate(CLI::App& app, CommandLine& commandLine) {
+    GenerateOptions& options = commandLine.generate;
+    CLI::App* const pCommand = app.add_subcommand("generate", "test points: equal options give equal files");
+    pCommand->add_option("KIND", options.kind, "kind of point set")
+        ->required()
+        ->check(CLI::IsMember(generatorKinds()));
+    pCommand->add_option("-n,--count", options.count, "number of points")
+        ->required()
+        ->check(CLI::Range(0, std::numeric_limits<int>::max()));
+    pCommand->add_option("-o,--output", commandLine.generateOutput, "file to write: .xy .txt .bin .node")
+        ->required();
+    pCommand->add_option("--seed", options.seed, "start of the random numbers")->capture_default_str();
+    pCommand->add_option("--size", options.size, "length of the square's side")
+        ->check(CLI::Range(1e-300, 1e300))
+        ->capture_default_str();
+    const CLI::Range anyCoordinate(-1e300, 1e300);
+    pCommand->add_option("--offset-x", options.offsetX, "added to every x")
+        ->check(anyCoordinate)
+        ->capture_default_str();
+    pCommand->add_option("--offset-y", options.offsetY, "added to every y")
+        ->check(anyCoordinate)
+        ->capture_default_str();
+    pCommand->add_flag("--json", commandLine.bJson, "report as JSON");
+    return pCommand;
+}
+
+// Standard output holds the report and nothing else, so that a program can read it.
+void sendMessagesToErrorStream() {
+    TESK_KIVO2D::setMessageSink(
+        [](TESK_KIVO2D::MessageChannel, const std::string& text) { std::fputs(text.c_str(), stderr); });
+}
+
+int print(const Report& report, bool bJson) {
+    const std::string text = bJson ? toJson(report) : toText(report);
+    const bool bWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    if (std::fflush(stdout) != 0 || !bWritten) {
+        std::fputs("kivo2d: the report can't be written\n", stderr);
+        return EXIT_CODE_BAD_INPUT;
+    }
+    return report.bValid.value_or(true) ? EXIT_CODE_OK : EXIT_CODE_BAD_INPUT;
+}
+
+int fail(const char* text, ExitCode exitCode) {
+    std::fprintf(stderr, "kivo2d: %s\n", text);
+    return exitCode;
+}
+
+int run(const CommandLine& commandLine, bool bTriangulate) {
+    try {
+        const Report report = bTriangulate ? runTriangulate(commandLine.triangulate)
+                                           : runGenerate(commandLine.generate, commandLine.generateOutput);
+        return print(report, commandLine.bJson);
+    } catch (const UsageError& error) {
+        return fail(error.what(), EXIT_CODE_USAGE);
+    } catch (const std::bad_alloc&) {
+        return fail("out of memory", EXIT_CODE_BAD_INPUT);
+    } catch (const std::exception& error) {
+        return fail(error.what(), EXIT_CODE_BAD_INPUT);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    sendMessagesToErrorStream();
+    CLI::App app("Kivo 2D: exact 2-D Delaunay triangulation", "kivo2d");
+    app.set_version_flag("--version",
+                         "kivo2d " KIVO2D_COMMAND_VERSION " (" + TESK_KIVO2D::getKivo2DVersion() + ")");
+    app.require_subcommand(1);
+    app.footer("Exit codes: 0 done, 1 bad input or a file that can't be written, 2 wrong usage.");
+    CommandLine commandLine;
+    const CLI::App* const pTriangulate = addTriangulate(app, commandLine);
+    addGenerate(app, commandLine);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? EXIT_CODE_OK : EXIT_CODE_USAGE;
+    }
+    return run(commandLine, pTriangulate->parsed());
+}

@@ -1,0 +1,105 @@
+#include "cli/report.h"
+
+#include <nlohmann/json.hpp>
+
+#include <array>
+#include <charconv>
+#include <utility>
+
+namespace cli {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string shortest(double value) {
+    char aText[40];
+    const auto result = std::to_chars(aText, aText + sizeof aText, value);
+    return std::string(aText, result.ptr);
+}
+
+std::string milliseconds(double seconds) {
+    char aText[40];
+    const auto result =
+        std::to_chars(aText, aText + sizeof aText, seconds * 1000.0, std::chars_format::fixed, 1);
+    return std::string(aText, result.ptr) + " ms";
+}
+
+using NamedTime = std::pair<const char*, std::optional<double>>;
+std::array<NamedTime, 4> namedTimes(const Report& report) {
+    return {{{"read", report.readTime},
+             {"triangulate", report.triangulateTime},
+             {"check", report.checkTime},
+             {"write", report.writeTime}}};
+}
+
+std::string line(std::string label, const std::string& value) {
+    label.resize(15, ' ');
+    return "  " + label + value + "\n";
+}
+
+std::string triangulationLines(const Report& report) {
+    std::string text = line("duplicates", std::to_string(report.numPoints - report.numVertices));
+    text += line("vertices", std::to_string(report.numVertices));
+    text += line("triangles", std::to_string(report.numTriangles));
+    text += line("hull", report.bIs2D ? std::to_string(report.numHullVertices) + " vertices"
+                                      : "none, all points lie on one line");
+    return text;
+}
+
+Json boxToJson(const Box& box) {
+    return {{"minX", box.minX}, {"minY", box.minY}, {"maxX", box.maxX}, {"maxY", box.maxY}};
+}
+
+} // namespace
+
+std::string toText(const Report& report) {
+    std::string text = (report.input.empty() ? report.kind : report.input) + "\n";
+    text += line("points", std::to_string(report.numPoints));
+    if (report.bTriangulated) text += triangulationLines(report);
+    if (report.boundingBox) {
+        const Box& box = *report.boundingBox;
+        text += line("bounding box", "[" + shortest(box.minX) + ", " + shortest(box.maxX) + "] x [" +
+                                         shortest(box.minY) + ", " + shortest(box.maxY) + "]");
+    }
+    if (report.bTriangulated) text += line("threads", std::to_string(report.numThreads));
+    if (report.bValid) text += line("valid", *report.bValid ? "yes" : "NO");
+    std::string times;
+    for (const auto& [name, time] : namedTimes(report)) {
+        if (time) times += (times.empty() ? "" : ", ") + std::string(name) + " " + milliseconds(*time);
+    }
+    text += line("times", times);
+    for (const std::string& output : report.vOutputs)
+        text += line("written", output);
+    return text;
+}
+
+std::string toJson(const Report& report) {
+    Json json;
+    json["command"] = report.command;
+    json["version"] = KIVO2D_COMMAND_VERSION;
+    if (report.input.empty())
+        json["kind"] = report.kind;
+    else
+        json["input"] = report.input;
+    json["points"] = report.numPoints;
+    if (report.bTriangulated) {
+        json["duplicates"] = report.numPoints - report.numVertices;
+        json["vertices"] = report.numVertices;
+        json["triangles"] = report.numTriangles;
+        json["hullVertices"] = report.numHullVertices;
+        json["is2D"] = report.bIs2D;
+    }
+    json["boundingBox"] = report.boundingBox ? boxToJson(*report.boundingBox) : Json(nullptr);
+    if (report.bTriangulated) json["threads"] = report.numThreads;
+    if (report.bValid) json["valid"] = *report.bValid;
+    json["times"] = Json::object();
+    for (const auto& [name, time] : namedTimes(report)) {
+        if (time) json["times"][name] = *time;
+    }
+    json["outputs"] = report.vOutputs;
+    // A file name need not be UTF-8; JSON must.
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+} // namespace cli
