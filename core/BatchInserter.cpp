@@ -4,6 +4,9 @@
 #include "core/walk.h"
 #include "kernel/assertion.h"
 
+#include <algorithm>
+#include <functional>
+
 namespace TESK_KIVO2D {
 
 void BatchInserter::insert(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) {
@@ -58,10 +61,10 @@ void BatchInserter::insertStored() {
     }
     if (vRange.size() != vault.stored().size()) {
         // Vertices from earlier calls are among them.
-        vStoredBefore = vault.stored();
+        if (vStoredBefore.empty()) vStoredBefore = vault.stored();
         vRange.clear();
-        for (const KeyedIndex& next : hilbertOrder(PointSource(vStoredBefore), dt.hc)) {
-            vRange.push_back({next.key, vStoredBefore[next.index]});
+        for (const KeyedIndex& next : hilbertOrder(PointSource(vault.stored()), dt.hc)) {
+            vRange.push_back({next.key, vault.stored()[next.index]});
         }
     }
     dt.store.reserveTriangles(1);
@@ -75,7 +78,7 @@ void BatchInserter::insertAll(Triangle2* pStart) {
         insertRange(vRange.data(), vRange.data() + vRange.size(), pStart);
     } catch (...) {
         dt.vCheckT.clear();
-        rescueStored();
+        rescueStored(pStart);
         settle();
         throw;
     }
@@ -114,12 +117,15 @@ Triangle2* BatchInserter::insertOne(Point2* pVtx, Triangle2* pStart) {
 }
 
 // After a batch was cut off in the transition to 2-D: the client holds these vertices, so they must be in.
-void BatchInserter::rescueStored() {
-    for (Point2* pVtx : vStoredBefore) {
-        if (pVtx->getIncidentTriangle() != nullptr) continue;
-        Triangle2* pAnyT = nullptr;
-        dt.store.forEachTriangle([&](Triangle2* pT) { pAnyT = pT; });
-        dt.place(pVtx, walk(pAnyT, *pVtx, dt.pTeskPredicates));
+void BatchInserter::rescueStored(Triangle2* pStart) {
+    std::sort(vStoredBefore.begin(), vStoredBefore.end(), std::less<>());
+    for (const KeyedVertex& entry : vRange) {
+        if (!std::binary_search(vStoredBefore.begin(), vStoredBefore.end(), entry.pVtx, std::less<>()))
+            continue;
+        if (entry.pVtx->getIncidentTriangle() == nullptr) {
+            dt.place(entry.pVtx, walk(pStart, *entry.pVtx, dt.pTeskPredicates));
+        }
+        pStart = entry.pVtx->getIncidentTriangle();
     }
 }
 

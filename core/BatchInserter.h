@@ -33,7 +33,7 @@ private:
     void insertAll(Triangle2* pStart);
     Triangle2* insertRange(const KeyedVertex* pFirst, const KeyedVertex* pLast, Triangle2* pStart);
     Triangle2* insertOne(Point2* pVtx, Triangle2* pStart);
-    void rescueStored();
+    void rescueStored(Triangle2* pStart);
     void settle();
     void resolveHandles(Point2** aHandles, std::size_t numHandles) const;
     void recycleLeftOut();
