@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <numeric>
+#include <stdexcept>
 
 using namespace TESK_KIVO2D;
 using doubles::Points;
@@ -90,6 +91,15 @@ void expectLocated(const Kivo_2D& kivo, const Point2& q) {
     EXPECT_EQ(bInside, pFound != nullptr) << doubles::hex({q});
     EXPECT_TRUE(pFound == nullptr || contains(*pFound, q)) << doubles::hex({q});
 }
+
+// Stops a batch after so many progress messages.
+struct Canceller : MsgBase {
+    explicit Canceller(int numMessages) : numLeft(numMessages) {}
+    void update(MsgType, const char*, double) override {
+        if (numLeft-- == 0) throw std::runtime_error("enough");
+    }
+    int numLeft;
+};
 
 Points withNumbers(std::initializer_list<Point2> points) {
     Points vPoints(points);
@@ -374,6 +384,42 @@ TEST(InsertionOf, pointsInBoxesWithoutExtentOrBeyondDoublesIsSilentAndRight) {
                 EXPECT_EQ("", messages.output() + messages.error()) << doubles::hex(vPoints);
             }
             std::shuffle(vPoints.begin(), vPoints.end(), rng);
+        }
+    }
+}
+
+TEST(InsertionOf, aBatchThatAListenerStopsLeavesASoundTriangulation) {
+    Rng rng(20);
+    Points vFirst, vPoints;
+    for (int i = 0; i < 300; ++i)
+        vPoints.push_back(nastySets::latticePoint(rng, 15, 0.3));
+    for (int i = 0; i < 20; ++i)
+        vFirst.emplace_back(i % 5, 0); // all on one line
+    for (int numMessages = 0; numMessages < 103; ++numMessages) {
+        for (const bool bLineBefore : {false, true}) {
+            Kivo_2D kivo;
+            std::vector<Point2*> vFirstHandles, vHandles;
+            if (bLineBefore) kivo.insert(vFirst, vFirstHandles);
+            Canceller canceller(numMessages);
+            kivo.subscribe(MSG_PROGRESS, &canceller);
+            bool bStopped = false;
+            try {
+                kivo.insert(vPoints, vHandles);
+            } catch (const std::runtime_error&) {
+                bStopped = true;
+            }
+            kivo.unsubscribe(MSG_PROGRESS, &canceller);
+            EXPECT_EQ(canceller.numLeft < 0, bStopped);
+            expectSound(kivo);
+            for (std::size_t i = 0; i < vFirstHandles.size(); ++i)
+                EXPECT_EQ(vFirst[i], *vFirstHandles[i]);
+            kivo.insert(vPoints, vHandles);
+            Points vAll = vPoints;
+            if (bLineBefore) vAll.insert(vAll.end(), vFirst.begin(), vFirst.end());
+            expectSound(kivo, vAll);
+            for (std::size_t i = 0; i < vFirstHandles.size(); ++i)
+                EXPECT_EQ(vFirstHandles[i], kivo.insert(vFirst[i]));
+            if (testing::Test::HasFailure()) return;
         }
     }
 }

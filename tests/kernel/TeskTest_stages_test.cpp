@@ -81,6 +81,7 @@ const F orientationFamilies = {
     {"farAway",         [](Rng& r) { return doubles::nearCollinear(r, 1e6); }, 1, 0},
     {"tiny",            [](Rng& r) { return scaledBetween(r, doubles::nearCollinear(r), -1060, -400); }, 1, 1},
     {"squaresUnderflow",[](Rng& r) { return scaledBetween(r, doubles::nearCollinear(r), -545, -470); }, 1, 1},
+    {"boundUnderflows", [](Rng& r) { return scaledBetween(r, doubles::nearCollinear(r), -516, -512); }, 1, 1},
     {"subnormal",       [](Rng& r) { return latticePoints(r, 3, 1000, 0x1p-1074); }, 1, 1},
     {"squaresOverflow", [](Rng& r) { return scaledBetween(r, doubles::nearCollinear(r, 1), 500, 540); }, 1, 1},
     {"squaresOverflowFarAway", [](Rng& r) { return scaledBetween(r, doubles::nearCollinear(r, 100), 500, 530); }, 1, 1},
