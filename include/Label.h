@@ -13,7 +13,7 @@ public:
     /// \param position_  where the first line of the text starts
     /// \param text_      one or more lines, separated by newlines
     /// \param bWithMark_ draws a small cross at the position, too
-    /// \param fontSize_  in page units (1/72 inch), also the distance of the lines
+    /// \param fontSize_  in page units (1/72 inch), also the distance of the lines; 0 is drawn as 1
     Label(const Point2& position_, std::string text_, bool bWithMark_, int fontSize_)
         : position(position_), text(std::move(text_)), bWithMark(bWithMark_), fontSize(fontSize_) {}
 

@@ -101,7 +101,7 @@ KIVO_API void generateRandomPoints(std::size_t num, double min, double max,
 KIVO_API void generateRandomSegments(std::size_t num, double min, double max, double maxLen,
                                      std::vector<Segment2>& vRandomSegments, unsigned int seed);
 /// A simple polygon through n random points as a closed chain of segments, counter-clockwise; points drawn
-/// twice are used once. O(n log n).
+/// twice are used once. When all points lie on one line the call warns and returns none. O(n log n).
 KIVO_API void generateRandomPolygon(std::size_t num, double min, double max, std::vector<Segment2>& vPolygon,
                                     unsigned int seed);
 /// Appends points of an ellipse, counter-clockwise from angle 0. The full turn is taken as 6.28318.

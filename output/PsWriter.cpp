@@ -186,14 +186,16 @@ void PsWriter::circle(const PsCircle& circle) {
 void PsWriter::label(const Label& label) {
     const double x = transform.x(label.position.x());
     const double y = transform.y(label.position.y());
+    const int fontSize =
+        label.fontSize == 0 ? 1 : label.fontSize; // an interpreter refuses letters without size
     file.text("/Arial findfont ");
-    file.integer(label.fontSize);
+    file.integer(fontSize);
     file.text(" scalefont\n setfont\n");
     const std::string_view text = label.text;
     std::size_t begin = 0;
     for (int i = 0; begin <= text.size(); ++i) {
         const std::size_t end = std::min(text.find('\n', begin), text.size());
-        line(x, y - static_cast<double>(i) * label.fontSize, "moveto");
+        line(x, y - static_cast<double>(i) * fontSize, "moveto");
         line("(" + escapePs(text.substr(begin, end - begin)) + ")", "show");
         line("stroke");
         begin = end + 1;
