@@ -38,12 +38,16 @@ std::string line(std::string label, const std::string& value) {
     return "  " + label + value + "\n";
 }
 
+std::string hullText(const Report& report) {
+    if (report.bIs2D) return std::to_string(report.numHullVertices) + " vertices";
+    return report.numVertices == 0 ? "none" : "none, all points lie on one line";
+}
+
 std::string triangulationLines(const Report& report) {
     std::string text = line("duplicates", std::to_string(report.numPoints - report.numVertices));
     text += line("vertices", std::to_string(report.numVertices));
     text += line("triangles", std::to_string(report.numTriangles));
-    text += line("hull", report.bIs2D ? std::to_string(report.numHullVertices) + " vertices"
-                                      : "none, all points lie on one line");
+    text += line("hull", hullText(report));
     return text;
 }
 
