@@ -1,4 +1,4 @@
-#include "rival.h"
+#include "bench/rival.h"
 
 #include <CGAL/Delaunay_triangulation_2.h>
 #include <CGAL/Exact_predicates_inexact_constructions_kernel.h>

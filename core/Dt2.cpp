@@ -113,10 +113,12 @@ void Dt2::place(Point2* pVtx, const WalkResult& found) {
                              pTeskPredicates.orientation(*p, *q, *pVtx) == ORIENTATION2_COLLINEAR;
         if (bOnEdge) {
             const bool bFixed = pEdgeGuard != nullptr && pEdgeGuard->isFixed(p, q);
+            const bool bHull = found.pT->getOppositeTriangle(ith) == nullptr;
             splitEdge(found.pT, ith, pVtx, store, vCheckT);
+            if (bHull) hullLinks.inserted(p, pVtx, q);
             if (bFixed) pEdgeGuard->wasSplit(p, q, pVtx);
         } else {
-            extendHull(edge, pVtx, store, pTeskPredicates, vCheckT);
+            extendHull(edge, pVtx, store, pTeskPredicates, hullLinks, vCheckT);
         }
     }
     legalizeNewVertex(vCheckT, pTeskPredicates, pEdgeGuard);

@@ -8,6 +8,7 @@
 #include "core/HC2.h"
 #include "core/MeshStore.h"
 #include "core/VertexVault.h"
+#include "core/hull.h"
 #include "core/walk.h"
 #include "kernel/ProgressHub.h"
 #include "kernel/TeskTest.h"
@@ -86,6 +87,7 @@ private:
     Bbox2 box; // of all points inserted, doubled whenever it grew
     HC2 hc;
     std::vector<Triangle2*> vCheckT;
+    HullLinks hullLinks;
     EdgeGuard* pEdgeGuard = nullptr; // null while no edge is fixed
     int numCPU = 1;
     ProgressHub hub;

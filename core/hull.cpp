@@ -6,35 +6,97 @@
 
 namespace TESK_KIVO2D {
 
+namespace {
+
+// Turns around one end of a hull edge, from triangle to triangle, towards the hull edge at the other side of
+// the fan: forward around the target, backward around the source.
+class Pivot {
+public:
+    Pivot(HullEdge edge, bool bForwards)
+        : bForward(bForwards), pAxis(bForward ? edge.target() : edge.source()), pT(edge.pT),
+          i(bForward ? Triangle2::incIndexBy1(edge.ith) : Triangle2::incIndexBy2(edge.ith)) {}
+    // From the vertex's own triangle, towards the hull edge that starts there (forward) or ends there.
+    Pivot(const Point2* pVtx, bool bForwards)
+        : bForward(bForwards), pAxis(pVtx), pT(pVtx->getIncidentTriangle()) {
+        turnTo(pT);
+    }
+
+    bool isAtHull() const { return pT->getOppositeTriangle(i) == nullptr; }
+    void advance() { turnTo(pT->getOppositeTriangle(i)); }
+    HullEdge edge() const { return {pT, i}; }
+
+private:
+    // The edge of the triangle that begins (forward) or ends at the axis.
+    void turnTo(Triangle2* pNext) {
+        pT = pNext;
+        const int axis = pT->getIntraTriangleIndex(pAxis);
+        i = bForward ? Triangle2::incIndexBy2(axis) : Triangle2::incIndexBy1(axis);
+    }
+
+    bool bForward;
+    const Point2* pAxis;
+    Triangle2* pT;
+    int i = 0;
+};
+
+HullEdge pivotToEnd(Pivot pivot) {
+    while (!pivot.isAtHull())
+        pivot.advance();
+    return pivot.edge();
+}
+
+// The hull edge between two neighbours on the hull, by turning around both at once: as long as the smaller
+// fan.
+HullEdge findHullEdge(const Point2* pSource, const Point2* pTarget) {
+    Pivot aroundSource(pSource, true), aroundTarget(pTarget, false);
+    for (;;) {
+        if (aroundSource.isAtHull()) return aroundSource.edge();
+        if (aroundTarget.isAtHull()) return aroundTarget.edge();
+        aroundSource.advance();
+        aroundTarget.advance();
+    }
+}
+
+} // namespace
+
 HullEdge nextHullEdge(HullEdge edge) {
-    // Pivot around the target: cross the edges that begin there until one has nothing behind it.
     KIVO_ASSERT(edge.pT->getOppositeTriangle(edge.ith) == nullptr,
                 "pCurTriangle->getOppositeTriangle(ith)==NULL");
-    const Point2* const pAxis = edge.target();
-    Triangle2* pT = edge.pT;
-    int i = Triangle2::incIndexBy1(edge.ith);
-    while (Triangle2* pBehind = pT->getOppositeTriangle(i)) {
-        pT = pBehind;
-        i = Triangle2::incIndexBy2(pT->getIntraTriangleIndex(pAxis));
-    }
-    return {pT, i};
+    return pivotToEnd(Pivot(edge, true));
 }
 
-HullEdge previousHullEdge(HullEdge edge) {
-    // Pivot around the source: cross the edges that end there.
+HullEdge HullLinks::step(HullEdge edge, bool bForward) {
     KIVO_ASSERT(edge.pT->getOppositeTriangle(edge.ith) == nullptr,
                 "pCurTriangle->getOppositeTriangle(ith)==NULL");
-    const Point2* const pAxis = edge.source();
-    Triangle2* pT = edge.pT;
-    int i = Triangle2::incIndexBy2(edge.ith);
-    while (Triangle2* pBehind = pT->getOppositeTriangle(i)) {
-        pT = pBehind;
-        i = Triangle2::incIndexBy1(pT->getIntraTriangleIndex(pAxis));
+    constexpr int largeFan = 64;
+    Pivot pivot(edge, bForward);
+    for (int i = 0; i < largeFan; ++i) {
+        if (pivot.isAtHull()) return pivot.edge();
+        pivot.advance();
     }
-    return {pT, i};
+    if (mNext.empty()) record(edge);
+    if (bForward) return findHullEdge(edge.target(), mNext.at(edge.target()));
+    return findHullEdge(mPrevious.at(edge.source()), edge.source());
 }
 
-void extendHull(HullEdge visibleEdge, Point2* pVtx, MeshStore& store, TeskTest& tests,
+void HullLinks::record(HullEdge start) {
+    HullEdge edge = start;
+    do {
+        mNext[edge.source()] = edge.target();
+        mPrevious[edge.target()] = edge.source();
+        edge = nextHullEdge(edge);
+    } while (!(edge == start));
+}
+
+void HullLinks::inserted(Point2* pBefore, Point2* pVtx, Point2* pAfter) {
+    if (mNext.empty()) return;
+    mNext[pBefore] = pVtx;
+    mNext[pVtx] = pAfter;
+    mPrevious[pAfter] = pVtx;
+    mPrevious[pVtx] = pBefore;
+}
+
+void extendHull(HullEdge visibleEdge, Point2* pVtx, MeshStore& store, TeskTest& tests, HullLinks& links,
                 std::vector<Triangle2*>& vCheckT) {
     const auto isVisible = [&](const HullEdge& edge) {
         return tests.orientation(*edge.source(), *edge.target(), *pVtx) == ORIENTATION2_CW;
@@ -43,21 +105,22 @@ void extendHull(HullEdge visibleEdge, Point2* pVtx, MeshStore& store, TeskTest& 
     // edges of the hull are never visible at once, so both walks end.
     HullEdge first = visibleEdge;
     std::size_t numVisible = 1;
-    for (HullEdge edge = previousHullEdge(first); isVisible(edge); edge = previousHullEdge(first)) {
+    for (HullEdge edge = links.previous(first); isVisible(edge); edge = links.previous(first)) {
         first = edge;
         ++numVisible;
     }
     HullEdge last = visibleEdge;
-    for (HullEdge edge = nextHullEdge(last); isVisible(edge); edge = nextHullEdge(last)) {
+    for (HullEdge edge = links.next(last); isVisible(edge); edge = links.next(last)) {
         last = edge;
         ++numVisible;
     }
     store.reserveTriangles(numVisible);
+    links.inserted(first.source(), pVtx, last.target());
 
     Triangle2* lastTriangle = nullptr;
     HullEdge edge = first;
     for (std::size_t i = 0; i < numVisible; ++i) {
-        const HullEdge next = edge == last ? edge : nextHullEdge(edge); // before the edge gets a neighbour
+        const HullEdge next = edge == last ? edge : links.next(edge); // before the edge gets a neighbour
         Triangle2* const pT = store.createTriangle(pVtx, edge.target(), edge.source());
         pT->setOppTriangle(0, edge.pT);
         edge.pT->setOppTriangle(edge.ith, pT);

@@ -4,6 +4,7 @@
 #include "core/MeshStore.h"
 #include "kernel/TeskTest.h"
 
+#include <unordered_map>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -19,14 +20,36 @@ struct HullEdge {
     bool operator==(const HullEdge& other) const { return pT == other.pT && ith == other.ith; }
 };
 
-// The hull edges after and before this one. O(degree of the vertex between them).
+// The hull edge after this one. O(degree of the vertex between them).
 HullEdge nextHullEdge(HullEdge edge);
-HullEdge previousHullEdge(HullEdge edge);
+
+// Steps along the hull in O(1) where nextHullEdge would take as long as a vertex has triangles: a million
+// points on a line with one beside it make a fan of a million. Nothing is kept until a step first meets such
+// a fan; from then on each vertex that joins the hull costs a few entries. Removing a hull vertex must clear
+// the links.
+class HullLinks {
+public:
+    HullEdge next(HullEdge edge) { return step(edge, true); }
+    HullEdge previous(HullEdge edge) { return step(edge, false); }
+    // The vertex now lies between these two on the hull.
+    void inserted(Point2* pBefore, Point2* pVtx, Point2* pAfter);
+    void clear() {
+        mNext.clear();
+        mPrevious.clear();
+    }
+
+private:
+    HullEdge step(HullEdge edge, bool bForward);
+    void record(HullEdge start);
+
+    std::unordered_map<const Point2*, Point2*> mNext,
+        mPrevious; // of hull vertices, and of some that were; or empty
+};
 
 // Joins a vertex that lies strictly beyond a hull edge to all hull edges that it sees, that is those that
 // have it strictly on their outer side. The new triangles have the vertex at corner 0 and go onto the stack
 // vCheckT.
-void extendHull(HullEdge visibleEdge, Point2* pVtx, MeshStore& store, TeskTest& tests,
+void extendHull(HullEdge visibleEdge, Point2* pVtx, MeshStore& store, TeskTest& tests, HullLinks& links,
                 std::vector<Triangle2*>& vCheckT);
 
 // The hull vertices counter-clockwise, each once, from a triangulation that has at least one triangle.

@@ -4,6 +4,7 @@
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
 
+#include <cstdlib>
 #include <limits>
 #include <locale>
 #include <sstream>
@@ -30,6 +31,35 @@ T& created(std::unique_ptr<T>& p) {
 // coordinates alone: squared distances would round.
 bool isOutsideCollinear(const Point2& a, const Point2& b, const Point2& q) {
     return a < b ? (q < a || b < q) : (q < b || a < q);
+}
+
+// Copies of points, times the power of two that brings the largest coordinate near 1. Signs of determinants
+// stay, and what was out of the range of the filters comes back into it.
+template<int num>
+struct Rescaled {
+    Point2 points[num];
+    bool bUsable; // false when the size was moderate already, or when a small coordinate would lose bits
+
+    explicit Rescaled(const Point2* const (&original)[num]) {
+        double largest = 0;
+        for (const Point2* p : original)
+            largest = std::fmax(largest, p->getMaxAbs());
+        const int exponent = largest > 0 ? std::ilogb(largest) : 0;
+        bUsable = std::abs(exponent) > 100;
+        for (int i = 0; i < num && bUsable; ++i) {
+            points[i] =
+                Point2(std::ldexp(original[i]->x(), -exponent), std::ldexp(original[i]->y(), -exponent));
+            bUsable = std::ldexp(points[i].x(), exponent) == original[i]->x() &&
+                      std::ldexp(points[i].y(), exponent) == original[i]->y();
+        }
+    }
+};
+
+// The stages between the static one and the rationals.
+stages::Decision orientMiddleStages(const Point2& a, const Point2& b, const Point2& c) {
+    stages::Decision decision = stages::orientDynamic(a, b, c);
+    if (decision == stages::UNSURE) decision = stages::orientExpansion(a, b, c);
+    return decision;
 }
 
 } // namespace
@@ -83,8 +113,11 @@ Orientation2 TeskTest::orientationUnbounded(const Point2& a, const Point2& b, co
     ++counts.orientationPastStatic;
     if ((a.x() == b.x() && b.x() == c.x()) || (a.y() == b.y() && b.y() == c.y()))
         return ORIENTATION2_COLLINEAR;
-    stages::Decision decision = stages::orientDynamic(a, b, c);
-    if (decision == stages::UNSURE) decision = stages::orientExpansion(a, b, c);
+    stages::Decision decision = orientMiddleStages(a, b, c);
+    if (decision == stages::UNSURE) {
+        const Rescaled<3> r({&a, &b, &c});
+        if (r.bUsable) decision = orientMiddleStages(r.points[0], r.points[1], r.points[2]);
+    }
     if (decision == stages::UNSURE) decision = stages::orientInterval(a, b, c);
     if (decision == stages::UNSURE) {
         ++counts.orientationExact;
@@ -111,6 +144,14 @@ bool TeskTest::isInCircleOrRectangleSlow(const Triangle2& t, const Point2& q) {
 CircleInclusion2 TeskTest::inCirclePastStatic(const Triangle2& t, const Point2& q) {
     const Point2 &a = *t.getCorner(0), &b = *t.getCorner(1), &c = *t.getCorner(2);
     stages::Decision decision = stages::inCircleExpansion(a, b, c, q);
+    if (decision == stages::UNSURE) {
+        const Rescaled<4> r({&a, &b, &c, &q});
+        if (r.bUsable) {
+            const Point2(&p)[4] = r.points;
+            decision = stages::inCircleStatic(p[0], p[1], p[2], p[3]);
+            if (decision == stages::UNSURE) decision = stages::inCircleExpansion(p[0], p[1], p[2], p[3]);
+        }
+    }
     if (decision == stages::UNSURE) {
         ++counts.inCircleExact;
         decision = stages::inCircleExact(a, b, c, q, created(pInCircleRationals));
