@@ -102,9 +102,9 @@ bool fitsDouble(std::int64_t value) { return static_cast<std::int64_t>(static_ca
 
 // A point with double coordinates exactly on the segment ab and in the middle quarter of its length. Written
 // with the last bit as the unit, the segment runs from one pair of integers to another, and its integer
-// points are g equal steps apart, g being the greatest common divisor of the differences. Of those near the
-// middle the first one is taken whose coordinates fit the mantissa; rounding the number of steps to powers of
-// two makes them shorter.
+// points are g equal steps apart, g being the greatest common divisor of the differences. Not all of them fit
+// the mantissa. Those at a round number of steps from one end are as good as that end, so a few near the
+// middle are tried, seen from both.
 std::optional<Point2> pointNearMiddle(const Point2& a, const Point2& b) {
     const int unit = std::min({lowestBitExponent(a.x()), lowestBitExponent(a.y()), lowestBitExponent(b.x()),
                                lowestBitExponent(b.y())});
@@ -117,11 +117,13 @@ std::optional<Point2> pointNearMiddle(const Point2& a, const Point2& b) {
     const std::int64_t dx = integer(b.x()) - ax, dy = integer(b.y()) - ay;
     const std::int64_t numSteps = std::gcd(dx, dy);
     for (std::int64_t grain = 1; grain <= numSteps / 4; grain *= 2) {
-        const std::int64_t k = (numSteps / 2 + grain / 2) / grain * grain;
-        const std::int64_t x = ax + dx / numSteps * k, y = ay + dy / numSteps * k;
-        if (fitsDouble(x) && fitsDouble(y))
-            return Point2(std::scalbn(static_cast<double>(x), unit),
-                          std::scalbn(static_cast<double>(y), unit));
+        const std::int64_t round = (numSteps / 2 + grain / 2) / grain * grain;
+        for (const std::int64_t k : {round, numSteps - round}) {
+            const std::int64_t x = ax + dx / numSteps * k, y = ay + dy / numSteps * k;
+            if (fitsDouble(x) && fitsDouble(y))
+                return Point2(std::scalbn(static_cast<double>(x), unit),
+                              std::scalbn(static_cast<double>(y), unit));
+        }
     }
     return std::nullopt;
 }
@@ -170,8 +172,7 @@ Point2 intersectLines(const Point2& p1, const Point2& p2, const Point2& p3, cons
     const double largest = std::max({p1.getMaxAbs(), p2.getMaxAbs(), p3.getMaxAbs(), p4.getMaxAbs()});
     const double longer = std::max(std::fabs(crossing.direction.x()), std::fabs(crossing.direction.y()));
     const double error = longer * (crossing.errorOfT() + 0x1p-51 * std::fabs(t));
-    // Written so that a number that is not one fails; a subnormal limit bounds nothing.
-    if (error <= 0x1p-49 * largest && largest > 1e-280) {
+    if (error <= 0x1p-49 * largest) { // false when one is not a number
         return Point2(p1.x() + t * crossing.direction.x(), p1.y() + t * crossing.direction.y());
     }
     double x, y;

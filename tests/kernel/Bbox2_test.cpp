@@ -91,6 +91,11 @@ TEST(Bbox2, settersCompleteTheBoxAndTheFirstPointKeepsWhatTheyGave) {
     EXPECT_TRUE(box.isValid()); // looks at one bound only
     EXPECT_TRUE(box.add(Point2(-5, 3)));
     expectBounds(box, 1, 3, -5, 3);
+    Bbox2 other;
+    other.setMaxX(-3);
+    other.setMinY(4);
+    EXPECT_TRUE(other.add(Point2(7, 1)));
+    expectBounds(other, 7, 4, -3, 1);
 
     Bbox2 complete;
     complete.setMinX(-1);

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <functional>
 #include <gtest/gtest.h>
 #include <limits>
@@ -58,7 +59,7 @@ TEST(intersectLines, isRightForEveryConditionAndSize) {
         if (round % 4 == 3)
             for (Point2& p : v)
                 p = Point2(p.x() + 1e6, p.y() * 1e-9);
-        constexpr int aExponent[] = {0, 0, -1000, 1000, -350, 350};
+        constexpr int aExponent[] = {0, 0, -1000, 1000, -530, 350};
         v = doubles::scaled(v, aExponent[round % 6]);
         const mpq_class denominator = (mpq_class(v[1].x()) - v[0].x()) * (mpq_class(v[3].y()) - v[2].y()) -
                                       (mpq_class(v[1].y()) - v[0].y()) * (mpq_class(v[3].x()) - v[2].x());
@@ -154,12 +155,22 @@ TEST(centerWithShift, staysBetweenTheEndsAndOnSimpleSlopes) {
         const bool bSlope = round % 2 == 0;
         Point2 a = round % 5 == 0 ? doubles::anyPoints(rng, 1)[0] : randomPoint(rng, 0, 16);
         Point2 b = round % 3 == 0 ? doubles::jittered(rng, a, 4) : randomPoint(rng, 0, 16);
-        if (bSlope) { // an odd number of last bits along a slope of small numbers, all mantissas full
-            const double unit = 0x1p-49;
-            const double steps = static_cast<double>(rng() >> 16) * 2 + 1;
-            a = Point2(8 + std::floor(doubles::uniform(rng, 0, 0x1p49)) * unit,
-                       8 + std::floor(doubles::uniform(rng, 0, 0x1p49)) * unit);
-            b = Point2(a.x() + steps * unit, a.y() + steps * unit * (1 + doubles::below(rng, 5)));
+        if (bSlope) { // in last bits, so that no mantissa has room for half a bit
+            const auto draw = [&rng](int numBits) {
+                return static_cast<std::int64_t>(rng() >> (64 - numBits));
+            };
+            std::int64_t ax = draw(49), ay = draw(49), dx = draw(48), slope = 1 + doubles::below(rng, 5);
+            if (round % 4 == 0) { // the target has three bits less than the start
+                slope = 3;
+                dx = (dx + (std::int64_t{1} << 48)) * 32 - (ax & 7);
+                ay = (ay & ~std::int64_t{7}) + ((3 * ax) & 7);
+            }
+            const std::int64_t offset = std::int64_t{1} << 52;
+            const auto point = [offset](std::int64_t x, std::int64_t y) {
+                return Point2(static_cast<double>(offset + x), static_cast<double>(offset + y));
+            };
+            a = point(ax, ay);
+            b = point(ax + dx, ay + slope * dx);
         }
         const Points v = {a, b};
         const Point2 center = centerWithShift(a, b);
@@ -267,21 +278,24 @@ std::vector<EdgeKey> filtered(const std::vector<EdgeKey>& vKeys,
     return vResult;
 }
 
-// One of the eight directions of the grid's edges, counter-clockwise.
-int sector(const Point2& from, const Point2& to) {
-    const double dx = to.x() - from.x(), dy = to.y() - from.y();
-    return static_cast<int>(std::lround(std::atan2(dy, dx) / (std::acos(-1.0) / 4) + 8)) % 8;
+// The directions in which a polygon enters and leaves a vertex, both seen from there.
+struct Way {
+    double in;
+    double out;
+};
+double angle(const Point2& from, const Point2& to) {
+    return std::atan2(to.y() - from.y(), to.x() - from.x());
 }
 
-// True when the two ways through a vertex cross there.
-bool cross(const std::pair<int, int>& a, const std::pair<int, int>& b) {
-    const auto isBetween = [&a](int s) { return (s - a.first + 8) % 8 < (a.second - a.first + 8) % 8; };
-    return isBetween(b.first) != isBetween(b.second);
+// True when exactly one end of one way lies between the ends of the other.
+bool cross(const Way& a, const Way& b) {
+    const auto isBetween = [&a](double s) { return std::min(a.in, a.out) < s && s < std::max(a.in, a.out); };
+    return isBetween(b.in) != isBetween(b.out);
 }
 
 // Closed, each vertex once, and two polygons never cross in a vertex.
 void expectPolygons(const std::vector<std::vector<Edge2>>& vvPolygons) {
-    std::map<const Point2*, std::vector<std::pair<int, int>>> mWays;
+    std::map<const Point2*, std::vector<Way>> mWays;
     for (const std::vector<Edge2>& vPolygon : vvPolygons) {
         ASSERT_GE(vPolygon.size(), 3u);
         std::set<const Point2*> sSeen;
@@ -290,7 +304,7 @@ void expectPolygons(const std::vector<std::vector<Edge2>>& vvPolygons) {
             const Point2* pVtx = vPolygon[i].getTrg();
             ASSERT_EQ(pVtx, next.getSrc());
             ASSERT_TRUE(sSeen.insert(pVtx).second);
-            mWays[pVtx].emplace_back(sector(*pVtx, *vPolygon[i].getSrc()), sector(*pVtx, *next.getTrg()));
+            mWays[pVtx].push_back({angle(*pVtx, *vPolygon[i].getSrc()), angle(*pVtx, *next.getTrg())});
         }
     }
     for (const auto& [pVtx, vWays] : mWays)
@@ -382,6 +396,50 @@ TEST(edgesToPolygons, coversTheBorderOfAnyAreaWithPolygonsThatDoNotCross) {
         ASSERT_EQ(same.vvPolygons.size(), parts.vvPolygons.size());
         for (std::size_t i = 0; i < parts.vvPolygons.size(); ++i)
             EXPECT_EQ(keys(same.vvPolygons[i]), keys(parts.vvPolygons[i]));
+    }
+}
+
+TEST(edgesToPolygons, keepsLensesApartThatShareBothTips) {
+    Rng rng(49);
+    constexpr int numLenses = 7;
+    Point2 top(0, 2), bottom(0, -2);
+    Points vMiddle;
+    for (int i = 0; i < 2 * numLenses; ++i)
+        vMiddle.emplace_back(i - numLenses, 0);
+    std::vector<Triangle2> vT(vMiddle.size());
+    std::vector<Edge2> vBorder;
+    for (std::size_t i = 0; i < vT.size(); i += 2) {
+        vT[i].setProperties(&top, &vMiddle[i], &vMiddle[i + 1]);
+        vT[i + 1].setProperties(&bottom, &vMiddle[i + 1], &vMiddle[i]);
+        for (Triangle2* pT : {&vT[i], &vT[i + 1]})
+            for (const int edge : {1, 2})
+                vBorder.emplace_back(pT, edge);
+    }
+    for (int round = 0; round < 50; ++round) {
+        std::shuffle(vBorder.begin(), vBorder.end(), rng);
+        const PolygonParts parts = edgesToPolygons(vBorder);
+        EXPECT_EQ(parts.vvPolygons.size(), static_cast<std::size_t>(numLenses));
+        EXPECT_TRUE(parts.vRemaining.empty());
+        expectPolygons(parts.vvPolygons);
+        for (const std::vector<Edge2>& vLens : parts.vvPolygons) { // not a gap between two, nor their outline
+            double twiceArea = 0;
+            for (const EdgeKey& k : keys(vLens))
+                twiceArea += k[0] * k[3] - k[1] * k[2];
+            EXPECT_EQ(twiceArea, 4);
+        }
+    }
+}
+
+TEST(edgesToPolygons, ofAllDirectedEdgesAreTheTriangles) {
+    GridMesh mesh(4, false);
+    std::vector<int> vNumbers(mesh.numTriangles());
+    std::iota(vNumbers.begin(), vNumbers.end(), 0);
+    const std::vector<Edge2> vEdges = getDirectedEdges(mesh.list(vNumbers));
+    const PolygonParts parts = edgesToPolygons(vEdges);
+    ASSERT_EQ(parts.vvPolygons.size(), mesh.numTriangles());
+    for (const std::vector<Edge2>& vPolygon : parts.vvPolygons) {
+        EXPECT_EQ(vPolygon[0].getTriangle(), vPolygon[1].getTriangle());
+        EXPECT_EQ(vPolygon[0].getTriangle(), vPolygon[2].getTriangle());
     }
 }
 
