@@ -32,12 +32,14 @@ def medians(build_dir, options):
     program = os.path.join(build_dir, "bench", "run_bench")
     command = [program, "--benchmark_repetitions=5", "--benchmark_enable_random_interleaving=true",
                "--benchmark_format=json", *options]
+    listed = subprocess.run([program, "--benchmark_list_tests", *options], capture_output=True, text=True, check=True)
     runs = json.loads(subprocess.run(command, capture_output=True, text=True, check=True).stdout)
-    times = {}
+    # The runs come in random order; the table keeps the order in which the benchmarks are registered.
+    times = {name.split("/iterations")[0]: [] for name in listed.stdout.split()}
     for run in runs["benchmarks"]:
         if run["run_type"] == "iteration":
             name = run["name"].split("/iterations")[0]
-            times.setdefault(name, []).append(run["real_time"])
+            times[name].append(run["real_time"])
     return {name: statistics.median(values) for name, values in times.items()}
 
 

@@ -2,6 +2,7 @@
 #include "core/Dt2.h"
 
 #include "Color.h"
+#include "Edge2.h"
 #include "Visualizer2.h"
 #include "core/hull.h"
 #include "core/statistics.h"
@@ -142,10 +143,14 @@ void Dt2::show(Visualizer2* pVis) const {
 }
 
 void Dt2::drawTriangles(Visualizer2& vis) const {
-    const Color color(CBLACK, 0.1f, false);
+    const Color inside(0.25, 0.35, 0.5, 0.1, false), hull(0.1, 0.15, 0.3, 0.7, false);
     store.forEachTriangle([&](Triangle2* pT) {
         // A triangle that a check found broken may lack corners.
-        if (pT->getCorner(1) != nullptr && pT->getCorner(2) != nullptr) vis.addObject(*pT, color);
+        if (pT->getCorner(1) == nullptr || pT->getCorner(2) == nullptr) return;
+        vis.addObject(*pT, inside);
+        for (int i = 0; i < 3; ++i) {
+            if (pT->getOppositeTriangle(i) == nullptr) vis.addObject(Edge2(pT, i), hull);
+        }
     });
 }
 
