@@ -40,6 +40,15 @@ void checkOutputNames(const TriangulateOptions& options) {
     }
 }
 
+// Exact; a difference, because that makes no negative zero.
+void flipY(std::vector<Point2>& vPoints) {
+    for (Point2& point : vPoints) {
+        const int index = point.getCustomIndex();
+        point = Point2(point.x(), 0.0 - point.y());
+        point.setCustomIndex(index);
+    }
+}
+
 Box boxOf(const std::vector<Point2>& vPoints) {
     const TESK_KIVO2D::Bbox2 box(vPoints.begin(), vPoints.end());
     return {box.get_minX(), box.get_minY(), box.get_maxX(), box.get_maxY()};
@@ -96,6 +105,7 @@ void writeOutputs(const Kivo_2D& triangulation, const PointTable& table,
 PointTable readInput(const TriangulateOptions& options, Report& report) {
     const StopWatch watch;
     PointTable table = readPoints(options.input);
+    if (options.bFlipY) flipY(table.vPoints);
     report.readTime = watch.seconds();
     report.numPoints = table.vPoints.size();
     if (!table.vPoints.empty()) report.boundingBox = boxOf(table.vPoints);

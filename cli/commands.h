@@ -11,6 +11,7 @@ namespace cli {
 struct TriangulateOptions {
     std::string input;
     std::vector<std::string> vOutputs;
+    bool bFlipY = false; // the input's y axis points downwards
     bool bCheck = false;
     bool bProgress = false; // also where nobody looks
     int numThreads = 1;     // 0: as many as the hardware has

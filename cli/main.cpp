@@ -29,6 +29,8 @@ CLI::App* addTriangulate(CLI::App& app, CommandLine& commandLine) {
                      "file to write, may be repeated: .ps .xy .txt .xyz .bin .node .ele")
         ->type_size(1)
         ->allow_extra_args(false);
+    pCommand->add_flag("--flip-y", options.bFlipY,
+                       "turn y round: the input's y axis points down, as on screens");
     pCommand->add_flag("--check", options.bCheck,
                        "check links and empty circles; exit code 1 when a check fails");
     pCommand

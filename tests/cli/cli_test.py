@@ -203,6 +203,11 @@ class RoundTrips(CommandTest):
             (ax, ay), (bx, by), (cx, cy) = (points[corner] for corner in corners)
             self.assertGreater((bx - ax) * (cy - ay) - (by - ay) * (cx - ax), 0)
 
+    def test_flipped_points_stay_with_their_heights(self):
+        self.write("a.xyz", "0 0 1\n3 1 2\n1 -2.5 3\n")
+        self.report("a.xyz", "--flip-y", "-o", "b.xyz")
+        self.assertEqual(self.read("b.xyz"), b"0 0 1\n3 -1 2\n1 2.5 3\n")
+
     def test_drawing_is_complete_and_its_name_does_not_stay_from_an_older_one(self):
         self.write("a.xy", "0 0\n1 0\n0 1\n1 1\n")
         self.write("a.ps", "old " * 10000)

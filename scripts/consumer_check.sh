@@ -1,0 +1,67 @@
+#!/usr/bin/env bash
+# Installs the library, shared and static, and builds tests/consumer against the installed tree in both ways that
+# the package offers. The tree is moved after installing: nothing in it may remember where it was.
+#
+# usage: consumer_check.sh [WORK_DIR]
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+work=$(realpath -m "${1:-$root/build/consumer}")
+rm -rf "$work"
+mkdir -p "$work"
+
+check_cmake() { # PREFIX
+    cmake -S "$root/tests/consumer" -B "$1/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$1" -DCMAKE_BUILD_TYPE=Release \
+        -DCMAKE_CXX_STANDARD=17 -DCMAKE_CXX_FLAGS="-Wall -Wextra -Wpedantic -Werror" >/dev/null
+    cmake --build "$1/consumer"
+    "$1/consumer/consumer"
+}
+
+check_pkgconfig() { # PREFIX
+    local flags
+    export PKG_CONFIG_PATH="$1/lib/pkgconfig"
+    pkg-config --exact-version=1.60.244 kivo2d
+    flags=$(pkg-config --cflags --libs kivo2d)
+    # shellcheck disable=SC2086 # the flags are words
+    g++ -std=c++17 -Wall -Wextra -Wpedantic -Werror "$root/tests/consumer/main.cpp" $flags -o "$1/by_pkgconfig"
+    LD_LIBRARY_PATH="$1/lib" "$1/by_pkgconfig"
+}
+
+# Nothing of GMP, and no path of the build, may reach the installed text files.
+check_texts() { # PREFIX
+    if grep -rn 'gmp' "$1/include"; then echo "GMP shows in a public header"; exit 1; fi
+    if grep -rnI -e "$root" -e "$1" -e "$work" "$1/include" "$1/lib"; then echo "a path of the build is installed"; exit 1; fi
+}
+
+for kind in shared static; do
+    echo "== $kind library"
+    [[ $kind == shared ]] && shared=ON || shared=OFF
+    cmake -S "$root" -B "$work/build-$kind" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=$shared \
+        -DKIVO2D_BUILD_TESTS=OFF -DCMAKE_INSTALL_PREFIX=/usr/local -DCMAKE_INSTALL_LIBDIR=lib >/dev/null
+    cmake --build "$work/build-$kind"
+    DESTDIR="$work/stage-$kind" cmake --install "$work/build-$kind" >/dev/null
+    prefix="$work/moved-$kind"
+    mv "$work/stage-$kind/usr/local" "$prefix"
+    check_texts "$prefix"
+    check_cmake "$prefix"
+    check_pkgconfig "$prefix"
+    "$prefix/bin/kivo2d" --version
+done
+
+if nm -D --defined-only -C "$work/moved-shared/lib/libkivo2d.so" | grep -E ' (__gmp|TESK_KIVO2D::(VertexVault|MeshStore|TeskTest)::)'; then
+    echo "the shared library exports what it should hide"
+    exit 1
+fi
+
+echo "== absolute library directory"
+cmake -S "$root" -B "$work/build-shared" -DCMAKE_INSTALL_PREFIX="$work/absolute" \
+    -DCMAKE_INSTALL_LIBDIR="$work/elsewhere/lib64" >/dev/null
+cmake --build "$work/build-shared"
+cmake --install "$work/build-shared" >/dev/null
+"$work/absolute/bin/kivo2d" --version
+PKG_CONFIG_PATH="$work/elsewhere/lib64/pkgconfig" pkg-config --cflags --libs kivo2d | tr ' ' '\n' | sed -n 's/^-[IL]//p' |
+    while read -r folder; do test -d "$folder"; done
+cmake -S "$root/tests/consumer" -B "$work/absolute/consumer" -G Ninja -DKivo2D_DIR="$work/elsewhere/lib64/cmake/Kivo2D" >/dev/null
+cmake --build "$work/absolute/consumer"
+"$work/absolute/consumer/consumer"
+echo "== the installed package works both ways"
