@@ -165,8 +165,8 @@ TEST(centerWithShift, staysBetweenTheEndsAndOnSimpleSlopes) {
                 dx = (dx + (std::int64_t{1} << 48)) * 32 - (ax & 7);
                 ay = (ay & ~std::int64_t{7}) + ((3 * ax) & 7);
             }
-            const std::int64_t offset = std::int64_t{1} << 52;
-            const auto point = [offset](std::int64_t x, std::int64_t y) {
+            constexpr std::int64_t offset = std::int64_t{1} << 52;
+            const auto point = [](std::int64_t x, std::int64_t y) {
                 return Point2(static_cast<double>(offset + x), static_cast<double>(offset + y));
             };
             a = point(ax, ay);
