@@ -22,8 +22,9 @@ MAY_INCLUDE = {
     "bench": {"include", "kernel", "core", "output", "bench"},
     "tests": {"include", "kernel", "core", "output", "tests"},
 }
-# The mesh primitives of core stand below drawing and files; only these sources may look at output.
-CORE_SEES_OUTPUT = ("Dt2", "Kivo_2D")
+# The upper stratum of core puts the parts together. All else in core is mesh primitives, which know neither the
+# triangulation that owns them nor drawing and files.
+CORE_UPPER = ("Dt2", "BatchInserter", "Kivo_2D")
 # What a folder may use besides the standard library and the project.
 THIRD_PARTY = {
     "include": set(),
@@ -69,8 +70,10 @@ def check_line(folder, path, bracket, name, target):
     target_folder = target.split(os.sep)[0]
     if target_folder not in MAY_INCLUDE[folder]:
         return f"{path}: {folder}/ must not include {target}"
-    if folder == "core" and target_folder == "output" and not os.path.basename(path).startswith(CORE_SEES_OUTPUT):
-        return f"{path}: of core/, only {' and '.join(CORE_SEES_OUTPUT)} may include output/"
+    is_upper = target_folder == "output" or (
+        target_folder == "core" and os.path.basename(target).startswith(CORE_UPPER))
+    if folder == "core" and is_upper and not os.path.basename(path).startswith(CORE_UPPER):
+        return f"{path}: of core/, only {', '.join(CORE_UPPER)} may include {target}"
     if folder in ("include", "kernel", "core", "output") and bracket == "<":
         return f"{path}: headers of the project are included in quotes: {name}"
     return None

@@ -25,6 +25,11 @@ check_pkgconfig() { # PREFIX
     # shellcheck disable=SC2086 # the flags are words
     g++ -std=c++17 -Wall -Wextra -Wpedantic -Werror "$root/tests/consumer/main.cpp" $flags -o "$1/by_pkgconfig"
     LD_LIBRARY_PATH="$1/lib" "$1/by_pkgconfig"
+    # The client that the README shows must work as it stands there.
+    sed -n '/^```cpp$/,/^```$/p' "$root/README.md" | sed '1d;$d' >"$1/readme_client.cpp"
+    # shellcheck disable=SC2086 # the flags are words
+    g++ -std=c++17 -Wall -Wextra -Wpedantic -Werror "$1/readme_client.cpp" $flags -o "$1/readme_client"
+    (cd "$1" && LD_LIBRARY_PATH="$1/lib" ./readme_client)
 }
 
 # Nothing of GMP, and no path of the build, may reach the installed text files.
