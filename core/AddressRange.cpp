@@ -6,12 +6,17 @@
 #include <utility>
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 namespace TESK_KIVO2D {
 namespace {
 
-constexpr std::size_t pageBytes = 4096;
 constexpr std::size_t hugePageBytes = std::size_t(1) << 21;
+
+std::size_t pageBytes() {
+    static const std::size_t bytes = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    return bytes;
+}
 
 std::size_t roundedUp(std::size_t bytes, std::size_t unit) { return (bytes + unit - 1) / unit * unit; }
 
@@ -38,11 +43,11 @@ char* reserveAbove(std::size_t numBytes, const void* pFloor) {
 } // namespace
 
 AddressRange::AddressRange(std::size_t numBytes, std::size_t minBytes, const void* pFloor) {
-    const std::size_t leastBytes = roundedUp(minBytes, pageBytes);
-    numReserved = std::max(roundedUp(numBytes, pageBytes), leastBytes);
+    const std::size_t leastBytes = roundedUp(minBytes, pageBytes());
+    numReserved = std::max(roundedUp(numBytes, pageBytes()), leastBytes);
     while ((pBegin = reserveAbove(numReserved, pFloor)) == nullptr) {
         if (numReserved == leastBytes) throw std::bad_alloc();
-        numReserved = std::max(leastBytes, roundedUp(numReserved / 4, pageBytes));
+        numReserved = std::max(leastBytes, roundedUp(numReserved / 4, pageBytes()));
     }
 }
 
@@ -57,7 +62,7 @@ AddressRange::AddressRange(AddressRange&& other) noexcept
 bool AddressRange::commit(std::size_t numBytes) {
     if (numBytes <= numCommitted) return true;
     // In steps of huge pages once there is more than one of them, so that small blocks cost few calls.
-    const std::size_t unit = numBytes > hugePageBytes ? hugePageBytes : pageBytes;
+    const std::size_t unit = numBytes > hugePageBytes ? hugePageBytes : pageBytes();
     const std::size_t wanted = std::min(roundedUp(numBytes, unit), numReserved);
     if (wanted < numBytes) return false;
     if (mprotect(pBegin + numCommitted, wanted - numCommitted, PROT_READ | PROT_WRITE) != 0) return false;
