@@ -67,8 +67,10 @@ std::vector<Xy> grid(std::size_t count, RandomSource&) {
     const auto columns = static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(count))));
     std::vector<Xy> vPoints(count);
     for (std::size_t i = 0; i < count; ++i) {
-        vPoints[i] = {static_cast<double>(i % columns) / static_cast<double>(columns),
-                      static_cast<double>(i / columns) / static_cast<double>(columns)};
+        const std::size_t row = i / columns;
+        const std::size_t column = i % columns;
+        vPoints[i] = {static_cast<double>(column) / static_cast<double>(columns),
+                      static_cast<double>(row) / static_cast<double>(columns)};
     }
     return vPoints;
 }

@@ -90,24 +90,7 @@ int fail(const char* text, ExitCode exitCode) {
     return exitCode;
 }
 
-int run(const CommandLine& commandLine, bool bTriangulate) {
-    try {
-        const Report report = bTriangulate ? runTriangulate(commandLine.triangulate)
-                                           : runGenerate(commandLine.generate, commandLine.generateOutput);
-        return print(report, commandLine.bJson);
-    } catch (const UsageError& error) {
-        return fail(error.what(), EXIT_CODE_USAGE);
-    } catch (const std::bad_alloc&) {
-        return fail("out of memory", EXIT_CODE_BAD_INPUT);
-    } catch (const std::exception& error) {
-        return fail(error.what(), EXIT_CODE_BAD_INPUT);
-    }
-}
-
-} // namespace
-
-int main(int argc, char** argv) {
-    sendMessagesToErrorStream();
+int parseAndRun(int argc, char** argv) {
     CLI::App app("Kivo 2D: exact 2-D Delaunay triangulation", "kivo2d");
     app.set_version_flag("--version",
                          "kivo2d " KIVO2D_COMMAND_VERSION " (" + TESK_KIVO2D::getKivo2DVersion() + ")");
@@ -121,5 +104,23 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? EXIT_CODE_OK : EXIT_CODE_USAGE;
     }
-    return run(commandLine, pTriangulate->parsed());
+    const Report report = pTriangulate->parsed()
+                              ? runTriangulate(commandLine.triangulate)
+                              : runGenerate(commandLine.generate, commandLine.generateOutput);
+    return print(report, commandLine.bJson);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        sendMessagesToErrorStream();
+        return parseAndRun(argc, argv);
+    } catch (const UsageError& error) {
+        return fail(error.what(), EXIT_CODE_USAGE);
+    } catch (const std::bad_alloc&) {
+        return fail("out of memory", EXIT_CODE_BAD_INPUT);
+    } catch (const std::exception& error) {
+        return fail(error.what(), EXIT_CODE_BAD_INPUT);
+    }
 }

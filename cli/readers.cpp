@@ -13,8 +13,6 @@ namespace cli {
 
 namespace {
 
-using TESK_KIVO2D::Point2;
-
 // Points are numbered by an int, and so are the corners of triangles in the files that number them.
 constexpr std::size_t MAX_POINTS = std::numeric_limits<int>::max();
 
