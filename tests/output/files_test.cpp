@@ -1,5 +1,6 @@
 #include "functions.h"
 
+#include "output/elementFiles.h"
 #include "tests/support/capture.h"
 #include "tests/support/doubles.h"
 
@@ -11,7 +12,9 @@
 #include <fstream>
 #include <limits>
 #include <locale>
+#include <new>
 #include <sstream>
+#include <stdexcept>
 #include <thread>
 
 #include <sys/stat.h>
@@ -229,6 +232,18 @@ TEST(PointFiles, headersThatClaimAMebibyteTooMuchAreRefused) {
     }
 }
 
+TEST(PointFiles, memoryThatRunsOutIsNoException) {
+    CapturedMessages messages;
+    const std::string path = makeFile(binary(20, 1, {1, 2}));
+    ElementConsumer consumer;
+    consumer.reserve = [](std::size_t) { throw std::bad_alloc(); };
+    EXPECT_FALSE(readBinaryElements(path.c_str(), {20, 30, 1, "", ""}, consumer));
+    consumer.reserve = [](std::size_t) { throw std::length_error("vector"); };
+    EXPECT_FALSE(readBinaryElements(path.c_str(), {20, 30, 1, "", ""}, consumer));
+    const std::string line = path + " claims more elements than it holds\n";
+    EXPECT_EQ(line + line, messages.output());
+}
+
 TEST(PointFiles, aPipeIsReadLikeAFile) {
     const std::string path = pathOf("pipe");
     const auto readThroughPipe = [&path](const std::string& content) {
@@ -365,5 +380,6 @@ TEST(CreateDirectory, createsMissingParentsAndAcceptsWhatExists) {
     // Any slash wins over a backslash behind it; where a backslash is an ordinary letter, it stays one.
     EXPECT_TRUE(createDirectory(root + "/new/back\\slash"));
     EXPECT_TRUE(std::filesystem::is_directory(root + "/new/back\\slash"));
+    EXPECT_FALSE(std::filesystem::exists(root + "/new/back"));
     std::filesystem::remove_all(root);
 }
