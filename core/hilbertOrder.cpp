@@ -12,14 +12,14 @@ void radixSort(std::vector<KeyedIndex>& v) {
     constexpr int digitBits = 10;
     constexpr unsigned int numDigits = 1u << digitBits;
     static_assert(HC2::numKeyBits % digitBits == 0);
-    constexpr int numPasses = HC2::numKeyBits / digitBits;
+    constexpr std::size_t numPasses = HC2::numKeyBits / digitBits;
     std::array<std::array<std::size_t, numDigits>, numPasses> starts{};
     for (const KeyedIndex& k : v) {
-        for (int pass = 0; pass < numPasses; ++pass)
+        for (std::size_t pass = 0; pass < numPasses; ++pass)
             ++starts[pass][(k.key >> (pass * digitBits)) % numDigits];
     }
     std::vector<KeyedIndex> vOther(v.size());
-    for (int pass = 0; pass < numPasses; ++pass) {
+    for (std::size_t pass = 0; pass < numPasses; ++pass) {
         std::size_t start = 0;
         for (std::size_t& s : starts[pass]) {
             const std::size_t count = s;
