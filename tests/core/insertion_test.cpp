@@ -1,4 +1,5 @@
 #include "Kivo_2D.h"
+#include "core/Dt2.h"
 #include "tests/oracle/exact.h"
 #include "tests/support/capture.h"
 #include "tests/support/expectSound.h"
@@ -424,7 +425,7 @@ TEST(InsertionOf, aBatchThatAListenerStopsLeavesASoundTriangulation) {
     }
 }
 
-TEST(InsertionOf, farQueriesLeavesTheFilterAtWork) {
+TEST(InsertionOf, farQueriesLeavesTheStaticFilterAtWork) {
     Rng rng(17);
     Points vPoints;
     for (int i = 0; i < 2000; ++i) {
@@ -433,11 +434,33 @@ TEST(InsertionOf, farQueriesLeavesTheFilterAtWork) {
     }
     Kivo_2D plain, asked;
     plain.insert(vPoints);
-    asked.insert(Points(vPoints.begin(), vPoints.begin() + 1000));
+    insertOneByOne(asked, Points(vPoints.begin(), vPoints.begin() + 1000));
     EXPECT_EQ(nullptr, asked.locate({1e100, -1e300}));
+    const auto before = asked.getImpl()->stageCounts();
     asked.insert(Points(vPoints.begin() + 1000, vPoints.end()));
+    EXPECT_LT(asked.getImpl()->stageCounts().orientationPastStatic - before.orientationPastStatic, 10u);
+    EXPECT_LT(plain.getImpl()->stageCounts().orientationPastStatic, 10u);
     expectSound(asked, vPoints);
     EXPECT_EQ(oracle::triangleSet(plain), oracle::triangleSet(asked));
+}
+
+TEST(InsertionOf, aTriangleIsFollowedByLocatingFarPointsAlmostOnTheLinesOfItsEdges) {
+    Rng rng(22);
+    for (int i = 0; i < 500; ++i) {
+        Points vPoints;
+        for (int k = 0; k < 3; ++k) {
+            const double x = doubles::uniform(rng);
+            vPoints.emplace_back(x, doubles::uniform(rng));
+        }
+        Kivo_2D kivo;
+        kivo.insert(vPoints);
+        for (int k = 0; k < 20; ++k) {
+            const Point2 &p = vPoints[rng() % 3], &q = vPoints[rng() % 3];
+            const double t = doubles::ofSize(rng, 2, 60);
+            const Point2 far(p.x() + t * (q.x() - p.x()), p.y() + t * (q.y() - p.y()));
+            expectLocated(kivo, doubles::jittered(rng, far, 1));
+        }
+    }
 }
 
 // Quadratic work would take these past every test's time limit.
