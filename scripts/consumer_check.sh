@@ -35,7 +35,8 @@ check_pkgconfig() { # PREFIX
 # Nothing of GMP, and no path of the build, may reach the installed text files.
 check_texts() { # PREFIX
     if grep -rn 'gmp' "$1/include"; then echo "GMP shows in a public header"; exit 1; fi
-    if grep -rnI -e "$root" -e "$1" -e "$work" "$1/include" "$1/lib"; then echo "a path of the build is installed"; exit 1; fi
+    # With the slash: a checkout may lie in a folder whose name begins that of an installed one.
+    if grep -rnIF -e "$root/" -e "$1/" -e "$work/" "$1/include" "$1/lib"; then echo "a path of the build is installed"; exit 1; fi
 }
 
 for kind in shared static; do
