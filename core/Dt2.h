@@ -14,7 +14,6 @@
 #include "kernel/TeskTest.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -61,13 +60,7 @@ public:
     int setNumCPU(int num);
     ProgressHub& progressHub() { return hub; }
 
-    // What insertion did since construction, for benchmarks.
-    struct InsertionCounts {
-        std::uint64_t numInsertions = 0;
-        std::uint64_t numWalkSteps = 0;
-        std::uint64_t numFlips = 0;
-    };
-    const InsertionCounts& insertionCounts() const { return counts; }
+    // How far the predicates had to go, for tests and benchmarks.
     const TeskTest::StageCounts& stageCounts() const { return pTeskPredicates.stageCounts(); }
 
 private:
@@ -91,7 +84,6 @@ private:
     EdgeGuard* pEdgeGuard = nullptr; // null while no edge is fixed
     int numCPU = 1;
     ProgressHub hub;
-    InsertionCounts counts;
 };
 
 } // namespace TESK_KIVO2D

@@ -51,7 +51,6 @@ public:
     void sortRedundant();
     // The vertex that stands for this one: itself, unless it was registered as redundant.
     Point2* uniqueOf(Point2* pVtx) const;
-    const std::vector<std::pair<Point2*, Point2*>>& redundant() const { return mRedundant2UniqueVtx; }
     void clearRedundant() { mRedundant2UniqueVtx.clear(); }
 
 private:

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Triangle2.h"
-#include "core/MeshStore.h"
 
 #include <vector>
 

@@ -9,6 +9,7 @@
 #include "Triangle2.h"
 #include "output/PsWriter.h"
 #include "tests/support/capture.h"
+#include "tests/support/files.h"
 
 #include <gtest/gtest.h>
 
@@ -26,15 +27,6 @@ namespace {
 constexpr double infinity = std::numeric_limits<double>::infinity();
 const Color thinBlack(0, 0, 0, 0, false); // the colour that a page starts with
 const Color red(1, 0, 0, 0.5, false);
-
-std::string pathOf(const std::string& name) { return testing::TempDir() + name; }
-
-std::string readFile(const std::string& path) {
-    std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
 
 int countOf(const std::string& part, const std::string& text) {
     int num = 0;

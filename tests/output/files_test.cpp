@@ -3,6 +3,7 @@
 #include "output/elementFiles.h"
 #include "tests/support/capture.h"
 #include "tests/support/doubles.h"
+#include "tests/support/files.h"
 
 #include <gtest/gtest.h>
 
@@ -22,15 +23,6 @@
 using namespace TESK_KIVO2D;
 
 namespace {
-
-std::string pathOf(const std::string& name) { return testing::TempDir() + name; }
-
-std::string readFile(const std::string& path) {
-    std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
 
 std::string makeFile(const std::string& content, const std::string& path = pathOf("input")) {
     std::ofstream(path, std::ios::binary) << content;
