@@ -5,6 +5,7 @@
 #include "kernel/assertion.h"
 
 #include <algorithm>
+#include <bit>
 #include <functional>
 
 namespace TESK_KIVO2D {
@@ -15,7 +16,7 @@ void BatchInserter::insert(const Point2* aPoints, std::size_t numPoints, Point2*
         if (!dt.is2D()) {
             insertStored();
         } else if (!vRange.empty()) {
-            insertAll(dt.vertexVault.getCloT(vRange.front().key));
+            insertAll(dt.vertexVault.getCloT(*vRange.front()));
         }
     } catch (...) {
         if (aHandles != nullptr) resolveHandles(aHandles, numPoints);
@@ -43,7 +44,7 @@ void BatchInserter::registerVertices(const Point2* aPoints, std::size_t numPoint
             pVtx = bLookUp ? vault.findStored(p) : nullptr;
             if (pVtx == nullptr) {
                 pVtx = dt.store.createVertex(p);
-                vRange.push_back({next.key, pVtx});
+                vRange.push_back(pVtx);
                 if (bStore) vault.store(pVtx);
             }
             pPrevious = &p;
@@ -64,7 +65,7 @@ void BatchInserter::insertStored() {
         if (vStoredBefore.empty()) vStoredBefore = vault.stored();
         vRange.clear();
         for (const KeyedIndex& next : hilbertOrder(PointSource(vault.stored()), dt.hc)) {
-            vRange.push_back({next.key, vault.stored()[next.index]});
+            vRange.push_back(vault.stored()[next.index]);
         }
     }
     dt.store.reserveTriangles(1);
@@ -85,20 +86,32 @@ void BatchInserter::insertAll(Triangle2* pStart) {
     settle();
 }
 
-Triangle2* BatchInserter::insertRange(const KeyedVertex* pFirst, const KeyedVertex* pLast,
-                                      Triangle2* pStart) {
-    constexpr std::ptrdiff_t smallRange = 16;
-    if (pLast - pFirst < smallRange) {
-        for (; pFirst != pLast; ++pFirst)
-            pStart = insertOne(pFirst->pVtx, pStart);
-        return pStart;
+// Bisection as long as ranges are large: what is worked on stays in the cache.
+Triangle2* BatchInserter::insertRange(Point2* const* pFirst, Point2* const* pLast, Triangle2* pStart) {
+    constexpr std::ptrdiff_t blockSize = 4096;
+    if (pLast - pFirst <= blockSize) {
+        return insertBlock(pFirst, static_cast<std::size_t>(pLast - pFirst), pStart);
     }
-    const KeyedVertex* const pMiddle = pFirst + (pLast - pFirst) / 2;
-    pStart = insertOne(pMiddle->pVtx, pStart);
+    Point2* const* const pMiddle = pFirst + (pLast - pFirst) / 2;
+    pStart = insertOne(*pMiddle, pStart);
     insertRange(pFirst, pMiddle, pStart);
     // The middle vertex has another triangle by now, or none if it is redundant.
-    if (Triangle2* pMiddleT = pMiddle->pVtx->getIncidentTriangle()) pStart = pMiddleT;
+    if (Triangle2* pMiddleT = (*pMiddle)->getIncidentTriangle()) pStart = pMiddleT;
     return insertRange(pMiddle + 1, pLast, pStart);
+}
+
+// Every second one of a coarser selection at each level, so that the whole block is refined at once. Going to
+// the end of one half before the other is begun costs a fifth more flips, all along the border of the two.
+Triangle2* BatchInserter::insertBlock(Point2* const* aVertices, std::size_t num, Triangle2* pStart) {
+    if (num == 0) return pStart;
+    pStart = insertOne(aVertices[0], pStart);
+    for (std::size_t stride = std::bit_ceil(num) / 2; stride > 0; stride /= 2) {
+        for (std::size_t i = stride; i < num; i += 2 * stride) {
+            if (Triangle2* pNear = aVertices[i - stride]->getIncidentTriangle()) pStart = pNear;
+            pStart = insertOne(aVertices[i], pStart);
+        }
+    }
+    return pStart;
 }
 
 // Returns a triangle at the vertex, or at the vertex that lies there already.
@@ -119,28 +132,15 @@ Triangle2* BatchInserter::insertOne(Point2* pVtx, Triangle2* pStart) {
 // After a batch was cut off in the transition to 2-D: the client holds these vertices, so they must be in.
 void BatchInserter::rescueStored(Triangle2* pStart) {
     std::sort(vStoredBefore.begin(), vStoredBefore.end(), std::less<>());
-    for (const KeyedVertex& entry : vRange) {
-        if (!std::binary_search(vStoredBefore.begin(), vStoredBefore.end(), entry.pVtx, std::less<>()))
-            continue;
-        if (entry.pVtx->getIncidentTriangle() == nullptr) {
-            dt.place(entry.pVtx, walk(pStart, *entry.pVtx, dt.pTeskPredicates));
-        }
-        pStart = entry.pVtx->getIncidentTriangle();
+    for (Point2* pVtx : vRange) {
+        if (!std::binary_search(vStoredBefore.begin(), vStoredBefore.end(), pVtx, std::less<>())) continue;
+        if (pVtx->getIncidentTriangle() == nullptr) dt.place(pVtx, walk(pStart, *pVtx, dt.pTeskPredicates));
+        pStart = pVtx->getIncidentTriangle();
     }
 }
 
-// Puts into the index what is in the triangulation.
 void BatchInserter::settle() {
-    std::vector<KeyedVertex> vIn;
-    bool bAll = true;
-    for (const KeyedVertex& entry : vRange)
-        bAll = bAll && entry.pVtx->getIncidentTriangle() != nullptr;
-    if (!bAll) {
-        for (const KeyedVertex& entry : vRange) {
-            if (entry.pVtx->getIncidentTriangle() != nullptr) vIn.push_back(entry);
-        }
-    }
-    dt.vertexVault.index().insertSorted(bAll ? vRange : vIn);
+    dt.vertexVault.addedAll(vRange, dt.store);
     dt.vertexVault.sortRedundant();
 }
 
@@ -158,8 +158,8 @@ void BatchInserter::recycleLeftOut() {
     dt.vertexVault.clearRedundant();
     KIVO_ASSERT(dt.vertexVault.dupIsClean(), "mRedundant2UniqueVtx.empty()");
     if (!dt.is2D()) return;
-    for (const KeyedVertex& entry : vRange) {
-        if (entry.pVtx->getIncidentTriangle() == nullptr) dt.store.recycleVertex(entry.pVtx);
+    for (Point2* pVtx : vRange) {
+        if (pVtx->getIncidentTriangle() == nullptr) dt.store.recycleVertex(pVtx);
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include "Point2.h"
 #include "core/Dt2.h"
-#include "core/KeyIndex.h"
 #include "kernel/ProgressHub.h"
 
 #include <cstddef>
@@ -29,9 +28,9 @@ public:
 
 private:
     void registerVertices(const Point2* aPoints, std::size_t numPoints, Point2** aHandles);
-    bool makeFirstTriangle();
     void insertAll(Triangle2* pStart);
-    Triangle2* insertRange(const KeyedVertex* pFirst, const KeyedVertex* pLast, Triangle2* pStart);
+    Triangle2* insertRange(Point2* const* pFirst, Point2* const* pLast, Triangle2* pStart);
+    Triangle2* insertBlock(Point2* const* aVertices, std::size_t num, Triangle2* pStart);
     Triangle2* insertOne(Point2* pVtx, Triangle2* pStart);
     void rescueStored(Triangle2* pStart);
     void settle();
@@ -40,7 +39,7 @@ private:
 
     Dt2& dt;
     ProgressHub::Operation& progress;
-    std::vector<KeyedVertex> vRange;    // the vertices to insert, in key order
+    std::vector<Point2*> vRange;        // the vertices to insert, in key order
     std::vector<Point2*> vStoredBefore; // those of them that the client may hold already
 };
 

@@ -3,6 +3,7 @@
 #include "core/BatchInserter.h"
 #include "core/hull.h"
 #include "core/legalize.h"
+#include "core/prefetch.h"
 #include "core/split.h"
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
@@ -36,22 +37,20 @@ Point2* Dt2::insert(const Point2& p) {
     KIVO_ASSERT(vCheckT.empty(), "vCheckT.empty()");
     growBox(p, p);
     if (!is2D()) return insertLowerDimensional(p);
-    const unsigned int key = hc.key(p);
-    const WalkResult found = walk(vertexVault.getCloT(key), p, pTeskPredicates);
+    const StartGrid::Cell start = vertexVault.startCell(p, store);
+    const WalkResult found = walk(vertexVault.getCloT(start, p), p, pTeskPredicates);
     if (found.code == WalkResult::ON_CORNER) return cornerAt(found, p);
+    prefetchSurroundings(found.pT);
     Point2* pVtx = store.createVertex(p);
     try {
-        vertexVault.index().insert(key, pVtx);
         place(pVtx, found);
     } catch (...) {
         // Out of memory before the first link changed: the vertex is nowhere yet.
         vCheckT.clear();
-        if (pVtx->getIncidentTriangle() == nullptr) {
-            vertexVault.index().erase(key, pVtx);
-            store.recycleVertex(pVtx);
-        }
+        if (pVtx->getIncidentTriangle() == nullptr) store.recycleVertex(pVtx);
         throw;
     }
+    vertexVault.added(start, pVtx, found.numSteps);
     return pVtx;
 }
 
@@ -98,8 +97,7 @@ void Dt2::growBox(const Point2& low, const Point2& high) {
     if (!grown.add(high) && !bLow) return;
     grown.doubleTheBox(); // and with it the static bound
     box = grown;
-    hc.setBox(box);
-    if (is2D()) vertexVault.recomputeKeys(hc);
+    hc.setSquareBox(box);
 }
 
 void Dt2::place(Point2* pVtx, const WalkResult& found) {
@@ -121,7 +119,9 @@ void Dt2::place(Point2* pVtx, const WalkResult& found) {
             extendHull(edge, pVtx, store, pTeskPredicates, hullLinks, vCheckT);
         }
     }
-    legalizeNewVertex(vCheckT, pTeskPredicates, pEdgeGuard);
+    ++work.insertions;
+    work.walkSteps += static_cast<std::uint64_t>(found.numSteps);
+    work.flips += legalizeNewVertex(vCheckT, pTeskPredicates, pEdgeGuard);
 }
 
 Triangle2* Dt2::locate(const Point2& q) {
@@ -132,7 +132,7 @@ Triangle2* Dt2::locate(const Point2& q) {
     if (!is2D()) return nullptr;
     // A query point does not raise the static bound: one far question would make all later ones slow.
     const bool bFar = q.getMaxAbs() > pTeskPredicates.getMaxAbsCoord();
-    const WalkResult found = walk(vertexVault.getCloT(hc.key(q)), q, pTeskPredicates,
+    const WalkResult found = walk(vertexVault.getCloT(q), q, pTeskPredicates,
                                   bFar ? QueryRange::ANYWHERE : QueryRange::WITHIN_BOUND);
     if (found.code == WalkResult::INSIDE || found.code == WalkResult::ON_CORNER) return found.pT;
     const HullEdge edge{found.pT, found.code};

@@ -14,6 +14,7 @@
 #include "kernel/TeskTest.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -60,7 +61,14 @@ public:
     int setNumCPU(int num);
     ProgressHub& progressHub() { return hub; }
 
-    // How far the predicates had to go, for tests and benchmarks.
+    // What insertions cost since construction, for tests and benchmarks.
+    struct WorkCounts {
+        std::uint64_t insertions = 0; // vertices linked in by a walk and flips
+        std::uint64_t walkSteps = 0;
+        std::uint64_t flips = 0;
+    };
+    const WorkCounts& workCounts() const { return work; }
+    // How far the predicates had to go.
     const TeskTest::StageCounts& stageCounts() const { return pTeskPredicates.stageCounts(); }
 
 private:
@@ -83,6 +91,7 @@ private:
     HullLinks hullLinks;
     EdgeGuard* pEdgeGuard = nullptr; // null while no edge is fixed
     int numCPU = 1;
+    WorkCounts work;
     ProgressHub hub;
 };
 

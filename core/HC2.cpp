@@ -58,18 +58,10 @@ void HC2::setBox(const Bbox2& box) {
     axisY.set(box.get_minY(), box.get_maxY(), gridSize);
 }
 
-void HC2::Axis::set(double minCoord, double maxCoord, double gridSize) {
-    // A box that was doubled beyond the largest double ends there.
-    const double low = std::fmax(minCoord, -DBL_MAX), high = std::fmin(maxCoord, DBL_MAX);
-    preScale = 1;
-    if (!std::isfinite(high - low)) preScale = 0x1p-2;
-    if (high - low < 1e-290) preScale = 0x1p+100;
-    min = low * preScale;
-    scale = gridSize / (high * preScale - min);
-    if (!std::isfinite(scale) || !std::isfinite(min)) {
-        scale = 0;
-        min = 0;
-    }
+void HC2::setSquareBox(const Bbox2& box) {
+    const double size = box.getMaxRange();
+    axisX.set(box.get_minX(), box.get_minX() + size, gridSize);
+    axisY.set(box.get_minY(), box.get_minY() + size, gridSize);
 }
 
 unsigned int HC2::keyOfCell(unsigned int ix, unsigned int iy) const {

@@ -2,6 +2,7 @@
 
 #include "Bbox2.h"
 #include "Point2.h"
+#include "core/GridAxis.h"
 
 namespace TESK_KIVO2D {
 
@@ -17,30 +18,20 @@ public:
 
     // The box that keys refer to. Any box will do: axes without extent give key bits 0.
     void setBox(const Bbox2& box);
+    // The same with square cells, the longer axis of the box over the whole curve. Keys that stretch one axis
+    // put points side by side that are far apart, where they are dense in a long box.
+    void setSquareBox(const Bbox2& box);
 
     unsigned int key(const Point2& p) const { return key(p.x(), p.y()); }
     unsigned int key(double x, double y) const {
-        return keyOfCell(axisX.cell(x, gridSize), axisY.cell(y, gridSize));
+        return keyOfCell(static_cast<unsigned int>(axisX.cell(x, gridSize)),
+                         static_cast<unsigned int>(axisY.cell(y, gridSize)));
     }
 
 private:
-    // Maps a coordinate to a cell number.
-    struct Axis {
-        double preScale = 1; // a power of two that keeps extents within the range of doubles; nearly always 1
-        double min = 0;      // of the box, times preScale
-        double scale = 0;    // cells a unit, after preScale
-
-        void set(double minCoord, double maxCoord, double gridSize);
-        // The comparisons are false for what is not a number, and the result is in range for everything.
-        unsigned int cell(double coord, double gridSize) const {
-            const double v = (coord * preScale - min) * scale;
-            return v > 0 ? static_cast<unsigned int>(v < gridSize ? v : gridSize) : 0;
-        }
-    };
-
     unsigned int keyOfCell(unsigned int ix, unsigned int iy) const;
 
-    Axis axisX, axisY;
+    GridAxis axisX, axisY;
     double gridSize; // cells an axis, 2^(bits / 2)
     int numLevels;
 };

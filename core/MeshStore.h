@@ -30,6 +30,13 @@ public:
         if (vFreeVtx.size() < num) vertexPool.reserve(num - vFreeVtx.size());
     }
 
+    // A triangle whose corners and neighbours the caller sets before anything else happens.
+    Triangle2* newTriangle() {
+        if (vDeadT.empty()) return new (trianglePool.alloc()) Triangle2;
+        Triangle2* pT = vDeadT.back();
+        vDeadT.pop_back();
+        return pT;
+    }
     // A triangle with these corners, which must not run clockwise, and no neighbours.
     Triangle2* createTriangle(Point2* p0, Point2* p1, Point2* p2) {
         Triangle2* pT = newTriangle();
@@ -64,13 +71,6 @@ public:
     }
 
 private:
-    Triangle2* newTriangle() {
-        if (vDeadT.empty()) return new (trianglePool.alloc()) Triangle2;
-        Triangle2* pT = vDeadT.back();
-        vDeadT.pop_back();
-        return pT;
-    }
-
     SimplePool<Point2> vertexPool;
     SimplePool<Triangle2> trianglePool;
     std::vector<Point2*> vFreeVtx;

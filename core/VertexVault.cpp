@@ -4,9 +4,53 @@
 #include "kernel/messages.h"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 
 namespace TESK_KIVO2D {
+namespace {
+
+// Cells a vertex of a grid that more of them will follow.
+constexpr std::size_t cellsAhead = 2;
+
+// In the maximum norm, which does not overflow.
+double distance(const Point2& p, const Point2& q) {
+    const double dx = std::fabs(p.x() - q.x()), dy = std::fabs(p.y() - q.y());
+    return dx < dy ? dy : dx;
+}
+
+// Room at the border for what comes next.
+Bbox2 withMargin(Bbox2 box) {
+    box.enlargeRanges(1.125);
+    return box;
+}
+
+// Enters vertices of which near ones follow each other, and refines cells that get many in a row.
+class GridFiller {
+public:
+    explicit GridFiller(StartGrid& startGrid) : grid(startGrid) {}
+
+    void enter(const Point2& vertex) {
+        constexpr int many = 16;
+        StartGrid::Cell cell = grid.cellOf(vertex);
+        if (!(cell == last)) {
+            numInRow = 0;
+        } else if (++numInRow == many) {
+            grid.refine(cell);
+            cell = grid.cellOf(vertex);
+            numInRow = 0;
+        }
+        cell.setTriangle(vertex.getIncidentTriangle());
+        last = cell;
+    }
+
+private:
+    StartGrid& grid;
+    StartGrid::Cell last;
+    int numInRow = 0;
+};
+
+} // namespace
 
 std::size_t VertexVault::CoordinateHash::operator()(const Point2* p) const {
     const std::hash<double> hash; // equal for 0.0 and -0.0
@@ -42,33 +86,60 @@ std::vector<Point2*> VertexVault::becomeFullDimensional() {
     return std::exchange(vStored, {});
 }
 
-Triangle2* VertexVault::getCloT(unsigned int key) const {
-    const Point2* pVtx = vIdxVtxAct.nearest(key);
-    Triangle2* pT = pVtx->getIncidentTriangle();
-    KIVO_ASSERT(pT != nullptr, "pT!=0");
-    return pT;
+StartGrid::Cell VertexVault::startCell(const Point2& p, const MeshStore& store) {
+    if (!startGrid.covers(p)) {
+        // Doubled, so that points that drift away cost a logarithm of layouts.
+        Bbox2 frame = extent;
+        frame.add(p);
+        frame.doubleTheBox();
+        layOutGrid(frame, cellsAhead * numActive, store);
+    } else if (numActive >= numOfNextLayout) {
+        layOutGrid(withMargin(extent), cellsAhead * numActive, store);
+    }
+    return startGrid.cellOf(p);
 }
 
-Triangle2* VertexVault::getOneValidTriangle() const {
-    if (!bFullDimensional) {
-        reportWarning("getOneValidTriangle()", "Triangulation is not 2D, returning NULL");
-        return nullptr;
-    }
-    if (!vIdxVtxAct.empty()) {
-        Triangle2* pT = vIdxVtxAct.nearest(0)->getIncidentTriangle();
-        if (pT != nullptr) return pT;
-    }
-    reportWarning("getOneValidTriangle()", "No valid triangle found");
-    return nullptr;
+Triangle2* VertexVault::getCloT(StartGrid::Cell cell, const Point2& p) const {
+    // In a part of the plane that is new, such as ahead of a sweep, all cells are out of date.
+    Triangle2* const pT = cell.triangle();
+    return distance(*pT->getCorner(0), p) <= distance(*pLatest, p) ? pT : pLatest->getIncidentTriangle();
 }
 
-void VertexVault::recomputeKeys(const HC2& hc) {
-    std::vector<KeyedVertex> vEntries;
-    vEntries.reserve(vIdxVtxAct.size());
-    vIdxVtxAct.forEach([&](unsigned int, Point2* pVtx) { vEntries.push_back({hc.key(*pVtx), pVtx}); });
-    std::stable_sort(vEntries.begin(), vEntries.end(),
-                     [](const KeyedVertex& a, const KeyedVertex& b) { return a.key < b.key; });
-    vIdxVtxAct.build(vEntries);
+void VertexVault::added(StartGrid::Cell start, const Point2* pVtx, int numSteps) {
+    constexpr int longWalk = 12;
+    ++numActive;
+    extent.add(*pVtx);
+    pLatest = pVtx;
+    start.setTriangle(pVtx->getIncidentTriangle());
+    if (numSteps > longWalk && start.hadManyVisits()) startGrid.refine(start);
+}
+
+void VertexVault::addedAll(const std::vector<Point2*>& vVertices, const MeshStore& store) {
+    const bool bFirst = numActive == 0;
+    for (const Point2* pVtx : vVertices) {
+        if (pVtx->getIncidentTriangle() == nullptr) continue;
+        ++numActive;
+        extent.add(*pVtx);
+        pLatest = pVtx;
+    }
+    if (numActive == 0) return;
+    const bool bCovers = startGrid.covers(extent.getMinPoint()) && startGrid.covers(extent.getMaxPoint());
+    if (bFirst || !bCovers || numActive >= numOfNextLayout) {
+        layOutGrid(withMargin(extent), numActive / 2, store);
+        return;
+    }
+    GridFiller filler(startGrid);
+    for (const Point2* pVtx : vVertices) {
+        if (pVtx->getIncidentTriangle() != nullptr) filler.enter(*pVtx);
+    }
+}
+
+void VertexVault::layOutGrid(const Bbox2& frame, std::size_t numCells, const MeshStore& store) {
+    startGrid.layOut(frame, numCells);
+    numOfNextLayout = 2 * numActive;
+    GridFiller filler(startGrid);
+    store.forEachVertex([&](Point2* pVtx) { filler.enter(*pVtx); });
+    startGrid.fillGaps();
 }
 
 void VertexVault::sortRedundant() {

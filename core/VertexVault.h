@@ -1,9 +1,10 @@
 #pragma once
 
+#include "Bbox2.h"
 #include "Point2.h"
 #include "Triangle2.h"
-#include "core/HC2.h"
-#include "core/KeyIndex.h"
+#include "core/MeshStore.h"
+#include "core/StartGrid.h"
 #include "kernel/TeskTest.h"
 
 #include <cstddef>
@@ -14,13 +15,13 @@
 namespace TESK_KIVO2D {
 
 // Knows the vertices of a triangulation. While they all lie on one line it keeps them in a list, in the order
-// in which they came, and looks for the first triangle among them. Afterwards it keeps them in an index along
-// the Hilbert curve, which finds a start triangle near a key. The records belong to the MeshStore.
+// in which they came, and looks for the first triangle among them. Afterwards it counts them and keeps a grid
+// of start triangles over their box. The records belong to the MeshStore.
 class VertexVault {
 public:
     // False until the first triangle exists.
     bool is2D() const { return bFullDimensional; }
-    std::size_t numberOfPoints() const { return bFullDimensional ? vIdxVtxAct.size() : vStored.size(); }
+    std::size_t numberOfPoints() const { return bFullDimensional ? numActive : vStored.size(); }
 
     // --- while not 2-D
     const std::vector<Point2*>& stored() const { return vStored; }
@@ -34,13 +35,16 @@ public:
     std::vector<Point2*> becomeFullDimensional();
 
     // --- 2-D
-    KeyIndex& index() { return vIdxVtxAct; }
-    // The incident triangle of the vertex that is nearest on the curve: a start for walks.
-    Triangle2* getCloT(unsigned int key) const;
-    // Any triangle; null, with a message, while there is none.
-    Triangle2* getOneValidTriangle() const;
-    // Sorts the index anew by the keys of a box that has grown.
-    void recomputeKeys(const HC2& hc);
+    // A triangle near the point: a start for walks.
+    Triangle2* getCloT(const Point2& p) { return getCloT(startGrid.cellOf(p), p); }
+    Triangle2* getCloT(StartGrid::Cell cell, const Point2& p) const;
+    // The cell of a point that is about to become a vertex. Lays the grid out anew when it has become too
+    // small, from the vertices of the store; that costs O(n) once in a doubling.
+    StartGrid::Cell startCell(const Point2& p, const MeshStore& store);
+    // The vertex has been linked in, from that cell after so many steps.
+    void added(StartGrid::Cell start, const Point2* pVtx, int numSteps);
+    // The vertices have been linked in; near ones follow each other. Those without a triangle are left out.
+    void addedAll(const std::vector<Point2*>& vVertices, const MeshStore& store);
 
     // --- duplicates that a batch met: registered during it, resolved at its end
     bool dupIsClean() const { return mRedundant2UniqueVtx.empty(); }
@@ -54,6 +58,8 @@ public:
     void clearRedundant() { mRedundant2UniqueVtx.clear(); }
 
 private:
+    void layOutGrid(const Bbox2& frame, std::size_t numCells, const MeshStore& store);
+
     struct CoordinateHash {
         std::size_t operator()(const Point2* p) const;
     };
@@ -67,7 +73,11 @@ private:
         sLookup; // of the first numLookup stored ones
     std::size_t numLookup = 0;
     std::size_t numCollinear = 0; // stored vertices known to lie on the line of the first two
-    KeyIndex vIdxVtxAct;
+    std::size_t numActive = 0;
+    Bbox2 extent;                    // of the active vertices
+    const Point2* pLatest = nullptr; // the active vertex that came last
+    StartGrid startGrid;
+    std::size_t numOfNextLayout = 0; // when the number of vertices has doubled
     std::vector<std::pair<Point2*, Point2*>> mRedundant2UniqueVtx;
 };
 

@@ -10,7 +10,8 @@ inline void redirect(Triangle2* pNeighbour, const Triangle2* pOld, Triangle2* pN
 }
 
 // Flips the edge of pT opposite corner ith; the neighbour there must exist and the four corners must be
-// strictly convex. Links only. The former corner a ends at index 0 of both triangles.
+// strictly convex. Links only. The former corner a ends at index 0 of both triangles. Each of b and c loses a
+// triangle that may have been its incident one; a and d lose none.
 //
 //        c                  c           a = corner ith of T, d = far corner of N
 //      / | \              /   \         before: T = (a, b, c), N across bc
@@ -32,8 +33,10 @@ inline void flip(Triangle2* pT, int ith) {
     Triangle2* const pAB = pT->getOppositeTriangle(iPrev);
     redirect(pBD, pN, pT);
     redirect(pCA, pT, pN);
-    pT->setPropertiesAndOppT(a, b, d, pBD, pN, pAB);
-    pN->setPropertiesAndOppT(a, d, c, pDC, pCA, pT);
+    pT->relink(a, b, d, pBD, pN, pAB);
+    pN->relink(a, d, c, pDC, pCA, pT);
+    pT->becomeIncidentAt(1);
+    pN->becomeIncidentAt(2);
 }
 
 } // namespace TESK_KIVO2D

@@ -17,13 +17,14 @@ void splitTriangle(Triangle2* pT, Point2* pVtx, MeshStore& store, std::vector<Tr
     Point2 *const p0 = pT->getCorner(0), *const p1 = pT->getCorner(1), *const p2 = pT->getCorner(2);
     Triangle2 *const pA0 = pT->getOppositeTriangle(0), *const pA1 = pT->getOppositeTriangle(1),
                      *const pA2 = pT->getOppositeTriangle(2);
-    Triangle2* const pT1 = store.createTriangle(pVtx, p1, p2);
-    Triangle2* const pT2 = store.createTriangle(pVtx, p2, p0);
+    Triangle2 *const pT1 = store.newTriangle(), *const pT2 = store.newTriangle();
     redirect(pA0, pT, pT1);
     redirect(pA1, pT, pT2);
-    pT1->setPropertiesAndOppT(pVtx, p1, p2, pA0, pT2, pT);
-    pT2->setPropertiesAndOppT(pVtx, p2, p0, pA1, pT, pT1);
-    pT->setPropertiesAndOppT(pVtx, p0, p1, pA2, pT1, pT2);
+    pT1->relink(pVtx, p1, p2, pA0, pT2, pT);
+    pT2->relink(pVtx, p2, p0, pA1, pT, pT1);
+    pT->relink(pVtx, p0, p1, pA2, pT1, pT2);
+    pT->becomeIncidentAt(0);
+    pT1->becomeIncidentAt(2); // p2 is no corner of T any more
     pushForCheck(pT, vCheckT);
     pushForCheck(pT1, vCheckT);
     pushForCheck(pT2, vCheckT);
@@ -39,10 +40,12 @@ Triangle2* splitSide(Triangle2* pT, int ith, Point2* pVtx, MeshStore& store) {
     Point2* const c = pT->getCorner(Triangle2::incIndexBy2(ith));
     Triangle2* const pCA = pT->getOppositeTriangle(Triangle2::incIndexBy1(ith));
     Triangle2* const pAB = pT->getOppositeTriangle(Triangle2::incIndexBy2(ith));
-    Triangle2* const pNew = store.createTriangle(pVtx, c, a);
+    Triangle2* const pNew = store.newTriangle();
     redirect(pCA, pT, pNew);
-    pNew->setPropertiesAndOppT(pVtx, c, a, pCA, pT, nullptr);
-    pT->setPropertiesAndOppT(pVtx, a, b, pAB, nullptr, pNew);
+    pNew->relink(pVtx, c, a, pCA, pT, nullptr);
+    pT->relink(pVtx, a, b, pAB, nullptr, pNew);
+    pT->becomeIncidentAt(0);
+    pNew->becomeIncidentAt(1); // c is no corner of T any more
     return pNew;
 }
 

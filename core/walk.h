@@ -14,8 +14,9 @@ struct WalkResult {
         ON_CORNER = 4      // at a corner of the triangle
     };
     Triangle2* pT;
-    int code;
-    int edge;
+    short code;
+    short edge;
+    int numSteps; // triangles crossed on the way
 };
 
 // The corner of an ON_CORNER result that has these coordinates.

@@ -67,35 +67,35 @@ public:
     void setPropertiesAndOppT(Point2* pI, Point2* pJ, Point2* pK, Triangle2* pOppI, Triangle2* pOppJ,
                               Triangle2* pOppK) {
         if (pI == nullptr || pJ == nullptr || pK == nullptr) failNullCorner();
+        relink(pI, pJ, pK, pOppI, pOppJ, pOppK);
+        becomeIncidentAt(0);
+        becomeIncidentAt(1);
+        becomeIncidentAt(2);
+    }
+    /// Sets corners and neighbours only, the corners not null; the caller knows which of them need another
+    /// incident triangle.
+    void relink(Point2* pI, Point2* pJ, Point2* pK, Triangle2* pOppI, Triangle2* pOppJ, Triangle2* pOppK) {
         aCorners[0] = pI;
         aCorners[1] = pJ;
         aCorners[2] = pK;
         aOppT[0] = pOppI;
         aOppT[1] = pOppJ;
         aOppT[2] = pOppK;
-        pI->pIncidentT = this;
-        pJ->pIncidentT = this;
-        pK->pIncidentT = this;
+    }
+    /// Makes this the incident triangle of corner ith.
+    void becomeIncidentAt(int ith) {
+        assert(checkRange(ith));
+        aCorners[ith]->pIncidentT = this;
     }
     /// Sets all six pointers to null.
     void clearProperties() { *this = Triangle2(); }
 
     /// Index of the corner that is this very vertex. A vertex of another triangle is a programming error.
-    int getIntraTriangleIndex(const Point2* pVtx) const {
-        if (aCorners[0] == pVtx) return 0;
-        if (aCorners[1] == pVtx) return 1;
-        if (aCorners[2] == pVtx) return 2;
-        return failIndex();
-    }
+    int getIntraTriangleIndex(const Point2* pVtx) const { return indexIn(aCorners, pVtx); }
     /// Index of the corner opposite the edge pq, in whichever direction it is named.
     int getIntraTriangleIndex(const Point2* p, const Point2* q) const;
     /// Index of the edge behind which this neighbour lies.
-    int getIntraTriangleIndex(const Triangle2* pT) const {
-        if (aOppT[0] == pT) return 0;
-        if (aOppT[1] == pT) return 1;
-        if (aOppT[2] == pT) return 2;
-        return failIndex();
-    }
+    int getIntraTriangleIndex(const Triangle2* pT) const { return indexIn(aOppT, pT); }
 
     bool hasVertex(const Point2* pVtx) const {
         return aCorners[0] == pVtx || aCorners[1] == pVtx || aCorners[2] == pVtx;
@@ -123,6 +123,13 @@ public:
 
 private:
     static bool checkRange(int ith) { return ith >= 0 && ith < 3; }
+    // By arithmetic: branches on the way to the answer would be mispredicted half of the time.
+    template<class T>
+    static int indexIn(T* const (&a)[3], const T* p) {
+        const int bNot0 = a[0] != p, bNot1 = a[1] != p;
+        const int ith = bNot0 + (bNot0 & bNot1);
+        return a[ith] == p ? ith : failIndex();
+    }
     [[noreturn]] static void failNullCorner();
     [[noreturn]] static int failIndex();
 

@@ -51,6 +51,10 @@ public:
     double getUpperStaticBound() const { return upperStaticBound; }
     double getLowerStaticBound() const { return -upperStaticBound; }
 
+    // The sign of stages::orientationDet is right for points within the bound when its magnitude is larger
+    // than this.
+    double filterBound() const { return staticFilterBound; }
+
     // Side of c seen from the directed line a -> b. A point beyond the bound is answered right all the same,
     // but with a report and the warning "Recompute the static bound!".
     Orientation2 getOrientation2(const Point2* a, const Point2* b, const Point2* c);
@@ -74,9 +78,9 @@ public:
     // wants them. Only the legalisation of a new vertex may use it, where each flip adds an edge at that
     // vertex; any other loop would flip a square's diagonal for ever.
     bool isInCircleOrRectangle(const Triangle2& t, const Point2& q) {
-        const stages::Decision decision =
-            stages::inCircleStatic(*t.getCorner(0), *t.getCorner(1), *t.getCorner(2), q);
-        if (decision != stages::UNSURE) return decision == stages::POSITIVE;
+        const stages::CircleDet circle =
+            stages::inCircleDet(*t.getCorner(0), *t.getCorner(1), *t.getCorner(2), q);
+        if (std::fabs(circle.det) > circle.bound) return circle.det > 0;
         return isInCircleOrRectangleSlow(t, q);
     }
 

@@ -28,8 +28,11 @@ inline constexpr double smallestSafeBound = 1e-290;
 // With u = 2^-53, each product of two differences carries a relative error of at most 3u + O(u^2) and is at
 // most 4 M^2: both together are off by at most 24 u M^2 = 3 * 2^-50 M^2, and the final subtraction keeps the
 // order.
+inline double orientationDet(const Point2& a, const Point2& b, const Point2& c) {
+    return (a.x() - c.x()) * (b.y() - c.y()) - (b.x() - c.x()) * (a.y() - c.y());
+}
 inline Decision orientStatic(const Point2& a, const Point2& b, const Point2& c, double bound) {
-    const double det = (a.x() - c.x()) * (b.y() - c.y()) - (b.x() - c.x()) * (a.y() - c.y());
+    const double det = orientationDet(a, b, c);
     if (det > bound) return POSITIVE;
     if (det < -bound) return NEGATIVE;
     return UNSURE;
@@ -54,31 +57,39 @@ Decision orientInterval(const Point2& a, const Point2& b, const Point2& c);
 // Rational arithmetic; always decides.
 Decision orientExact(const Point2& a, const Point2& b, const Point2& c, OrientationRationals& r);
 
-// In-circle determinant against a bound from its permanent. Inlined: legalisation lives on it.
+// Two doubles that are worked on at once where the processor can.
+typedef double Pair __attribute__((vector_size(16)));
+
+// In-circle determinant against a bound of its rounding error. Inlined: legalisation lives on it.
+//
+// The error is at most (10 + 96 u) u = 1.11e-15 times the permanent (Shewchuk 1997, constant A of incircle),
+// which is the sum of lift_i (|x_j y_k| + |x_k y_j|) and so, as 2 |x y| <= x^2 + y^2, at most the sum of the
+// products of two lifts. The bound takes 3.33e-15 times that sum. A product that underflows is off by up to
+// 2^-1075, and the determinant multiplies that by a lift or by a minor, which is at most the sum of all
+// lifts: the last term of the bound is far above both. A bound that is infinite or not a number passes no
+// comparison.
+struct CircleDet {
+    double det;
+    double bound;
+};
+inline CircleDet inCircleDet(const Point2& a, const Point2& b, const Point2& c, const Point2& d) {
+    const Pair pd = {d.x(), d.y()};
+    const Pair pa = Pair{a.x(), a.y()} - pd, pb = Pair{b.x(), b.y()} - pd, pc = Pair{c.x(), c.y()} - pd;
+    const Pair aa = pa * pa, bb = pb * pb, cc = pc * pc;
+    const Pair bc = pb * Pair{pc[1], pc[0]}, ca = pc * Pair{pa[1], pa[0]}, ab = pa * Pair{pb[1], pb[0]};
+    const Pair liftsAB = Pair{aa[0], bb[0]} + Pair{aa[1], bb[1]};
+    const Pair minorsAB = Pair{bc[0], ca[0]} - Pair{bc[1], ca[1]};
+    const Pair termsAB = liftsAB * minorsAB;
+    const double clift = cc[0] + cc[1];
+    const double det = termsAB[0] + termsAB[1] + clift * (ab[0] - ab[1]);
+    const double sumAB = liftsAB[0] + liftsAB[1];
+    const double products = liftsAB[0] * liftsAB[1] + sumAB * clift;
+    return {det, products * 0x1.dfe750c6a2288p-49 + (sumAB + clift + 1) * 0x1p-1000};
+}
 inline Decision inCircleStatic(const Point2& a, const Point2& b, const Point2& c, const Point2& d) {
-    const double adx = a.x() - d.x(), ady = a.y() - d.y();
-    const double bdx = b.x() - d.x(), bdy = b.y() - d.y();
-    const double cdx = c.x() - d.x(), cdy = c.y() - d.y();
-    const double bdxcdy = bdx * cdy, cdxbdy = cdx * bdy;
-    const double cdxady = cdx * ady, adxcdy = adx * cdy;
-    const double adxbdy = adx * bdy, bdxady = bdx * ady;
-    const double alift = adx * adx + ady * ady;
-    const double blift = bdx * bdx + bdy * bdy;
-    const double clift = cdx * cdx + cdy * cdy;
-    const double det = alift * (bdxcdy - cdxbdy) + blift * (cdxady - adxcdy) + clift * (adxbdy - bdxady);
-    const double permanent = alift * (std::fabs(bdxcdy) + std::fabs(cdxbdy)) +
-                             blift * (std::fabs(cdxady) + std::fabs(adxcdy)) +
-                             clift * (std::fabs(adxbdy) + std::fabs(bdxady));
-    // 3.33e-15 is above (10 + 96 u) u = 1.11e-15, which bounds the rounding error of det (Shewchuk 1997,
-    // constant A of incircle). A product that underflows is off by up to 2^-1075, and det multiplies that by
-    // a lift or by a minor, which is at most a sum of lifts: the permanent must be far above both. One that
-    // is infinite or not a number passes no comparison.
-    const double smallestSafePermanent = smallestSafeBound + 1e-300 * (alift + blift + clift);
-    const double bound = permanent * 0x1.dfe750c6a2288p-49;
-    if (!(permanent > smallestSafePermanent && permanent < std::numeric_limits<double>::infinity()))
-        return UNSURE;
-    if (det > bound) return POSITIVE;
-    if (det < -bound) return NEGATIVE;
+    const CircleDet circle = inCircleDet(a, b, c, d);
+    if (circle.det > circle.bound) return POSITIVE;
+    if (circle.det < -circle.bound) return NEGATIVE;
     return UNSURE;
 }
 

@@ -1,0 +1,128 @@
+#include "core/StartGrid.h"
+
+#include "Kivo_2D.h"
+#include "core/Dt2.h"
+#include "tests/support/doubles.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+using namespace TESK_KIVO2D;
+
+namespace {
+
+Bbox2 boxOf(double minX, double minY, double maxX, double maxY) {
+    Bbox2 box;
+    box.add(Point2(minX, minY));
+    box.add(Point2(maxX, maxY));
+    return box;
+}
+
+double stepsPerInsertion(const Kivo_2D& kivo) {
+    const Dt2::WorkCounts& work = kivo.getImpl()->workCounts();
+    return static_cast<double>(work.walkSteps) / static_cast<double>(work.insertions);
+}
+
+} // namespace
+
+TEST(StartGrid, tellsPointsApartAndRemembersTheirTriangles) {
+    StartGrid grid;
+    grid.layOut(boxOf(0, 0, 8, 2), 16);
+    std::vector<Triangle2> vTriangles(16);
+    for (std::size_t i = 0; i < 16; ++i)
+        grid.cellOf(Point2(0.5 + double(i % 8), 0.5 + double(i / 8))).setTriangle(&vTriangles[i]);
+    for (std::size_t i = 0; i < 16; ++i) {
+        const double x = double(i % 8), y = double(i / 8);
+        EXPECT_EQ(&vTriangles[i], grid.cellOf(Point2(x + 0.01, y + 0.99)).triangle()) << i;
+    }
+    // Beyond the frame: the cell at the border.
+    EXPECT_EQ(&vTriangles[0], grid.cellOf(Point2(-1e308, -1)).triangle());
+    EXPECT_EQ(&vTriangles[15], grid.cellOf(Point2(9, 1e308)).triangle());
+    EXPECT_TRUE(grid.covers(Point2(8, 2)));
+    EXPECT_FALSE(grid.covers(Point2(8.1, 2)));
+}
+
+TEST(StartGrid, refinesACellUntilRoundingEnds) {
+    StartGrid grid;
+    grid.layOut(boxOf(0, 0, 1, 1), 4);
+    Triangle2 first, second;
+    const Point2 p(0.3, 0.3), q(0.3 + 1e-12, 0.3);
+    grid.cellOf(p).setTriangle(&first);
+    int numRefined = 0;
+    while (grid.cellOf(p) == grid.cellOf(q) && numRefined < 30) {
+        grid.refine(grid.cellOf(p));
+        EXPECT_EQ(&first, grid.cellOf(p).triangle()); // parts begin with what the whole had
+        ++numRefined;
+    }
+    EXPECT_LT(numRefined, 25);
+    grid.cellOf(q).setTriangle(&second);
+    EXPECT_EQ(&first, grid.cellOf(p).triangle());
+    EXPECT_EQ(&second, grid.cellOf(q).triangle());
+    for (int i = 0; i < 100; ++i)
+        grid.refine(grid.cellOf(p)); // in the end it stays as it is
+    EXPECT_EQ(&first, grid.cellOf(p).triangle());
+}
+
+TEST(StartGrid, fillsGapsFromTheNearestInTheRow) {
+    StartGrid grid;
+    grid.layOut(boxOf(0, 0, 8, 8), 64);
+    Triangle2 left, right;
+    grid.cellOf(Point2(1.5, 3.5)).setTriangle(&left);
+    grid.cellOf(Point2(6.5, 3.5)).setTriangle(&right);
+    grid.fillGaps();
+    for (int y = 0; y < 8; ++y) {
+        for (int x = 0; x < 8; ++x)
+            EXPECT_EQ(x < 4 ? &left : &right, grid.cellOf(Point2(x + 0.5, y + 0.5)).triangle()) << x << " " << y;
+    }
+}
+
+TEST(StartGrid, hasCellsForEveryFrame) {
+    const double inf = HUGE_VAL, tiny = 5e-324;
+    const double coords[] = {0, tiny, -1, 5, 1e308, -1e308, DBL_MAX, inf, -inf, std::nan("")};
+    Triangle2 t;
+    for (const Bbox2& box : {boxOf(0, 0, 0, 0), boxOf(0, 0, tiny, 1e9), boxOf(-DBL_MAX, 0, DBL_MAX, tiny),
+                             boxOf(-inf, -1, inf, 1), boxOf(1e6, 0, 1e6, 9), Bbox2()}) {
+        StartGrid grid;
+        grid.layOut(box, 1000);
+        EXPECT_GE(2002u, grid.numberOfCells());
+        grid.cellOf(Point2(0, 0)).setTriangle(&t);
+        grid.fillGaps();
+        for (const double x : coords) {
+            for (const double y : coords)
+                EXPECT_EQ(&t, grid.cellOf(Point2(x, y)).triangle());
+        }
+    }
+}
+
+TEST(StartGrid, keepsWalksShortForEveryOrderAndDensity) {
+    doubles::Rng rng(7);
+    const auto uniform = [&](double width) {
+        const double x = doubles::uniform(rng, 0, width);
+        return Point2(x, doubles::uniform(rng, 0, width));
+    };
+    const std::size_t num = 20000;
+    std::vector<Point2> vUniform, vDense, vDrifting, vAlternating;
+    for (std::size_t i = 0; i < num; ++i) {
+        const Point2 p = uniform(1);
+        vUniform.push_back(p);
+        vDense.emplace_back(i < 3 ? 1e9 * double(i * i) : p.x(), i < 3 ? 1e9 * double(i) : p.y());
+        vDrifting.emplace_back(double(i) + p.x(), 100 * p.y());
+        vAlternating.emplace_back(p.x() + (i % 2 == 0 ? 0 : 1e6), p.y());
+    }
+    int set = 0;
+    for (const auto* pPoints : {&vUniform, &vDense, &vDrifting, &vAlternating}) {
+        SCOPED_TRACE(set++);
+        Kivo_2D single;
+        for (const Point2& p : *pPoints)
+            single.insert(p);
+        EXPECT_LT(stepsPerInsertion(single), 8);
+        EXPECT_EQ(num, single.numberOfPoints());
+        // Single ones after a batch start from what the batch left.
+        Kivo_2D mixed;
+        mixed.insert({pPoints->begin(), pPoints->begin() + num / 2});
+        for (std::size_t i = num / 2; i < num; ++i)
+            mixed.insert((*pPoints)[i]);
+        EXPECT_LT(stepsPerInsertion(mixed), 8);
+    }
+}
