@@ -55,10 +55,8 @@ struct Rescaled {
     }
 };
 
-// The stages between the static one and the rationals.
-stages::Decision orientMiddleStages(const Point2& a, const Point2& b, const Point2& c) {
-    stages::Decision decision = stages::orientDynamic(a, b, c);
-    if (decision == stages::UNSURE) decision = stages::orientExpansion(a, b, c);
+stages::Decision counted(stages::Decision decision, std::uint64_t& count) {
+    if (decision != stages::UNSURE) ++count;
     return decision;
 }
 
@@ -111,14 +109,25 @@ Orientation2 TeskTest::getOrientation2(const Triangle2& t, int ith, const Point2
 
 Orientation2 TeskTest::orientationUnbounded(const Point2& a, const Point2& b, const Point2& c) {
     ++counts.orientationPastStatic;
-    if ((a.x() == b.x() && b.x() == c.x()) || (a.y() == b.y() && b.y() == c.y()))
+    const stages::Decision decision = counted(stages::orientDynamic(a, b, c), counts.orientationDynamic);
+    return decision != stages::UNSURE ? static_cast<Orientation2>(decision) : orientationPastDynamic(a, b, c);
+}
+
+Orientation2 TeskTest::orientationPastDynamic(const Point2& a, const Point2& b, const Point2& c) {
+    if ((a.x() == b.x() && b.x() == c.x()) || (a.y() == b.y() && b.y() == c.y())) {
+        ++counts.orientationAxisParallel;
         return ORIENTATION2_COLLINEAR;
-    stages::Decision decision = orientMiddleStages(a, b, c);
+    }
+    stages::Decision decision = counted(stages::orientExpansion(a, b, c), counts.orientationExpansion);
     if (decision == stages::UNSURE) {
         const Rescaled<3> r({&a, &b, &c});
-        if (r.bUsable) decision = orientMiddleStages(r.points[0], r.points[1], r.points[2]);
+        const Point2(&p)[3] = r.points;
+        if (r.bUsable) decision = counted(stages::orientDynamic(p[0], p[1], p[2]), counts.orientationDynamic);
+        if (r.bUsable && decision == stages::UNSURE)
+            decision = counted(stages::orientExpansion(p[0], p[1], p[2]), counts.orientationExpansion);
     }
-    if (decision == stages::UNSURE) decision = stages::orientInterval(a, b, c);
+    if (decision == stages::UNSURE)
+        decision = counted(stages::orientInterval(a, b, c), counts.orientationInterval);
     if (decision == stages::UNSURE) {
         ++counts.orientationExact;
         decision = stages::orientExact(a, b, c, created(pOrientationRationals));
@@ -127,36 +136,41 @@ Orientation2 TeskTest::orientationUnbounded(const Point2& a, const Point2& b, co
 }
 
 CircleInclusion2 TeskTest::inCircle(const Triangle2& t, const Point2& q) {
-    const stages::Decision decision =
-        stages::inCircleStatic(*t.getCorner(0), *t.getCorner(1), *t.getCorner(2), q);
-    if (decision != stages::UNSURE) return static_cast<CircleInclusion2>(decision);
-    ++counts.inCirclePastStatic;
-    if (stages::isRectangle(*t.getCorner(0), *t.getCorner(1), *t.getCorner(2), q)) return CINC2_ZERO;
-    return inCirclePastStatic(t, q);
-}
-
-bool TeskTest::isInCircleOrRectangleSlow(const Triangle2& t, const Point2& q) {
-    ++counts.inCirclePastStatic;
-    return stages::isRectangle(*t.getCorner(0), *t.getCorner(1), *t.getCorner(2), q) ||
-           inCirclePastStatic(t, q) == CINC2_INCIRCLE;
-}
-
-CircleInclusion2 TeskTest::inCirclePastStatic(const Triangle2& t, const Point2& q) {
     const Point2 &a = *t.getCorner(0), &b = *t.getCorner(1), &c = *t.getCorner(2);
-    stages::Decision decision = stages::inCircleExpansion(a, b, c, q);
+    stages::Decision decision = stages::inCircleStatic(a, b, c, q);
+    if (decision == stages::UNSURE) decision = inCirclePastStatic(a, b, c, q, stages::ZERO);
+    return static_cast<CircleInclusion2>(decision);
+}
+
+stages::Decision TeskTest::inCirclePastStatic(const Point2& a, const Point2& b, const Point2& c,
+                                              const Point2& q, stages::Decision ofRectangle) {
+    ++counts.inCirclePastStatic;
+    if (stages::isRectangle(a, b, c, q)) {
+        ++counts.inCircleRectangle;
+        return ofRectangle;
+    }
+    stages::Decision decision = inCircleMiddleStages(a, b, c, q);
     if (decision == stages::UNSURE) {
         const Rescaled<4> r({&a, &b, &c, &q});
-        if (r.bUsable) {
-            const Point2(&p)[4] = r.points;
-            decision = stages::inCircleStatic(p[0], p[1], p[2], p[3]);
-            if (decision == stages::UNSURE) decision = stages::inCircleExpansion(p[0], p[1], p[2], p[3]);
-        }
+        const Point2(&p)[4] = r.points;
+        if (r.bUsable) decision = inCircleMiddleStages(p[0], p[1], p[2], p[3]);
     }
     if (decision == stages::UNSURE) {
         ++counts.inCircleExact;
         decision = stages::inCircleExact(a, b, c, q, created(pInCircleRationals));
     }
-    return static_cast<CircleInclusion2>(decision);
+    return decision;
+}
+
+stages::Decision TeskTest::inCircleMiddleStages(const Point2& a, const Point2& b, const Point2& c,
+                                                const Point2& q) {
+    const stages::CornerDifferences differences(a, b, c, q);
+    stages::Decision decision = counted(stages::inCircleLattice(differences), counts.inCircleLattice);
+    if (decision == stages::UNSURE)
+        decision = counted(stages::inCircleDoubleDouble(differences), counts.inCircleDoubleDouble);
+    if (decision == stages::UNSURE)
+        decision = counted(stages::inCircleExpansion(differences), counts.inCircleExpansion);
+    return decision;
 }
 
 SegmentIntersectionState2 TeskTest::classifySegments(const Point2& p1, const Point2& p2, const Point2& p3,

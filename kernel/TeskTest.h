@@ -78,10 +78,10 @@ public:
     // wants them. Only the legalisation of a new vertex may use it, where each flip adds an edge at that
     // vertex; any other loop would flip a square's diagonal for ever.
     bool isInCircleOrRectangle(const Triangle2& t, const Point2& q) {
-        const stages::CircleDet circle =
-            stages::inCircleDet(*t.getCorner(0), *t.getCorner(1), *t.getCorner(2), q);
+        const Point2 &a = *t.getCorner(0), &b = *t.getCorner(1), &c = *t.getCorner(2);
+        const stages::CircleDet circle = stages::inCircleDet(a, b, c, q);
         if (std::fabs(circle.det) > circle.bound) return circle.det > 0;
-        return isInCircleOrRectangleSlow(t, q);
+        return inCirclePastStatic(a, b, c, q, stages::POSITIVE) == stages::POSITIVE;
     }
 
     // How the segments p1p2 and p3p4 meet.
@@ -91,19 +91,30 @@ public:
     // Prints what each stage of the orientation says.
     void debug(const Point2& a, const Point2& b, const Point2& c);
 
-    // How often a question went past its inlined stage and past all stages but the rationals, since
-    // construction.
+    // How often a question went past its inlined stage, and which stage answered it then, since construction.
+    // A question that is answered after scaling counts for the stage that answered it.
     struct StageCounts {
         std::uint64_t orientationPastStatic = 0;
+        std::uint64_t orientationDynamic = 0;
+        std::uint64_t orientationAxisParallel = 0;
+        std::uint64_t orientationExpansion = 0;
+        std::uint64_t orientationInterval = 0;
         std::uint64_t orientationExact = 0;
         std::uint64_t inCirclePastStatic = 0;
+        std::uint64_t inCircleRectangle = 0;
+        std::uint64_t inCircleLattice = 0;
+        std::uint64_t inCircleDoubleDouble = 0;
+        std::uint64_t inCircleExpansion = 0;
         std::uint64_t inCircleExact = 0;
     };
     const StageCounts& stageCounts() const { return counts; }
 
 private:
-    bool isInCircleOrRectangleSlow(const Triangle2& t, const Point2& q);
-    CircleInclusion2 inCirclePastStatic(const Triangle2& t, const Point2& q);
+    Orientation2 orientationPastDynamic(const Point2& a, const Point2& b, const Point2& c);
+    // With what to answer for the fourth corner of a rectangle.
+    stages::Decision inCirclePastStatic(const Point2& a, const Point2& b, const Point2& c, const Point2& q,
+                                        stages::Decision ofRectangle);
+    stages::Decision inCircleMiddleStages(const Point2& a, const Point2& b, const Point2& c, const Point2& q);
 
     double staticFilterBound; // upperStaticBound where it may be trusted, else infinite: no answer passes it
     double upperStaticBound = 0;

@@ -14,10 +14,24 @@ bool isModerate(double v) {
     return v == 0 || (magnitude >= 0x1p-200 && magnitude <= 0x1p200);
 }
 
-// d = p - q when that is free of rounding error and of moderate size.
-bool exactDifference(double p, double q, double& d) {
-    d = p - q;
-    return isModerate(d) && expansion::isExactDifference(p, q);
+// The components of p - q, one or two, smallest first; 0 when one of them is not of moderate size.
+int differenceOf(double p, double q, double* h) {
+    double high = 0, low = 0;
+    expansion::twoSum(p, -q, high, low);
+    if (!isModerate(high) || !isModerate(low)) return 0;
+    int num = 0;
+    if (low != 0) h[num++] = low;
+    h[num++] = high;
+    return num;
+}
+
+// h = e * f for an f of one or two components; up to 2 * eNum * fNum components for an e of up to 2.
+int productOf(const double* e, int eNum, const double* f, int fNum, double* h) {
+    if (fNum == 1) return expansion::scale(e, eNum, f[0], h);
+    double low[4], high[4];
+    const int numLow = expansion::scale(e, eNum, f[0], low);
+    const int numHigh = expansion::scale(e, eNum, f[1], high);
+    return expansion::sum(low, numLow, high, numHigh, h);
 }
 
 // h = (x^2 + y^2) * minor; up to 32 components for a minor of up to 4.
@@ -32,59 +46,33 @@ int timesLift(const double* minor, int num, double x, double y, double* h) {
 
 } // namespace
 
-Decision orientDynamic(const Point2& a, const Point2& b, const Point2& c) {
-    const double left = (a.x() - c.x()) * (b.y() - c.y());
-    const double right = (b.x() - c.x()) * (a.y() - c.y());
-    const double det = left - right;
-    const double magnitude = std::fabs(left) + std::fabs(right);
-    if (!(magnitude > smallestSafeBound && magnitude < std::numeric_limits<double>::infinity()))
-        return UNSURE;
-    const double bound = magnitude * ((3 + 16 * 0x1p-53) * 0x1p-53);
-    if (det > bound) return POSITIVE;
-    if (det < -bound) return NEGATIVE;
-    return UNSURE;
-}
-
 Decision orientExpansion(const Point2& a, const Point2& b, const Point2& c) {
-    double acx = 0, acy = 0, bcx = 0, bcy = 0;
-    if (!exactDifference(a.x(), c.x(), acx) || !exactDifference(b.y(), c.y(), bcy) ||
-        !exactDifference(b.x(), c.x(), bcx) || !exactDifference(a.y(), c.y(), acy)) {
-        return UNSURE;
+    double acx[2], bcy[2], bcx[2], acy[2];
+    const int numAcx = differenceOf(a.x(), c.x(), acx), numBcy = differenceOf(b.y(), c.y(), bcy);
+    const int numBcx = differenceOf(c.x(), b.x(), bcx), numAcy = differenceOf(a.y(), c.y(), acy);
+    if (numAcx * numBcy * numBcx * numAcy == 0) return UNSURE;
+    if (numAcx * numBcy * numBcx * numAcy == 1) {
+        double left = 0, leftError = 0, right = 0, rightError = 0;
+        expansion::twoProduct(acx[0], bcy[0], left, leftError);
+        expansion::twoProduct(-bcx[0], acy[0], right, rightError);
+        // Each pair is a rounded product and what rounding lost, so the order of the pairs is that of their
+        // heads, and of their tails where the heads agree.
+        return left != right ? decisionOf(left > right ? 1.0 : -1.0) : decisionOf(leftError - rightError);
     }
-    double left = 0, leftError = 0, right = 0, rightError = 0;
-    expansion::twoProduct(acx, bcy, left, leftError);
-    expansion::twoProduct(bcx, acy, right, rightError);
-    // Each pair is a rounded product and what rounding lost, so the order of the pairs is that of their
-    // heads, and of their tails where the heads agree.
-    return left != right ? decisionOf(left > right ? 1.0 : -1.0) : decisionOf(leftError - rightError);
+    double left[8], right[8], det[16];
+    const int numLeft = productOf(acx, numAcx, bcy, numBcy, left);
+    const int numRight = productOf(bcx, numBcx, acy, numAcy, right);
+    return decisionOf(det[expansion::sum(left, numLeft, right, numRight, det) - 1]);
 }
 
-bool isRectangle(const Point2& a, const Point2& b, const Point2& c, const Point2& d) {
-    const Point2* const corners[3] = {&a, &b, &c};
-    int numSameX = 0, numSameY = 0, numOtherX = 0, numOtherY = 0;
-    double otherX[3], otherY[3];
-    for (const Point2* p : corners) {
-        if (p->x() == d.x()) {
-            ++numSameX;
-        } else {
-            otherX[numOtherX++] = p->x();
-        }
-        if (p->y() == d.y()) {
-            ++numSameY;
-        } else {
-            otherY[numOtherY++] = p->y();
-        }
+Decision inCircleExpansion(const CornerDifferences& d) {
+    for (const auto& corner : d.corners) {
+        const bool bExact = corner.x.low == 0 && corner.y.low == 0;
+        if (!bExact || !isModerate(corner.x.high) || !isModerate(corner.y.high)) return UNSURE;
     }
-    return numSameX == 1 && numSameY == 1 && otherX[0] == otherX[1] && otherY[0] == otherY[1];
-}
-
-Decision inCircleExpansion(const Point2& a, const Point2& b, const Point2& c, const Point2& d) {
-    double adx = 0, ady = 0, bdx = 0, bdy = 0, cdx = 0, cdy = 0;
-    if (!exactDifference(a.x(), d.x(), adx) || !exactDifference(a.y(), d.y(), ady) ||
-        !exactDifference(b.x(), d.x(), bdx) || !exactDifference(b.y(), d.y(), bdy) ||
-        !exactDifference(c.x(), d.x(), cdx) || !exactDifference(c.y(), d.y(), cdy)) {
-        return UNSURE;
-    }
+    const double adx = d.corners[0].x.high, ady = d.corners[0].y.high;
+    const double bdx = d.corners[1].x.high, bdy = d.corners[1].y.high;
+    const double cdx = d.corners[2].x.high, cdy = d.corners[2].y.high;
     double minor[4], aTerm[32], bTerm[32], cTerm[32], ab[64], det[96];
     int num = expansion::productDifference(bdx, cdy, cdx, bdy, minor);
     const int numA = timesLift(minor, num, adx, ady, aTerm);

@@ -40,10 +40,21 @@ inline Decision orientStatic(const Point2& a, const Point2& b, const Point2& c, 
 
 // The same determinant against a bound from its own two products: 3u + O(u^2) of the sum of their magnitudes
 // (Shewchuk 1997, constant A of orient2d).
-Decision orientDynamic(const Point2& a, const Point2& b, const Point2& c);
+inline Decision orientDynamic(const Point2& a, const Point2& b, const Point2& c) {
+    const double left = (a.x() - c.x()) * (b.y() - c.y());
+    const double right = (b.x() - c.x()) * (a.y() - c.y());
+    const double det = left - right;
+    const double magnitude = std::fabs(left) + std::fabs(right);
+    if (!(magnitude > smallestSafeBound && magnitude < std::numeric_limits<double>::infinity()))
+        return UNSURE;
+    const double bound = magnitude * ((3 + 16 * 0x1p-53) * 0x1p-53);
+    if (det > bound) return POSITIVE;
+    if (det < -bound) return NEGATIVE;
+    return UNSURE;
+}
 
-// Exact where all four differences are free of rounding error and of moderate size: then each product is a
-// sum of two doubles (Dekker 1971), and comparing the two sums is exact.
+// Exact where all four differences, and what rounding lost of them, are of moderate size: then each product
+// is a sum of doubles (Dekker 1971, Shewchuk 1997).
 Decision orientExpansion(const Point2& a, const Point2& b, const Point2& c);
 
 // Bounds of the determinant from directed rounding.
@@ -96,9 +107,32 @@ inline Decision inCircleStatic(const Point2& a, const Point2& b, const Point2& c
 // True when d is the fourth corner of an axis-parallel rectangle with a, b, c: then it lies on their circle.
 bool isRectangle(const Point2& a, const Point2& b, const Point2& c, const Point2& d);
 
+// A number as a rounded value and the rest that rounding lost, at most half a unit in the last place of it.
+struct SplitNumber {
+    double high;
+    double low;
+};
+
+// The three corners seen from d, exactly: computed once for the stages below.
+struct CornerDifferences {
+    struct Corner {
+        SplitNumber x, y;
+    };
+    Corner corners[3];
+
+    CornerDifferences(const Point2& a, const Point2& b, const Point2& c, const Point2& d);
+};
+
+// Exact where all six differences are multiples of one unit and at most 25 bits long, as on grids and in
+// coordinates of fixed precision. Answers zeros too, which no error bound can.
+Decision inCircleLattice(const CornerDifferences& d);
+
+// The determinant to about twice the precision of doubles, against a bound from its permanent.
+Decision inCircleDoubleDouble(const CornerDifferences& d);
+
 // Exact where all six differences are free of rounding error and of moderate size, by expansion arithmetic
 // (Shewchuk 1997).
-Decision inCircleExpansion(const Point2& a, const Point2& b, const Point2& c, const Point2& d);
+Decision inCircleExpansion(const CornerDifferences& d);
 
 // Rational arithmetic; always decides.
 Decision inCircleExact(const Point2& a, const Point2& b, const Point2& c, const Point2& d,

@@ -198,8 +198,10 @@ TEST_P(InCircleStages, neverContradictRationalsAndDecideTheirShare) {
         Points p = GetParam().make(rng);
         if (oracle::orientation(p[0], p[1], p[2]) < 0) std::swap(p[0], p[1]);
         const Decision expected = asDecision(oracle::inCircle(p[0], p[1], p[2], p[3]));
-        for (const Decision decision : {stages::inCircleStatic(p[0], p[1], p[2], p[3]),
-                                        stages::inCircleExpansion(p[0], p[1], p[2], p[3])}) {
+        const stages::CornerDifferences differences(p[0], p[1], p[2], p[3]);
+        for (const Decision decision :
+             {stages::inCircleStatic(p[0], p[1], p[2], p[3]), stages::inCircleLattice(differences),
+              stages::inCircleDoubleDouble(differences), stages::inCircleExpansion(differences)}) {
             EXPECT_TRUE(decision == stages::UNSURE || decision == expected) << doubles::hex(p);
         }
         EXPECT_EQ(expected, stages::inCircleExact(p[0], p[1], p[2], p[3], rationals)) << doubles::hex(p);

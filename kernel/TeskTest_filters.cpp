@@ -1,0 +1,175 @@
+// Stages of the in-circle test that settle most of what the static one leaves open, without a loop and almost
+// without a branch.
+#include "kernel/TeskTest_stages.h"
+#include "kernel/expansion.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+
+namespace TESK_KIVO2D::stages {
+namespace {
+
+using Corner = CornerDifferences::Corner;
+
+Decision decisionOf(double value) { return value > 0 ? POSITIVE : value < 0 ? NEGATIVE : ZERO; }
+
+SplitNumber difference(double p, double q) {
+    SplitNumber d{};
+    expansion::twoSum(p, -q, d.high, d.low);
+    return d;
+}
+
+Corner difference(const Point2& p, const Point2& q) {
+    return {difference(p.x(), q.x()), difference(p.y(), q.y())};
+}
+
+double largestMagnitude(const CornerDifferences& d) {
+    double largest = 0;
+    for (const Corner& corner : d.corners)
+        largest = std::max(largest, std::max(std::fabs(corner.x.high), std::fabs(corner.y.high)));
+    return largest;
+}
+
+// The largest power of two that is not above a normal positive number.
+double powerOfTwoBelow(double value) {
+    return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) & 0x7ff0000000000000u);
+}
+
+// What v lacks to a multiple of unit; exact for |v| <= 2^51 unit, since the sum lies where doubles are whole
+// multiples of unit.
+double distanceToMultiple(double v, double unit) {
+    const double shift = 0x1.8p52 * unit;
+    return std::fabs(((v + shift) - shift) - v);
+}
+
+bool areMultiplesOf(double unit, const CornerDifferences& d) {
+    double off = 0;
+    for (const Corner& corner : d.corners)
+        off += distanceToMultiple(corner.x.high, unit) + distanceToMultiple(corner.y.high, unit);
+    return off == 0;
+}
+
+bool areExact(const CornerDifferences& d) {
+    double lost = 0;
+    for (const Corner& corner : d.corners)
+        lost += std::fabs(corner.x.low) + std::fabs(corner.y.low);
+    return lost == 0;
+}
+
+double lift(const Corner& p) { return p.x.high * p.x.high + p.y.high * p.y.high; }
+double minor(const Corner& p, const Corner& q) { return p.x.high * q.y.high - q.x.high * p.y.high; }
+
+// The exact sum of three products of whole numbers below 2^51, times a power of two, rounded once. Each
+// product is below 2^102, so that its error is a whole number of at most 2^48; the two sums are below 2^103
+// and 2^104 with errors of at most 2^49 and 2^50. All five errors together stay below 2^52 and add up
+// exactly.
+double sumOfProducts(const double (&p)[3], const double (&q)[3]) {
+    double products[3], errors[3], partial = 0, partialError = 0, total = 0, totalError = 0;
+    for (int i = 0; i < 3; ++i)
+        expansion::twoProduct(p[i], q[i], products[i], errors[i]);
+    expansion::twoSum(products[0], products[1], partial, partialError);
+    expansion::twoSum(partial, products[2], total, totalError);
+    return total + ((partialError + totalError) + (errors[0] + errors[1] + errors[2]));
+}
+
+// p.x * q.y - q.x * p.y
+SplitNumber longMinor(const Corner& p, const Corner& q) {
+    double left = 0, leftError = 0, right = 0, rightError = 0, head = 0, headError = 0;
+    expansion::twoProduct(p.x.high, q.y.high, left, leftError);
+    expansion::twoProduct(q.x.high, p.y.high, right, rightError);
+    expansion::twoSum(left, -right, head, headError);
+    const double leftCross = p.x.high * q.y.low + p.x.low * q.y.high;
+    const double rightCross = q.x.high * p.y.low + q.x.low * p.y.high;
+    return {head, headError + ((leftError - rightError) + (leftCross - rightCross))};
+}
+
+// p.x^2 + p.y^2
+SplitNumber longLift(const Corner& p) {
+    double xx = 0, xxError = 0, yy = 0, yyError = 0, head = 0, headError = 0;
+    expansion::twoProduct(p.x.high, p.x.high, xx, xxError);
+    expansion::twoProduct(p.y.high, p.y.high, yy, yyError);
+    expansion::twoSum(xx, yy, head, headError);
+    const double cross = p.x.high * p.x.low + p.y.high * p.y.low;
+    return {head, headError + ((xxError + yyError) + 2 * cross)};
+}
+
+SplitNumber longProduct(const SplitNumber& p, const SplitNumber& q) {
+    double head = 0, headError = 0;
+    expansion::twoProduct(p.high, q.high, head, headError);
+    return {head, headError + (p.high * q.low + p.low * q.high)};
+}
+
+double permanentOf(const Corner& a, const Corner& b, const Corner& c) {
+    return lift(a) * (std::fabs(b.x.high * c.y.high) + std::fabs(c.x.high * b.y.high));
+}
+
+} // namespace
+
+CornerDifferences::CornerDifferences(const Point2& a, const Point2& b, const Point2& c, const Point2& d)
+    : corners{difference(a, d), difference(b, d), difference(c, d)} {}
+
+bool isRectangle(const Point2& a, const Point2& b, const Point2& c, const Point2& d) {
+    // Of the three corners one shares d's coordinate, and the other two share another. No short circuits: on
+    // a grid the answers follow no pattern that a branch could learn.
+    const int likeDX = (a.x() == d.x()) + (b.x() == d.x()) + (c.x() == d.x());
+    const int likeDY = (a.y() == d.y()) + (b.y() == d.y()) + (c.y() == d.y());
+    const int pairsX = (a.x() == b.x()) + (b.x() == c.x()) + (c.x() == a.x());
+    const int pairsY = (a.y() == b.y()) + (b.y() == c.y()) + (c.y() == a.y());
+    return ((likeDX ^ 1) | (likeDY ^ 1) | (pairsX ^ 1) | (pairsY ^ 1)) == 0;
+}
+
+Decision inCircleLattice(const CornerDifferences& d) {
+    const double largest = largestMagnitude(d);
+    // Within this range neither the fourth power of a unit nor the determinant leaves the range of doubles.
+    if (!(largest >= 0x1p-200 && largest <= 0x1p200) || !areExact(d)) return UNSURE;
+    const double power = powerOfTwoBelow(largest);
+    const auto& [a, b, c] = d.corners;
+    // Every difference is below 2 * power.
+    if (areMultiplesOf(0x1p-11 * power, d)) {
+        // Up to 12 bits: products have 24, lifts and minors 25, their products 50 and the sum of three 52, so
+        // that nothing is ever rounded.
+        return decisionOf(lift(a) * minor(b, c) + lift(b) * minor(c, a) + lift(c) * minor(a, b));
+    }
+    if (areMultiplesOf(0x1p-24 * power, d)) {
+        // Up to 25 bits: products have 50, lifts and minors 51.
+        return decisionOf(
+            sumOfProducts({lift(a), lift(b), lift(c)}, {minor(b, c), minor(c, a), minor(a, b)}));
+    }
+    return UNSURE;
+}
+
+// The error bound, with u = 2^-53. A difference x is X + x', |x'| <= u |X|. All two-sums and two-products are
+// exact (Knuth 1969, Dekker 1971); every other operation rounds with a relative error of at most u. What
+// follows counts errors in units of u^2 and leaves out O(u^3), for which the last step has room.
+//   Minor. N = |X1 Y2| + |X2 Y1|. The errors of the two products are at most u N together, that of their
+//   difference u N, the cross products 2u N; the low part is at most 4u N. Rounded are the cross products
+//   (2 + 2), the differences of the errors (1) and of the cross products (2), the sum of both (3) and the
+//   low part (4); the product of two rests is left out (1). The minor is off by at most 15 u^2 N.
+//   Lift. L = X^2 + Y^2. In the same way the low part is at most 4u L and the lift off by at most 13 u^2 L.
+//   Term, lift times minor. The low part is at most (1 + 4 + 4) u LN. Rounded are the cross products (4 + 4),
+//   their sum (8) and the low part (9); the product of the low parts is left out (16); lift and minor are off
+//   themselves (13 + 15). A term is off by at most 69 u^2 LN.
+//   Sum. With P the sum of the three LN, the heads add up exactly with two errors of u P each; rounded are
+//   the sum of these (2), the sums of the low parts (9 + 9) and of both (11).
+// Together 100 u^2 P. The final rounding keeps the sign. The bound is 256 u^2 = 2^-98 of the rounded
+// permanent, which is within O(u) of P: more than twice what is needed.
+//
+// Underflow. A two-product is exact from 2^-960 on and off by less than 2^-950 below; with lifts of up to
+// 2^400 this makes less than 2^-540, where the bound is at least 2^-498. No product is above 2^804.
+Decision inCircleDoubleDouble(const CornerDifferences& d) {
+    const auto& [a, b, c] = d.corners;
+    const double permanent = permanentOf(a, b, c) + permanentOf(b, c, a) + permanentOf(c, a, b);
+    if (!(permanent >= 0x1p-400 && lift(a) + lift(b) + lift(c) <= 0x1p400)) return UNSURE;
+    const SplitNumber aTerm = longProduct(longLift(a), longMinor(b, c));
+    const SplitNumber bTerm = longProduct(longLift(b), longMinor(c, a));
+    const SplitNumber cTerm = longProduct(longLift(c), longMinor(a, b));
+    double ab = 0, abError = 0, head = 0, headError = 0;
+    expansion::twoSum(aTerm.high, bTerm.high, ab, abError);
+    expansion::twoSum(ab, cTerm.high, head, headError);
+    const double det = head + ((abError + headError) + (aTerm.low + bTerm.low + cTerm.low));
+    const double bound = permanent * 0x1p-98;
+    return det > bound ? POSITIVE : det < -bound ? NEGATIVE : UNSURE;
+}
+
+} // namespace TESK_KIVO2D::stages
