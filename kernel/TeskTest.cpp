@@ -164,12 +164,11 @@ stages::Decision TeskTest::inCirclePastStatic(const Point2& a, const Point2& b, 
 
 stages::Decision TeskTest::inCircleMiddleStages(const Point2& a, const Point2& b, const Point2& c,
                                                 const Point2& q) {
-    const stages::CornerDifferences differences(a, b, c, q);
-    stages::Decision decision = counted(stages::inCircleLattice(differences), counts.inCircleLattice);
+    stages::Decision decision = counted(stages::inCircleLattice(a, b, c, q), counts.inCircleLattice);
     if (decision == stages::UNSURE)
-        decision = counted(stages::inCircleDoubleDouble(differences), counts.inCircleDoubleDouble);
+        decision = counted(stages::inCircleDoubleDouble(a, b, c, q), counts.inCircleDoubleDouble);
     if (decision == stages::UNSURE)
-        decision = counted(stages::inCircleExpansion(differences), counts.inCircleExpansion);
+        decision = counted(stages::inCircleExpansion(a, b, c, q), counts.inCircleExpansion);
     return decision;
 }
 

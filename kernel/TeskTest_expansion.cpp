@@ -14,75 +14,84 @@ bool isModerate(double v) {
     return v == 0 || (magnitude >= 0x1p-200 && magnitude <= 0x1p200);
 }
 
-// The components of p - q, one or two, smallest first; 0 when one of them is not of moderate size.
-int differenceOf(double p, double q, double* h) {
-    double high = 0, low = 0;
-    expansion::twoSum(p, -q, high, low);
-    if (!isModerate(high) || !isModerate(low)) return 0;
-    int num = 0;
-    if (low != 0) h[num++] = low;
-    h[num++] = high;
-    return num;
-}
+// An exact difference of two doubles: one component, or two where it rounds, smallest first.
+struct Difference {
+    double components[2];
+    int num = 0; // 0 when a component is not of moderate size
 
-// h = e * f for an f of one or two components; up to 2 * eNum * fNum components for an e of up to 2.
-int productOf(const double* e, int eNum, const double* f, int fNum, double* h) {
-    if (fNum == 1) return expansion::scale(e, eNum, f[0], h);
-    double low[4], high[4];
-    const int numLow = expansion::scale(e, eNum, f[0], low);
-    const int numHigh = expansion::scale(e, eNum, f[1], high);
+    Difference(double p, double q) {
+        double high = 0, low = 0;
+        expansion::twoSum(p, -q, high, low);
+        if (!isModerate(high) || !isModerate(low)) return;
+        if (low != 0) components[num++] = low;
+        components[num++] = high;
+    }
+};
+
+// h = e * d; up to 2 * eNum * d.num components for an e of up to maxNum. h must not be e.
+template<int maxNum>
+int times(const double* e, int eNum, const Difference& d, double* h) {
+    if (d.num == 1) return expansion::scale(e, eNum, d.components[0], h);
+    double low[2 * maxNum], high[2 * maxNum];
+    const int numLow = expansion::scale(e, eNum, d.components[0], low);
+    const int numHigh = expansion::scale(e, eNum, d.components[1], high);
     return expansion::sum(low, numLow, high, numHigh, h);
 }
 
-// h = (x^2 + y^2) * minor; up to 32 components for a minor of up to 4.
-int timesLift(const double* minor, int num, double x, double y, double* h) {
-    double once[8], xx[16], yy[16];
-    int numOnce = expansion::scale(minor, num, x, once);
-    const int numXX = expansion::scale(once, numOnce, x, xx);
-    numOnce = expansion::scale(minor, num, y, once);
-    const int numYY = expansion::scale(once, numOnce, y, yy);
+// h = a * b - c * d; up to 16 components.
+int minorOf(const Difference& a, const Difference& b, const Difference& c, const Difference& d, double* h) {
+    double left[8], right[8];
+    const int numLeft = times<2>(a.components, a.num, b, left);
+    const int numRight = times<2>(c.components, c.num, d, right);
+    for (int i = 0; i < numRight; ++i)
+        right[i] = -right[i];
+    return expansion::sum(left, numLeft, right, numRight, h);
+}
+
+// h = (x^2 + y^2) * minor; up to 512 components for a minor of up to 16.
+int timesLift(const double* minor, int num, const Difference& x, const Difference& y, double* h) {
+    double once[64], xx[256], yy[256];
+    int numOnce = times<16>(minor, num, x, once);
+    const int numXX = times<64>(once, numOnce, x, xx);
+    numOnce = times<16>(minor, num, y, once);
+    const int numYY = times<64>(once, numOnce, y, yy);
     return expansion::sum(xx, numXX, yy, numYY, h);
 }
 
 } // namespace
 
 Decision orientExpansion(const Point2& a, const Point2& b, const Point2& c) {
-    double acx[2], bcy[2], bcx[2], acy[2];
-    const int numAcx = differenceOf(a.x(), c.x(), acx), numBcy = differenceOf(b.y(), c.y(), bcy);
-    const int numBcx = differenceOf(c.x(), b.x(), bcx), numAcy = differenceOf(a.y(), c.y(), acy);
-    if (numAcx * numBcy * numBcx * numAcy == 0) return UNSURE;
-    if (numAcx * numBcy * numBcx * numAcy == 1) {
+    const Difference acx(a.x(), c.x()), acy(a.y(), c.y()), bcx(b.x(), c.x()), bcy(b.y(), c.y());
+    const int product = acx.num * acy.num * bcx.num * bcy.num;
+    if (product == 0) return UNSURE;
+    if (product == 1) {
         double left = 0, leftError = 0, right = 0, rightError = 0;
-        expansion::twoProduct(acx[0], bcy[0], left, leftError);
-        expansion::twoProduct(-bcx[0], acy[0], right, rightError);
+        expansion::twoProduct(acx.components[0], bcy.components[0], left, leftError);
+        expansion::twoProduct(bcx.components[0], acy.components[0], right, rightError);
         // Each pair is a rounded product and what rounding lost, so the order of the pairs is that of their
         // heads, and of their tails where the heads agree.
         return left != right ? decisionOf(left > right ? 1.0 : -1.0) : decisionOf(leftError - rightError);
     }
-    double left[8], right[8], det[16];
-    const int numLeft = productOf(acx, numAcx, bcy, numBcy, left);
-    const int numRight = productOf(bcx, numBcx, acy, numAcy, right);
-    return decisionOf(det[expansion::sum(left, numLeft, right, numRight, det) - 1]);
+    double det[16];
+    const int num = minorOf(acx, bcy, bcx, acy, det);
+    return decisionOf(det[num - 1]); // the last component outweighs all others
 }
 
-Decision inCircleExpansion(const CornerDifferences& d) {
-    for (const auto& corner : d.corners) {
-        const bool bExact = corner.x.low == 0 && corner.y.low == 0;
-        if (!bExact || !isModerate(corner.x.high) || !isModerate(corner.y.high)) return UNSURE;
-    }
-    const double adx = d.corners[0].x.high, ady = d.corners[0].y.high;
-    const double bdx = d.corners[1].x.high, bdy = d.corners[1].y.high;
-    const double cdx = d.corners[2].x.high, cdy = d.corners[2].y.high;
-    double minor[4], aTerm[32], bTerm[32], cTerm[32], ab[64], det[96];
-    int num = expansion::productDifference(bdx, cdy, cdx, bdy, minor);
+Decision inCircleExpansion(const Point2& a, const Point2& b, const Point2& c, const Point2& d) {
+    const Difference adx(a.x(), d.x()), ady(a.y(), d.y());
+    const Difference bdx(b.x(), d.x()), bdy(b.y(), d.y());
+    const Difference cdx(c.x(), d.x()), cdy(c.y(), d.y());
+    if (adx.num * ady.num * bdx.num * bdy.num * cdx.num * cdy.num == 0) return UNSURE;
+    double minor[16], aTerm[512], bTerm[512], cTerm[512], ab[1024], det[1536];
+    int num = minorOf(bdx, cdy, cdx, bdy, minor);
     const int numA = timesLift(minor, num, adx, ady, aTerm);
-    num = expansion::productDifference(cdx, ady, adx, cdy, minor);
+    num = minorOf(cdx, ady, adx, cdy, minor);
     const int numB = timesLift(minor, num, bdx, bdy, bTerm);
-    num = expansion::productDifference(adx, bdy, bdx, ady, minor);
+    num = minorOf(adx, bdy, bdx, ady, minor);
     const int numC = timesLift(minor, num, cdx, cdy, cTerm);
     const int numAB = expansion::sum(aTerm, numA, bTerm, numB, ab);
     num = expansion::sum(ab, numAB, cTerm, numC, det);
-    return decisionOf(det[num - 1]); // the last component outweighs all others
+    return decisionOf(det[num - 1]);
 }
 
 } // namespace TESK_KIVO2D::stages

@@ -10,24 +10,37 @@
 namespace TESK_KIVO2D::stages {
 namespace {
 
-using Corner = CornerDifferences::Corner;
-
 Decision decisionOf(double value) { return value > 0 ? POSITIVE : value < 0 ? NEGATIVE : ZERO; }
 
-SplitNumber difference(double p, double q) {
-    SplitNumber d{};
-    expansion::twoSum(p, -q, d.high, d.low);
+// A number as a sum of two.
+struct SplitNumber {
+    double high;
+    double low;
+};
+
+// A corner seen from another point, exactly: the rounded differences and what rounding lost of them, at most
+// half a unit in the last place of each.
+struct Corner {
+    struct {
+        double x, y;
+    } high, low;
+};
+
+Corner difference(const Point2& p, const Point2& q) {
+    Corner d{};
+    expansion::twoSum(p.x(), -q.x(), d.high.x, d.low.x);
+    expansion::twoSum(p.y(), -q.y(), d.high.y, d.low.y);
     return d;
 }
 
-Corner difference(const Point2& p, const Point2& q) {
-    return {difference(p.x(), q.x()), difference(p.y(), q.y())};
-}
+struct Corners {
+    Corner corners[3];
+};
 
-double largestMagnitude(const CornerDifferences& d) {
+double largestMagnitude(const Corners& d) {
     double largest = 0;
     for (const Corner& corner : d.corners)
-        largest = std::max(largest, std::max(std::fabs(corner.x.high), std::fabs(corner.y.high)));
+        largest = std::max(largest, std::max(std::fabs(corner.high.x), std::fabs(corner.high.y)));
     return largest;
 }
 
@@ -43,22 +56,22 @@ double distanceToMultiple(double v, double unit) {
     return std::fabs(((v + shift) - shift) - v);
 }
 
-bool areMultiplesOf(double unit, const CornerDifferences& d) {
+bool areMultiplesOf(double unit, const Corners& d) {
     double off = 0;
     for (const Corner& corner : d.corners)
-        off += distanceToMultiple(corner.x.high, unit) + distanceToMultiple(corner.y.high, unit);
+        off += distanceToMultiple(corner.high.x, unit) + distanceToMultiple(corner.high.y, unit);
     return off == 0;
 }
 
-bool areExact(const CornerDifferences& d) {
+bool areExact(const Corners& d) {
     double lost = 0;
     for (const Corner& corner : d.corners)
-        lost += std::fabs(corner.x.low) + std::fabs(corner.y.low);
+        lost += std::fabs(corner.low.x) + std::fabs(corner.low.y);
     return lost == 0;
 }
 
-double lift(const Corner& p) { return p.x.high * p.x.high + p.y.high * p.y.high; }
-double minor(const Corner& p, const Corner& q) { return p.x.high * q.y.high - q.x.high * p.y.high; }
+double lift(const Corner& p) { return p.high.x * p.high.x + p.high.y * p.high.y; }
+double minor(const Corner& p, const Corner& q) { return p.high.x * q.high.y - q.high.x * p.high.y; }
 
 // The exact sum of three products of whole numbers below 2^51, times a power of two, rounded once. Each
 // product is below 2^102, so that its error is a whole number of at most 2^48; the two sums are below 2^103
@@ -76,21 +89,21 @@ double sumOfProducts(const double (&p)[3], const double (&q)[3]) {
 // p.x * q.y - q.x * p.y
 SplitNumber longMinor(const Corner& p, const Corner& q) {
     double left = 0, leftError = 0, right = 0, rightError = 0, head = 0, headError = 0;
-    expansion::twoProduct(p.x.high, q.y.high, left, leftError);
-    expansion::twoProduct(q.x.high, p.y.high, right, rightError);
+    expansion::twoProduct(p.high.x, q.high.y, left, leftError);
+    expansion::twoProduct(q.high.x, p.high.y, right, rightError);
     expansion::twoSum(left, -right, head, headError);
-    const double leftCross = p.x.high * q.y.low + p.x.low * q.y.high;
-    const double rightCross = q.x.high * p.y.low + q.x.low * p.y.high;
+    const double leftCross = p.high.x * q.low.y + p.low.x * q.high.y;
+    const double rightCross = q.high.x * p.low.y + q.low.x * p.high.y;
     return {head, headError + ((leftError - rightError) + (leftCross - rightCross))};
 }
 
 // p.x^2 + p.y^2
 SplitNumber longLift(const Corner& p) {
     double xx = 0, xxError = 0, yy = 0, yyError = 0, head = 0, headError = 0;
-    expansion::twoProduct(p.x.high, p.x.high, xx, xxError);
-    expansion::twoProduct(p.y.high, p.y.high, yy, yyError);
+    expansion::twoProduct(p.high.x, p.high.x, xx, xxError);
+    expansion::twoProduct(p.high.y, p.high.y, yy, yyError);
     expansion::twoSum(xx, yy, head, headError);
-    const double cross = p.x.high * p.x.low + p.y.high * p.y.low;
+    const double cross = p.high.x * p.low.x + p.high.y * p.low.y;
     return {head, headError + ((xxError + yyError) + 2 * cross)};
 }
 
@@ -101,13 +114,10 @@ SplitNumber longProduct(const SplitNumber& p, const SplitNumber& q) {
 }
 
 double permanentOf(const Corner& a, const Corner& b, const Corner& c) {
-    return lift(a) * (std::fabs(b.x.high * c.y.high) + std::fabs(c.x.high * b.y.high));
+    return lift(a) * (std::fabs(b.high.x * c.high.y) + std::fabs(c.high.x * b.high.y));
 }
 
 } // namespace
-
-CornerDifferences::CornerDifferences(const Point2& a, const Point2& b, const Point2& c, const Point2& d)
-    : corners{difference(a, d), difference(b, d), difference(c, d)} {}
 
 bool isRectangle(const Point2& a, const Point2& b, const Point2& c, const Point2& d) {
     // Of the three corners one shares d's coordinate, and the other two share another. No short circuits: on
@@ -119,7 +129,8 @@ bool isRectangle(const Point2& a, const Point2& b, const Point2& c, const Point2
     return ((likeDX ^ 1) | (likeDY ^ 1) | (pairsX ^ 1) | (pairsY ^ 1)) == 0;
 }
 
-Decision inCircleLattice(const CornerDifferences& d) {
+Decision inCircleLattice(const Point2& pa, const Point2& pb, const Point2& pc, const Point2& pd) {
+    const Corners d{{difference(pa, pd), difference(pb, pd), difference(pc, pd)}};
     const double largest = largestMagnitude(d);
     // Within this range neither the fourth power of a unit nor the determinant leaves the range of doubles.
     if (!(largest >= 0x1p-200 && largest <= 0x1p200) || !areExact(d)) return UNSURE;
@@ -157,7 +168,8 @@ Decision inCircleLattice(const CornerDifferences& d) {
 //
 // Underflow. A two-product is exact from 2^-960 on and off by less than 2^-950 below; with lifts of up to
 // 2^400 this makes less than 2^-540, where the bound is at least 2^-498. No product is above 2^804.
-Decision inCircleDoubleDouble(const CornerDifferences& d) {
+Decision inCircleDoubleDouble(const Point2& pa, const Point2& pb, const Point2& pc, const Point2& pd) {
+    const Corners d{{difference(pa, pd), difference(pb, pd), difference(pc, pd)}};
     const auto& [a, b, c] = d.corners;
     const double permanent = permanentOf(a, b, c) + permanentOf(b, c, a) + permanentOf(c, a, b);
     if (!(permanent >= 0x1p-400 && lift(a) + lift(b) + lift(c) <= 0x1p400)) return UNSURE;

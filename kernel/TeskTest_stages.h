@@ -107,32 +107,16 @@ inline Decision inCircleStatic(const Point2& a, const Point2& b, const Point2& c
 // True when d is the fourth corner of an axis-parallel rectangle with a, b, c: then it lies on their circle.
 bool isRectangle(const Point2& a, const Point2& b, const Point2& c, const Point2& d);
 
-// A number as a rounded value and the rest that rounding lost, at most half a unit in the last place of it.
-struct SplitNumber {
-    double high;
-    double low;
-};
-
-// The three corners seen from d, exactly: computed once for the stages below.
-struct CornerDifferences {
-    struct Corner {
-        SplitNumber x, y;
-    };
-    Corner corners[3];
-
-    CornerDifferences(const Point2& a, const Point2& b, const Point2& c, const Point2& d);
-};
-
 // Exact where all six differences are multiples of one unit and at most 25 bits long, as on grids and in
 // coordinates of fixed precision. Answers zeros too, which no error bound can.
-Decision inCircleLattice(const CornerDifferences& d);
+Decision inCircleLattice(const Point2& a, const Point2& b, const Point2& c, const Point2& d);
 
 // The determinant to about twice the precision of doubles, against a bound from its permanent.
-Decision inCircleDoubleDouble(const CornerDifferences& d);
+Decision inCircleDoubleDouble(const Point2& a, const Point2& b, const Point2& c, const Point2& d);
 
 // Exact where all six differences are free of rounding error and of moderate size, by expansion arithmetic
 // (Shewchuk 1997).
-Decision inCircleExpansion(const CornerDifferences& d);
+Decision inCircleExpansion(const Point2& a, const Point2& b, const Point2& c, const Point2& d);
 
 // Rational arithmetic; always decides.
 Decision inCircleExact(const Point2& a, const Point2& b, const Point2& c, const Point2& d,

@@ -23,13 +23,6 @@ inline void fastTwoSum(double a, double b, double& sum, double& error) {
     error = b - (sum - a);
 }
 
-// True when a - b, rounded, is exactly a - b.
-inline bool isExactDifference(double a, double b) {
-    double difference = 0, error = 0;
-    twoSum(a, -b, difference, error);
-    return error == 0;
-}
-
 // high + low is exactly a, each half with at most 26 bits (Veltkamp 1968).
 inline void split(double a, double& high, double& low) {
     const double c = 0x1.0000002p27 * a;
@@ -82,14 +75,6 @@ inline int scale(const double* e, int eNum, double b, double* h) {
     }
     if (q != 0 || num == 0) h[num++] = q;
     return num;
-}
-
-// h = a * b - c * d, up to 4 components.
-inline int productDifference(double a, double b, double c, double d, double* h) {
-    double ab[2], cd[2];
-    twoProduct(a, b, ab[1], ab[0]);
-    twoProduct(-c, d, cd[1], cd[0]);
-    return sum(ab, 2, cd, 2, h);
 }
 
 } // namespace expansion

@@ -26,6 +26,51 @@ Points productsAtOverflow(Rng& rng) {
     return {{c.x() + width, c.y() + height}, doubles::jittered(rng, onLine, 2), c};
 }
 
+// Multiples of one point by powers of two: on one line, with differences that round. Every other time the
+// last one is a neighbour.
+Points scaledCopies(Rng& rng) {
+    const Point2 p(doubles::uniform(rng, -1, 1), doubles::ofSize(rng, -8, 8));
+    const auto copy = [&] {
+        const double factor = std::ldexp(rng() % 2 == 0 ? 1.0 : -1.0, doubles::below(rng, 12));
+        return Point2(factor * p.x(), factor * p.y());
+    };
+    const Point2 a = copy(), b = copy();
+    return {a, b, doubles::jittered(rng, copy(), doubles::below(rng, 2))};
+}
+
+// (x0, y0) and (x1, y1) with their mirror images about x = sum / 2: on one circle. In any order, and turned
+// by an eighth.
+Points trapezoid(Rng& rng, const Point2& p0, const Point2& p1, double sum) {
+    Points vPoints = {p0, {sum - p0.x(), p0.y()}, p1, {sum - p1.x(), p1.y()}};
+    if (rng() % 2 == 0) {
+        for (Point2& p : vPoints)
+            p = Point2(p.y(), p.x());
+    }
+    std::shuffle(vPoints.begin(), vPoints.end(), rng);
+    return vPoints;
+}
+
+// Whole numbers whose differences reach 2^bits - 1 to 2^bits + 1. Every other time not quite on a circle.
+Points latticeTrapezoid(Rng& rng, int minBits, int maxBits) {
+    const int bits = minBits + doubles::below(rng, maxBits - minBits + 1);
+    const int width = (1 << bits) - 1 + doubles::below(rng, 3);
+    const auto coord = [&] { return rng() % 2 == 0 ? 0 : doubles::below(rng, width + 1); };
+    const int x0 = coord(), y0 = coord(), x1 = coord(), y1 = width - coord();
+    Points vPoints = trapezoid(rng, Point2(x0, y0), Point2(x1, y1), width);
+    Point2& moved = vPoints[static_cast<std::size_t>(doubles::below(rng, 4))];
+    if (rng() % 2 == 0) moved = Point2(moved.x() + (moved.x() == 0 ? 1 : -1), moved.y());
+    return vPoints;
+}
+
+// Full mantissas of different sizes, so that differences round. Every other time not quite on a circle.
+Points roundingTrapezoid(Rng& rng) {
+    const double x0 = doubles::ofSize(rng, -4, 0), y0 = doubles::ofSize(rng, -4, 0);
+    const Point2 p1(doubles::ofSize(rng, -4, 0), doubles::ofSize(rng, -4, 0));
+    Points vPoints = trapezoid(rng, Point2(x0, y0), p1, 0);
+    vPoints[3] = doubles::jittered(rng, vPoints[3], doubles::below(rng, 2) * 2);
+    return vPoints;
+}
+
 // Inputs of one kind, and the shares of them that may get past the static stage and as far as the rationals.
 struct Family {
     const char* name;
@@ -72,12 +117,19 @@ Points scaledBetween(Rng& rng, const Points& vPoints, int minExponent, int maxEx
     return doubles::scaled(vPoints, minExponent + doubles::below(rng, maxExponent - minExponent + 1));
 }
 
+// Around the smallest or the largest size that a stage takes.
+Points scaledNear(Rng& rng, const Points& vPoints, int exponent) {
+    return doubles::scaled(vPoints, (rng() % 2 == 0 ? exponent : -exponent) + doubles::below(rng, 31) - 15);
+}
+
 using F = std::vector<Family>;
 // clang-format off
 const F orientationFamilies = {
     {"uniform",         [](Rng& r) { return uniformPoints(r, 3); }, 0.001, 0},
     {"lattice",         [](Rng& r) { return latticePoints(r, 3, 20, 1); }, 0.2, 0},
-    {"nearCollinear",   [](Rng& r) { return doubles::nearCollinear(r); }, 1, 0.5},
+    {"nearCollinear",   [](Rng& r) { return doubles::nearCollinear(r); }, 1, 0},
+    {"scaledCopies",    scaledCopies, 1, 0},
+    {"scaledCopiesAtTheLimits", [](Rng& r) { return scaledNear(r, scaledCopies(r), 200); }, 1, 1},
     {"farAway",         [](Rng& r) { return doubles::nearCollinear(r, 1e6); }, 1, 0},
     {"tiny",            [](Rng& r) { return scaledBetween(r, doubles::nearCollinear(r), -1060, -400); }, 1, 1},
     {"squaresUnderflow",[](Rng& r) { return scaledBetween(r, doubles::nearCollinear(r), -545, -470); }, 1, 1},
@@ -95,7 +147,12 @@ const F inCircleFamilies = {
     {"uniform",         [](Rng& r) { return uniformPoints(r, 4); }, 0.001, 0},
     {"lattice",         [](Rng& r) { return latticePoints(r, 4, 20, 1); }, 0.1, 0},
     {"cocircular",      [](Rng& r) { return doubles::cocircular(r, 4, 1e5, -3e5); }, 1, 0},
-    {"nearCocircular",  [](Rng& r) { return doubles::nearCocircular(r, 4); }, 1, 1},
+    {"nearCocircular",  [](Rng& r) { return doubles::nearCocircular(r, 4); }, 1, 0},
+    {"latticeTrapezoids", [](Rng& r) { return scaledBetween(r, latticeTrapezoid(r, 1, 30), -300, 300); }, 1, 1},
+    {"latticesAtTheLimits", [](Rng& r) { return scaledNear(r, latticeTrapezoid(r, 10, 14), 200); }, 1, 1},
+    {"roundingTrapezoids", roundingTrapezoid, 1, 0},
+    {"roundingTrapezoidsAtTheLimits", [](Rng& r) { return scaledNear(r, roundingTrapezoid(r), 200); }, 1, 1},
+    {"nearCocircularAtTheLimits", [](Rng& r) { return scaledNear(r, doubles::nearCocircular(r, 4, 0, 4), r() % 2 == 0 ? 100 : 200); }, 1, 1},
     {"farAway",         [](Rng& r) { return doubles::nearCocircular(r, 4, 1e6); }, 1, 0},
     {"tiny",            [](Rng& r) { return scaledBetween(r, doubles::nearCocircular(r, 4), -1060, -300); }, 1, 1},
     {"permanentUnderflows", [](Rng& r) { return scaledBetween(r, doubles::nearCocircular(r, 4), -271, -240); }, 1, 1},
@@ -194,23 +251,85 @@ TEST_P(InCircleStages, neverContradictRationalsAndDecideTheirShare) {
     Rng rng(9);
     InCircleRationals rationals;
     TeskTest tests;
-    for (int i = 0; i < samples && !HasFailure(); ++i) {
-        Points p = GetParam().make(rng);
-        if (oracle::orientation(p[0], p[1], p[2]) < 0) std::swap(p[0], p[1]);
-        const Decision expected = asDecision(oracle::inCircle(p[0], p[1], p[2], p[3]));
-        const stages::CornerDifferences differences(p[0], p[1], p[2], p[3]);
-        for (const Decision decision :
-             {stages::inCircleStatic(p[0], p[1], p[2], p[3]), stages::inCircleLattice(differences),
-              stages::inCircleDoubleDouble(differences), stages::inCircleExpansion(differences)}) {
+    const auto expectSign = [&](const Points& p, int sign) {
+        const Decision expected = asDecision(sign);
+        for (const auto stage : {stages::inCircleStatic, stages::inCircleLattice,
+                                 stages::inCircleDoubleDouble, stages::inCircleExpansion}) {
+            const Decision decision = stage(p[0], p[1], p[2], p[3]);
             EXPECT_TRUE(decision == stages::UNSURE || decision == expected) << doubles::hex(p);
         }
         EXPECT_EQ(expected, stages::inCircleExact(p[0], p[1], p[2], p[3], rationals)) << doubles::hex(p);
-        EXPECT_TRUE(expected == stages::ZERO || !stages::isRectangle(p[0], p[1], p[2], p[3]))
-            << doubles::hex(p);
+        EXPECT_TRUE(sign == 0 || !stages::isRectangle(p[0], p[1], p[2], p[3])) << doubles::hex(p);
+    };
+    for (int i = 0; i < samples && !HasFailure(); ++i) {
+        Points p = GetParam().make(rng);
+        if (oracle::orientation(p[0], p[1], p[2]) < 0) std::swap(p[0], p[1]);
+        const int sign = oracle::inCircle(p[0], p[1], p[2], p[3]);
+        expectSign(p, sign);
+        expectSign({p[1], p[2], p[0], p[3]}, sign);
+        expectSign({p[1], p[0], p[2], p[3]}, -sign);
         Triangle2 t;
         t.setProperties(&p[0], &p[1], &p[2]);
-        EXPECT_EQ(static_cast<int>(expected), tests.inCircle(t, p[3])) << doubles::hex(p);
+        EXPECT_EQ(static_cast<int>(asDecision(sign)), tests.inCircle(t, p[3])) << doubles::hex(p);
     }
     expectShare("static", tests.stageCounts().inCirclePastStatic, GetParam().maxPastStatic);
     expectShare("all but the rationals", tests.stageCounts().inCircleExact, GetParam().maxExact);
+}
+
+namespace {
+
+using Counts = TeskTest::StageCounts;
+
+// Inputs that one stage is there for.
+struct Domain {
+    const char* name;
+    std::function<Points(Rng&)> make;
+    std::uint64_t Counts::*pCount;
+    double minShare; // of what gets past the static stage
+};
+
+// clang-format off
+const std::vector<Domain> domains = {
+    {"near lines, far away", [](Rng& r) { return doubles::nearCollinear(r, 1e3); }, &Counts::orientationDynamic, 0.9},
+    {"on lines",             scaledCopies, &Counts::orientationExpansion, 0.9},
+    {"lines of a grid",      [](Rng& r) { const Points p = uniformPoints(r, 3); return Points{p[0], {p[0].x(), p[1].y()}, {p[0].x(), p[2].y()}}; }, &Counts::orientationAxisParallel, 1},
+    {"wide range",           [](Rng& r) { return pointsOfSize(r, 3, -600, 600); }, &Counts::orientationInterval, 0.01},
+    {"rectangles",           [](Rng& r) { const Points p = uniformPoints(r, 2); return Points{p[0], {p[1].x(), p[0].y()}, p[1], {p[0].x(), p[1].y()}}; }, &Counts::inCircleRectangle, 1},
+    {"lattice of 12 bits",   [](Rng& r) { return scaledBetween(r, latticeTrapezoid(r, 2, 11), -180, 180); }, &Counts::inCircleLattice, 0.7},
+    {"lattice of 25 bits",   [](Rng& r) { return scaledBetween(r, latticeTrapezoid(r, 20, 24), -180, 160); }, &Counts::inCircleLattice, 0.7},
+    {"near circles",         [](Rng& r) { return doubles::nearCocircular(r, 4); }, &Counts::inCircleDoubleDouble, 0.95},
+    {"near circles, tiny",   [](Rng& r) { return scaledBetween(r, doubles::nearCocircular(r, 4), -900, -400); }, &Counts::inCircleDoubleDouble, 0.95},
+    {"on circles",           roundingTrapezoid, &Counts::inCircleExpansion, 0.5},
+};
+// clang-format on
+
+} // namespace
+
+TEST(Stages, answerNearlyAllOfTheirKindAndCountEveryAnswer) {
+    for (const Domain& domain : domains) {
+        Rng rng(11);
+        TeskTest tests;
+        for (int i = 0; i < 2000; ++i) {
+            Points p = domain.make(rng);
+            if (p.size() == 3) {
+                tests.orientationUnbounded(p[0], p[1], p[2]);
+                continue;
+            }
+            if (oracle::orientation(p[0], p[1], p[2]) < 0) std::swap(p[0], p[1]);
+            Triangle2 t;
+            t.setProperties(&p[0], &p[1], &p[2]);
+            tests.inCircle(t, p[3]);
+        }
+        const Counts& c = tests.stageCounts();
+        const auto past = c.orientationPastStatic + c.inCirclePastStatic;
+        EXPECT_EQ(c.orientationPastStatic, c.orientationDynamic + c.orientationAxisParallel +
+                                               c.orientationExpansion + c.orientationInterval +
+                                               c.orientationExact);
+        EXPECT_EQ(c.inCirclePastStatic, c.inCircleRectangle + c.inCircleLattice + c.inCircleDoubleDouble +
+                                            c.inCircleExpansion + c.inCircleExact);
+        EXPECT_GT(past, 500u) << domain.name;
+        EXPECT_GE(static_cast<double>(c.*domain.pCount), domain.minShare * static_cast<double>(past))
+            << domain.name;
+        std::printf("%s %g\n", domain.name, double(c.*domain.pCount) / double(past)); // TMP
+    }
 }
