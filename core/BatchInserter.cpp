@@ -1,12 +1,15 @@
 #include "core/BatchInserter.h"
 
 #include "core/hilbertOrder.h"
+#include "core/prefetch.h"
 #include "core/walk.h"
 #include "kernel/assertion.h"
 
 #include <algorithm>
 #include <bit>
 #include <functional>
+#include <span>
+#include <utility>
 
 namespace TESK_KIVO2D {
 
@@ -14,6 +17,8 @@ void BatchInserter::insert(const Point2* aPoints, std::size_t numPoints, Point2*
     registerVertices(aPoints, numPoints, aHandles);
     try {
         if (!dt.is2D()) {
+            bStoredInOrder = dt.vertexVault.stored().empty();
+            dt.vertexVault.storeAll(std::exchange(vRange, {}));
             insertStored();
         } else if (!vRange.empty()) {
             insertAll(dt.vertexVault.getCloT(*vRange.front()));
@@ -23,53 +28,57 @@ void BatchInserter::insert(const Point2* aPoints, std::size_t numPoints, Point2*
         recycleLeftOut();
         throw;
     }
+    if (numIn == vRange.size()) return; // the usual batch: nothing was there before
     if (aHandles != nullptr) resolveHandles(aHandles, numPoints);
     recycleLeftOut();
 }
 
 // Makes one vertex for all points with the same coordinates, with the custom index of the first of them.
 void BatchInserter::registerVertices(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) {
-    const std::vector<KeyedIndex> vOrder = hilbertOrder(PointSource(aPoints, numPoints), dt.hc);
+    dt.store.reserveTriangles(2 * numPoints);
+    const HilbertOrder order(PointSource(aPoints, numPoints), dt.hc, dt.store.spareMemory());
+    const std::span<const KeyedIndex> entries = order.entries();
     VertexVault& vault = dt.vertexVault;
-    const bool bStore = !dt.is2D(), bLookUp = bStore && !vault.stored().empty();
-    if (aHandles != nullptr && vOrder.size() < numPoints) std::fill(aHandles, aHandles + numPoints, nullptr);
-    dt.store.reserveVertices(vOrder.size());
+    const bool bLookUp = !dt.is2D() && !vault.stored().empty();
+    if (aHandles != nullptr && entries.size() < numPoints) std::fill(aHandles, aHandles + numPoints, nullptr);
+    dt.store.reserveVertices(entries.size());
     if (bLookUp) vStoredBefore = vault.stored();
-    vRange.reserve(vOrder.size());
+    vRange.reserve(entries.size());
     const Point2* pPrevious = nullptr;
     Point2* pVtx = nullptr;
-    for (const KeyedIndex& next : vOrder) {
-        const Point2& p = aPoints[next.index];
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        constexpr std::size_t ahead = 16;
+        if (i + ahead < entries.size()) {
+            prefetch(aPoints + entries[i + ahead].index);
+            if (aHandles != nullptr) prefetch(aHandles + entries[i + ahead].index);
+        }
+        const Point2& p = aPoints[entries[i].index];
         if (pPrevious == nullptr || p != *pPrevious) {
             pVtx = bLookUp ? vault.findStored(p) : nullptr;
             if (pVtx == nullptr) {
                 pVtx = dt.store.createVertex(p);
                 vRange.push_back(pVtx);
-                if (bStore) vault.store(pVtx);
             }
             pPrevious = &p;
         }
-        if (aHandles != nullptr) aHandles[next.index] = pVtx;
+        if (aHandles != nullptr) aHandles[entries[i].index] = pVtx;
     }
 }
 
 void BatchInserter::insertStored() {
     VertexVault& vault = dt.vertexVault;
     Point2* corners[3];
-    if (!vault.findFirstTriangle(dt.pTeskPredicates, corners)) {
-        vRange.clear(); // they stay stored, every one of them alive
-        return;
-    }
-    if (vRange.size() != vault.stored().size()) {
+    if (!vault.findFirstTriangle(dt.pTeskPredicates, corners)) return; // they stay stored, all of them alive
+    dt.store.reserveTriangles(1);
+    if (!bStoredInOrder) {
         // Vertices from earlier calls are among them.
         if (vStoredBefore.empty()) vStoredBefore = vault.stored();
-        vRange.clear();
-        for (const KeyedIndex& next : hilbertOrder(PointSource(vault.stored()), dt.hc)) {
+        vRange.reserve(vault.stored().size());
+        for (const KeyedIndex& next : HilbertOrder(PointSource(vault.stored()), dt.hc).entries())
             vRange.push_back(vault.stored()[next.index]);
-        }
     }
-    dt.store.reserveTriangles(1);
-    const std::vector<Point2*> vStored = vault.becomeFullDimensional();
+    std::vector<Point2*> vStored = vault.becomeFullDimensional();
+    if (bStoredInOrder) vRange.swap(vStored);
     KIVO_ASSERT(vStored.size() <= vRange.size(), "numPreExistingVtx<=(size_t)distance(startIt,stopIt)");
     insertAll(dt.store.createTriangle(corners[0], corners[1], corners[2]));
 }
@@ -140,7 +149,7 @@ void BatchInserter::rescueStored(Triangle2* pStart) {
 }
 
 void BatchInserter::settle() {
-    dt.vertexVault.addedAll(vRange, dt.store);
+    numIn = dt.vertexVault.addedAll(vRange, dt.store);
     dt.vertexVault.sortRedundant();
 }
 

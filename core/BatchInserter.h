@@ -40,6 +40,8 @@ private:
     Dt2& dt;
     ProgressHub::Operation& progress;
     std::vector<Point2*> vRange;        // the vertices to insert, in key order
+    bool bStoredInOrder = false;        // the stored vertices are all of this batch, in key order
+    std::size_t numIn = 0;              // of these, that are in the triangulation in the end
     std::vector<Point2*> vStoredBefore; // those of them that the client may hold already
 };
 

@@ -10,12 +10,4 @@ MeshStore::MeshStore(unsigned int numExpectedVertices) {
     trianglePool.init(2 * num + 10);
 }
 
-Point2* MeshStore::createVertex(const Point2& p) {
-    if (vFreeVtx.empty()) return new (vertexPool.alloc()) Point2(p);
-    Point2* pVtx = vFreeVtx.back();
-    vFreeVtx.pop_back();
-    *pVtx = p;
-    return pVtx;
-}
-
 } // namespace TESK_KIVO2D

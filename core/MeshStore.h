@@ -5,6 +5,7 @@
 #include "core/SimplePool.h"
 
 #include <cstddef>
+#include <span>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -17,7 +18,13 @@ public:
     explicit MeshStore(unsigned int numExpectedVertices);
 
     // A vertex with these coordinates and this custom index, part of no triangle yet.
-    Point2* createVertex(const Point2& p);
+    Point2* createVertex(const Point2& p) {
+        if (vFreeVtx.empty()) return new (vertexPool.alloc()) Point2(p);
+        Point2* pVtx = vFreeVtx.back();
+        vFreeVtx.pop_back();
+        *pVtx = p;
+        return pVtx;
+    }
     // Takes back a vertex record whose address no client has seen.
     void recycleVertex(Point2* pVtx) { vFreeVtx.push_back(pVtx); }
 
@@ -29,6 +36,9 @@ public:
     void reserveVertices(std::size_t num) {
         if (vFreeVtx.size() < num) vertexPool.reserve(num - vFreeVtx.size());
     }
+
+    // Memory of reserved triangles that are not made yet: it costs nothing to use until the next one is.
+    std::span<char> spareMemory() const { return trianglePool.spare(); }
 
     // A triangle whose corners and neighbours the caller sets before anything else happens.
     Triangle2* newTriangle() {

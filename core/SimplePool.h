@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <limits>
 #include <new>
+#include <span>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -52,6 +53,15 @@ public:
             addBlock(nextCapacity());
             numFree += static_cast<std::size_t>(vBlocks.back().capacity);
         }
+    }
+
+    // Memory of reserved records that follow one another, for passing use: the next alloc ends it.
+    std::span<char> spare() const {
+        char* const pBegin = reinterpret_cast<char*>(pNext);
+        const T* pEnd = pBlockEnd;
+        for (std::size_t i = idxCurrent + 1; i < vBlocks.size() && vBlocks[i].pBegin == pEnd; ++i)
+            pEnd += vBlocks[i].capacity;
+        return {pBegin, static_cast<std::size_t>(pEnd - pNext) * sizeof(T)};
     }
 
     // Calls f with each record handed out so far, in order.

@@ -74,7 +74,9 @@ void StartGrid::fillGaps() {
     }
     fillFromEnds(
         height, [&](std::size_t y) { return vCells[y * width] == 0; },
-        [&](std::size_t y, std::size_t from) { std::copy_n(&vCells[from * width], width, &vCells[y * width]); });
+        [&](std::size_t y, std::size_t from) {
+            std::copy_n(&vCells[from * width], width, &vCells[y * width]);
+        });
 }
 
 void StartGrid::refine(Cell cell) {

@@ -18,8 +18,8 @@ namespace TESK_KIVO2D {
 // each.
 // Looking one up costs one or two cache misses; a search tree over the vertices costs ten.
 //
-// A cell that proves too coarse, because it was visited before and still a walk from its triangle was long, is
-// split into 4 x 4, and these again, so that clusters get cells of their own size. A triangle stays a good
+// A cell that proves too coarse, because it was visited before and still a walk from its triangle was long,
+// is split into 4 x 4, and these again, so that clusters get cells of their own size. A triangle stays a good
 // start while it lives, since splits and flips leave its record where it was; the latest insertion in a cell
 // renews it.
 class StartGrid {
@@ -65,7 +65,8 @@ public:
         return {pEntry, digitsLeft};
     }
 
-    // Splits a cell, whose triangle all parts get, without a visit so far. A cell as small as rounding allows stays.
+    // Splits a cell, whose triangle all parts get, without a visit so far. A cell as small as rounding allows
+    // stays.
     void refine(Cell cell);
 
 private:
@@ -84,7 +85,7 @@ private:
     double maxNumberX = 0, maxNumberY = 0;
     std::size_t numColumns = 1;
     std::vector<std::uintptr_t> vCells = {0}; // row by row
-    std::deque<Children> dChildren;     // in no order; their addresses stay
+    std::deque<Children> dChildren;           // in no order; their addresses stay
 };
 
 } // namespace TESK_KIVO2D

@@ -65,6 +65,14 @@ Point2* VertexVault::findStored(const Point2& p) {
     return found == sLookup.end() ? nullptr : const_cast<Point2*>(*found);
 }
 
+void VertexVault::storeAll(std::vector<Point2*> vVertices) {
+    if (vStored.empty()) {
+        vStored = std::move(vVertices);
+    } else {
+        vStored.insert(vStored.end(), vVertices.begin(), vVertices.end());
+    }
+}
+
 bool VertexVault::findFirstTriangle(TeskTest& tests, Point2* (&corners)[3]) {
     KIVO_ASSERT(!bFullDimensional, "!bFullDimensional");
     for (numCollinear = std::max<std::size_t>(numCollinear, 2); numCollinear < vStored.size();
@@ -114,24 +122,26 @@ void VertexVault::added(StartGrid::Cell start, const Point2* pVtx, int numSteps)
     if (numSteps > longWalk && start.hadManyVisits()) startGrid.refine(start);
 }
 
-void VertexVault::addedAll(const std::vector<Point2*>& vVertices, const MeshStore& store) {
-    const bool bFirst = numActive == 0;
+std::size_t VertexVault::addedAll(const std::vector<Point2*>& vVertices, const MeshStore& store) {
+    const std::size_t numBefore = numActive;
     for (const Point2* pVtx : vVertices) {
         if (pVtx->getIncidentTriangle() == nullptr) continue;
         ++numActive;
         extent.add(*pVtx);
         pLatest = pVtx;
     }
-    if (numActive == 0) return;
+    const std::size_t numIn = numActive - numBefore;
+    if (numIn == 0) return 0;
     const bool bCovers = startGrid.covers(extent.getMinPoint()) && startGrid.covers(extent.getMaxPoint());
-    if (bFirst || !bCovers || numActive >= numOfNextLayout) {
+    if (!bCovers || numActive >= numOfNextLayout) {
         layOutGrid(withMargin(extent), numActive / 2, store);
-        return;
+    } else {
+        GridFiller filler(startGrid);
+        for (const Point2* pVtx : vVertices) {
+            if (pVtx->getIncidentTriangle() != nullptr) filler.enter(*pVtx);
+        }
     }
-    GridFiller filler(startGrid);
-    for (const Point2* pVtx : vVertices) {
-        if (pVtx->getIncidentTriangle() != nullptr) filler.enter(*pVtx);
-    }
+    return numIn;
 }
 
 void VertexVault::layOutGrid(const Bbox2& frame, std::size_t numCells, const MeshStore& store) {

@@ -26,6 +26,7 @@ public:
     // --- while not 2-D
     const std::vector<Point2*>& stored() const { return vStored; }
     void store(Point2* pVtx) { vStored.push_back(pVtx); }
+    void storeAll(std::vector<Point2*> vVertices);
     // The stored vertex at these coordinates, or null. Expected O(1).
     Point2* findStored(const Point2& p);
     // The first two stored vertices and the first one that is not on their line, counter-clockwise, or false.
@@ -44,7 +45,8 @@ public:
     // The vertex has been linked in, from that cell after so many steps.
     void added(StartGrid::Cell start, const Point2* pVtx, int numSteps);
     // The vertices have been linked in; near ones follow each other. Those without a triangle are left out.
-    void addedAll(const std::vector<Point2*>& vVertices, const MeshStore& store);
+    // Returns how many have one.
+    std::size_t addedAll(const std::vector<Point2*>& vVertices, const MeshStore& store);
 
     // --- duplicates that a batch met: registered during it, resolved at its end
     bool dupIsClean() const { return mRedundant2UniqueVtx.empty(); }

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <new>
+#include <utility>
 
 namespace TESK_KIVO2D {
 namespace {
 
-// Least significant digit first; stable, so equal keys keep the order of the array.
-void radixSort(std::vector<KeyedIndex>& v) {
+// Least significant digit first; stable, so equal keys keep the order of the array. Returns which of the two
+// the result is in.
+std::span<KeyedIndex> radixSort(std::span<KeyedIndex> v, std::span<KeyedIndex> other) {
     constexpr int digitBits = 10;
     constexpr unsigned int numDigits = 1u << digitBits;
     static_assert(HC2::numKeyBits % digitBits == 0);
@@ -18,7 +21,6 @@ void radixSort(std::vector<KeyedIndex>& v) {
         for (std::size_t pass = 0; pass < numPasses; ++pass)
             ++starts[pass][(k.key >> (pass * digitBits)) % numDigits];
     }
-    std::vector<KeyedIndex> vOther(v.size());
     for (std::size_t pass = 0; pass < numPasses; ++pass) {
         std::size_t start = 0;
         for (std::size_t& s : starts[pass]) {
@@ -27,15 +29,16 @@ void radixSort(std::vector<KeyedIndex>& v) {
             start += count;
         }
         for (const KeyedIndex& k : v)
-            vOther[starts[pass][(k.key >> (pass * digitBits)) % numDigits]++] = k;
-        v.swap(vOther);
+            other[starts[pass][(k.key >> (pass * digitBits)) % numDigits]++] = k;
+        std::swap(v, other);
     }
+    return v;
 }
 
 // Orders runs of equal keys.
 class RunRefiner {
 public:
-    RunRefiner(const PointSource& source, std::vector<KeyedIndex>& vOrdered) : points(source), v(vOrdered) {}
+    RunRefiner(const PointSource& source, std::span<KeyedIndex> ordered) : points(source), v(ordered) {}
 
     void refineAll() {
         for (std::size_t first = 0; first < v.size();) {
@@ -106,23 +109,29 @@ private:
     }
 
     const PointSource& points;
-    std::vector<KeyedIndex>& v;
+    std::span<KeyedIndex> v;
     std::vector<Run> vOpenRuns;
 };
 
 } // namespace
 
-std::vector<KeyedIndex> hilbertOrder(const PointSource& points, const HC2& hc) {
-    std::vector<KeyedIndex> vOrder;
-    vOrder.reserve(points.size());
-    const unsigned int num = static_cast<unsigned int>(points.size());
-    for (unsigned int i = 0; i < num; ++i) {
-        const Point2& p = points[i];
-        if (std::isfinite(p.x()) && std::isfinite(p.y())) vOrder.push_back({hc.key(p), i});
+HilbertOrder::HilbertOrder(const PointSource& points, const HC2& hc, std::span<char> spareMemory) {
+    const std::size_t numAll = points.size();
+    std::span<KeyedIndex> work;
+    if (spareMemory.size() >= 2 * numAll * sizeof(KeyedIndex)) {
+        work = {new (spareMemory.data()) KeyedIndex[2 * numAll], 2 * numAll};
+    } else {
+        vOwn.resize(2 * numAll);
+        work = vOwn;
     }
-    radixSort(vOrder);
-    RunRefiner(points, vOrder).refineAll();
-    return vOrder;
+    std::size_t num = 0;
+    for (std::size_t i = 0; i < numAll; ++i) {
+        const Point2& p = points[i];
+        work[num] = {hc.key(p), static_cast<unsigned int>(i)};
+        num += std::isfinite(p.x()) && std::isfinite(p.y()) ? 1u : 0u;
+    }
+    ordered = radixSort(work.first(num), work.subspan(numAll, num));
+    RunRefiner(points, ordered).refineAll();
 }
 
 } // namespace TESK_KIVO2D

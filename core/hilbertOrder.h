@@ -4,6 +4,7 @@
 #include "core/HC2.h"
 
 #include <cstddef>
+#include <span>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -34,6 +35,16 @@ private:
 // follow a curve of their own over their own box, and so on, so that clusters too small for the keys are in a
 // local order too. Points with equal coordinates are adjacent, the first of the array first. O(n log n),
 // expected O(n) for points that keys tell apart.
-std::vector<KeyedIndex> hilbertOrder(const PointSource& points, const HC2& hc);
+class HilbertOrder {
+public:
+    // Works in the spare memory if that has room for two entries a point, else in memory of its own.
+    HilbertOrder(const PointSource& points, const HC2& hc, std::span<char> spareMemory = {});
+
+    std::span<const KeyedIndex> entries() const { return ordered; }
+
+private:
+    std::vector<KeyedIndex> vOwn;
+    std::span<KeyedIndex> ordered;
+};
 
 } // namespace TESK_KIVO2D

@@ -73,7 +73,8 @@ TEST(StartGrid, fillsGapsFromTheNearestInTheRow) {
     grid.fillGaps();
     for (int y = 0; y < 8; ++y) {
         for (int x = 0; x < 8; ++x)
-            EXPECT_EQ(x < 4 ? &left : &right, grid.cellOf(Point2(x + 0.5, y + 0.5)).triangle()) << x << " " << y;
+            EXPECT_EQ(x < 4 ? &left : &right, grid.cellOf(Point2(x + 0.5, y + 0.5)).triangle())
+                << x << " " << y;
     }
 }
 
