@@ -58,23 +58,34 @@ int timesLift(const double* minor, int num, const Difference& x, const Differenc
     return expansion::sum(xx, numXX, yy, numYY, h);
 }
 
-} // namespace
-
-Decision orientExpansion(const Point2& a, const Point2& b, const Point2& c) {
+Decision orientLongExpansion(const Point2& a, const Point2& b, const Point2& c) {
     const Difference acx(a.x(), c.x()), acy(a.y(), c.y()), bcx(b.x(), c.x()), bcy(b.y(), c.y());
-    const int product = acx.num * acy.num * bcx.num * bcy.num;
-    if (product == 0) return UNSURE;
-    if (product == 1) {
-        double left = 0, leftError = 0, right = 0, rightError = 0;
-        expansion::twoProduct(acx.components[0], bcy.components[0], left, leftError);
-        expansion::twoProduct(bcx.components[0], acy.components[0], right, rightError);
-        // Each pair is a rounded product and what rounding lost, so the order of the pairs is that of their
-        // heads, and of their tails where the heads agree.
-        return left != right ? decisionOf(left > right ? 1.0 : -1.0) : decisionOf(leftError - rightError);
-    }
+    if (acx.num * acy.num * bcx.num * bcy.num == 0) return UNSURE;
     double det[16];
     const int num = minorOf(acx, bcy, bcx, acy, det);
     return decisionOf(det[num - 1]); // the last component outweighs all others
+}
+
+} // namespace
+
+Decision orientExpansion(const Point2& a, const Point2& b, const Point2& c) {
+    double acx = 0, acy = 0, bcx = 0, bcy = 0, lost[4];
+    expansion::twoSum(a.x(), -c.x(), acx, lost[0]);
+    expansion::twoSum(a.y(), -c.y(), acy, lost[1]);
+    expansion::twoSum(b.x(), -c.x(), bcx, lost[2]);
+    expansion::twoSum(b.y(), -c.y(), bcy, lost[3]);
+    double left = 0, leftError = 0, right = 0, rightError = 0;
+    expansion::twoProduct(acx, bcy, left, leftError);
+    expansion::twoProduct(bcx, acy, right, rightError);
+    const bool bExact =
+        std::fabs(lost[0]) + std::fabs(lost[1]) + std::fabs(lost[2]) + std::fabs(lost[3]) == 0;
+    // Neither the products nor their errors leave the range of doubles: nearly all questions end here.
+    const bool bModerate = std::fabs(acx) + std::fabs(acy) + std::fabs(bcx) + std::fabs(bcy) <= 0x1p400 &&
+                           std::fabs(left) >= 0x1p-900 && std::fabs(right) >= 0x1p-900;
+    if (!bExact || !bModerate) return orientLongExpansion(a, b, c);
+    // Each pair is a rounded product and what rounding lost, so the order of the pairs is that of their
+    // heads, and of their tails where the heads agree.
+    return left != right ? decisionOf(left - right) : decisionOf(leftError - rightError);
 }
 
 Decision inCircleExpansion(const Point2& a, const Point2& b, const Point2& c, const Point2& d) {

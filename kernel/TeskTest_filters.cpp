@@ -73,17 +73,16 @@ bool areExact(const Corners& d) {
 double lift(const Corner& p) { return p.high.x * p.high.x + p.high.y * p.high.y; }
 double minor(const Corner& p, const Corner& q) { return p.high.x * q.high.y - q.high.x * p.high.y; }
 
-// The exact sum of three products of whole numbers below 2^51, times a power of two, rounded once. Each
-// product is below 2^102, so that its error is a whole number of at most 2^48; the two sums are below 2^103
-// and 2^104 with errors of at most 2^49 and 2^50. All five errors together stay below 2^52 and add up
-// exactly.
+// A number with the sign of the exact sum of three products of whole numbers below 2^51, times a power of
+// two. Each product is below 2^102, so that its error is a whole number of at most 2^48; the first sum is
+// below 2^103 with an error of at most 2^49. These four errors stay below 2^51 and add up exactly. The sum of
+// the heads is exact below 2^53, being whole; where it is not, it outweighs the errors.
 double sumOfProducts(const double (&p)[3], const double (&q)[3]) {
-    double products[3], errors[3], partial = 0, partialError = 0, total = 0, totalError = 0;
+    double products[3], errors[3], partial = 0, partialError = 0;
     for (int i = 0; i < 3; ++i)
         expansion::twoProduct(p[i], q[i], products[i], errors[i]);
     expansion::twoSum(products[0], products[1], partial, partialError);
-    expansion::twoSum(partial, products[2], total, totalError);
-    return total + ((partialError + totalError) + (errors[0] + errors[1] + errors[2]));
+    return (partial + products[2]) + (partialError + (errors[0] + errors[1] + errors[2]));
 }
 
 // p.x * q.y - q.x * p.y
