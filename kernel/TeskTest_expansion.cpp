@@ -58,7 +58,13 @@ int timesLift(const double* minor, int num, const Difference& x, const Differenc
     return expansion::sum(xx, numXX, yy, numYY, h);
 }
 
-Decision orientLongExpansion(const Point2& a, const Point2& b, const Point2& c) {
+// True when the error of the product of p and q does not underflow.
+bool isSafeProduct(double product, double p, double q) {
+    return std::fabs(product) >= 0x1p-900 || p == 0 || q == 0;
+}
+
+// Not inlined: its storage would push the short way out of registers.
+[[gnu::noinline]] Decision orientLongExpansion(const Point2& a, const Point2& b, const Point2& c) {
     const Difference acx(a.x(), c.x()), acy(a.y(), c.y()), bcx(b.x(), c.x()), bcy(b.y(), c.y());
     if (acx.num * acy.num * bcx.num * bcy.num == 0) return UNSURE;
     double det[16];
@@ -80,8 +86,8 @@ Decision orientExpansion(const Point2& a, const Point2& b, const Point2& c) {
     const bool bExact =
         std::fabs(lost[0]) + std::fabs(lost[1]) + std::fabs(lost[2]) + std::fabs(lost[3]) == 0;
     // Neither the products nor their errors leave the range of doubles: nearly all questions end here.
-    const bool bModerate = std::fabs(acx) + std::fabs(acy) + std::fabs(bcx) + std::fabs(bcy) <= 0x1p400 &&
-                           std::fabs(left) >= 0x1p-900 && std::fabs(right) >= 0x1p-900;
+    const double size = std::fabs(acx) + std::fabs(acy) + std::fabs(bcx) + std::fabs(bcy);
+    const bool bModerate = size <= 0x1p400 && isSafeProduct(left, acx, bcy) && isSafeProduct(right, bcx, acy);
     if (!bExact || !bModerate) return orientLongExpansion(a, b, c);
     // Each pair is a rounded product and what rounding lost, so the order of the pairs is that of their
     // heads, and of their tails where the heads agree.
