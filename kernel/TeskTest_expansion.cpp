@@ -5,8 +5,6 @@
 namespace TESK_KIVO2D::stages {
 namespace {
 
-Decision decisionOf(double value) { return value > 0 ? POSITIVE : value < 0 ? NEGATIVE : ZERO; }
-
 // Products of four such numbers are multiples of 2^-1008 and stay below 2^804, so that neither they nor the
 // errors of their products leave the range of doubles.
 bool isModerate(double v) {

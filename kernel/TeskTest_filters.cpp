@@ -1,5 +1,5 @@
-// Stages of the in-circle test that settle most of what the static one leaves open, without a loop and almost
-// without a branch.
+// Stages of the in-circle test that settle most of what the static one leaves open: a fixed number of
+// operations, almost without a branch.
 #include "kernel/TeskTest_stages.h"
 #include "kernel/expansion.h"
 
@@ -9,8 +9,6 @@
 
 namespace TESK_KIVO2D::stages {
 namespace {
-
-Decision decisionOf(double value) { return value > 0 ? POSITIVE : value < 0 ? NEGATIVE : ZERO; }
 
 // A number as a sum of two.
 struct SplitNumber {
@@ -35,6 +33,9 @@ Corner difference(const Point2& p, const Point2& q) {
 
 struct Corners {
     Corner corners[3];
+
+    Corners(const Point2& a, const Point2& b, const Point2& c, const Point2& seenFrom)
+        : corners{difference(a, seenFrom), difference(b, seenFrom), difference(c, seenFrom)} {}
 };
 
 double largestMagnitude(const Corners& d) {
@@ -129,7 +130,7 @@ bool isRectangle(const Point2& a, const Point2& b, const Point2& c, const Point2
 }
 
 Decision inCircleLattice(const Point2& pa, const Point2& pb, const Point2& pc, const Point2& pd) {
-    const Corners d{{difference(pa, pd), difference(pb, pd), difference(pc, pd)}};
+    const Corners d(pa, pb, pc, pd);
     const double largest = largestMagnitude(d);
     // Within this range neither the fourth power of a unit nor the determinant leaves the range of doubles.
     if (!(largest >= 0x1p-200 && largest <= 0x1p200) || !areExact(d)) return UNSURE;
@@ -153,9 +154,9 @@ Decision inCircleLattice(const Point2& pa, const Point2& pb, const Point2& pc, c
 // exact (Knuth 1969, Dekker 1971); every other operation rounds with a relative error of at most u. What
 // follows counts errors in units of u^2 and leaves out O(u^3), for which the last step has room.
 //   Minor. N = |X1 Y2| + |X2 Y1|. The errors of the two products are at most u N together, that of their
-//   difference u N, the cross products 2u N; the low part is at most 4u N. Rounded are the cross products
-//   (2 + 2), the differences of the errors (1) and of the cross products (2), the sum of both (3) and the
-//   low part (4); the product of two rests is left out (1). The minor is off by at most 15 u^2 N.
+//   difference u N, the cross products 2u N; the low part is at most 4u N. Rounded are the cross products (2)
+//   and their sums (2), the differences of the errors (1) and of the sums (2), the sum of both (3) and the
+//   low part (4); the products of two rests are left out (1). The minor is off by at most 15 u^2 N.
 //   Lift. L = X^2 + Y^2. In the same way the low part is at most 4u L and the lift off by at most 13 u^2 L.
 //   Term, lift times minor. The low part is at most (1 + 4 + 4) u LN. Rounded are the cross products (4 + 4),
 //   their sum (8) and the low part (9); the product of the low parts is left out (16); lift and minor are off
@@ -168,7 +169,7 @@ Decision inCircleLattice(const Point2& pa, const Point2& pb, const Point2& pc, c
 // Underflow. A two-product is exact from 2^-960 on and off by less than 2^-950 below; with lifts of up to
 // 2^400 this makes less than 2^-540, where the bound is at least 2^-498. No product is above 2^804.
 Decision inCircleDoubleDouble(const Point2& pa, const Point2& pb, const Point2& pc, const Point2& pd) {
-    const Corners d{{difference(pa, pd), difference(pb, pd), difference(pc, pd)}};
+    const Corners d(pa, pb, pc, pd);
     const auto& [a, b, c] = d.corners;
     const double permanent = permanentOf(a, b, c) + permanentOf(b, c, a) + permanentOf(c, a, b);
     if (!(permanent >= 0x1p-400 && lift(a) + lift(b) + lift(c) <= 0x1p400)) return UNSURE;

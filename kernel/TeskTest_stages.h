@@ -19,6 +19,10 @@ namespace stages {
 // The numbers are those of Orientation2 and CircleInclusion2.
 enum Decision { ZERO = 0, POSITIVE = 1, NEGATIVE = 2, UNSURE = 3 };
 
+inline Decision decisionOf(double exactSign) {
+    return exactSign > 0 ? POSITIVE : exactSign < 0 ? NEGATIVE : ZERO;
+}
+
 // Below this a bound or a permanent may have lost bits to underflow, so that it no longer bounds anything.
 // Each of the terms that underflow can touch is off by less than 2^-1074, far below what the bound then
 // leaves as margin.
@@ -111,11 +115,12 @@ bool isRectangle(const Point2& a, const Point2& b, const Point2& c, const Point2
 // coordinates of fixed precision. Answers zeros too, which no error bound can.
 Decision inCircleLattice(const Point2& a, const Point2& b, const Point2& c, const Point2& d);
 
-// The determinant to about twice the precision of doubles, against a bound from its permanent.
+// The determinant to about twice the precision of doubles, against a bound from its permanent; differences
+// may round.
 Decision inCircleDoubleDouble(const Point2& a, const Point2& b, const Point2& c, const Point2& d);
 
-// Exact where all six differences are free of rounding error and of moderate size, by expansion arithmetic
-// (Shewchuk 1997).
+// Exact where all six differences, and what rounding lost of them, are of moderate size, by expansion
+// arithmetic (Shewchuk 1997).
 Decision inCircleExpansion(const Point2& a, const Point2& b, const Point2& c, const Point2& d);
 
 // Rational arithmetic; always decides.
