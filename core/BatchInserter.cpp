@@ -74,7 +74,8 @@ void BatchInserter::insertStored() {
         // Vertices from earlier calls are among them.
         if (vStoredBefore.empty()) vStoredBefore = vault.stored();
         vRange.reserve(vault.stored().size());
-        for (const KeyedIndex& next : HilbertOrder(PointSource(vault.stored()), dt.hc).entries())
+        const HilbertOrder order(PointSource(vault.stored()), dt.hc);
+        for (const KeyedIndex& next : order.entries())
             vRange.push_back(vault.stored()[next.index]);
     }
     std::vector<Point2*> vStored = vault.becomeFullDimensional();

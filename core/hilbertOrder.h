@@ -40,7 +40,9 @@ public:
     // Works in the spare memory if that has room for two entries a point, else in memory of its own.
     HilbertOrder(const PointSource& points, const HC2& hc, std::span<char> spareMemory = {});
 
-    std::span<const KeyedIndex> entries() const { return ordered; }
+    // As long as this object and the spare memory last.
+    std::span<const KeyedIndex> entries() const& { return ordered; }
+    std::span<const KeyedIndex> entries() const&& = delete;
 
 private:
     std::vector<KeyedIndex> vOwn;

@@ -74,26 +74,33 @@ HullEdge HullLinks::step(HullEdge edge, bool bForward) {
         if (pivot.isAtHull()) return pivot.edge();
         pivot.advance();
     }
-    if (mNext.empty()) record(edge);
-    if (bForward) return findHullEdge(edge.target(), mNext.at(edge.target()));
-    return findHullEdge(mPrevious.at(edge.source()), edge.source());
+    const Point2* const pHub = bForward ? edge.target() : edge.source();
+    Links& links = bForward ? mNext : mPrevious;
+    const auto known = links.find(pHub);
+    if (known == links.end()) {
+        const HullEdge found = pivotToEnd(pivot);
+        links[pHub] = {bForward ? found.target() : found.source(), found};
+        return found;
+    }
+    Link& link = known->second;
+    const Point2* const pSource = bForward ? pHub : link.pNeighbour;
+    const Point2* const pTarget = bForward ? link.pNeighbour : pHub;
+    // The triangle may have become another one since.
+    const HullEdge& seen = link.edge;
+    if (seen.pT->getOppositeTriangle(seen.ith) != nullptr || seen.source() != pSource ||
+        seen.target() != pTarget)
+        link.edge = findHullEdge(pSource, pTarget);
+    return link.edge;
 }
 
-void HullLinks::record(HullEdge start) {
-    HullEdge edge = start;
-    do {
-        mNext[edge.source()] = edge.target();
-        mPrevious[edge.target()] = edge.source();
-        edge = nextHullEdge(edge);
-    } while (!(edge == start));
-}
-
-void HullLinks::inserted(Point2* pBefore, Point2* pVtx, Point2* pAfter) {
-    if (mNext.empty()) return;
-    mNext[pBefore] = pVtx;
-    mNext[pVtx] = pAfter;
-    mPrevious[pAfter] = pVtx;
-    mPrevious[pVtx] = pBefore;
+void HullLinks::inserted(const Point2* pBefore, const Point2* pVtx, const Point2* pAfter) {
+    const auto relink = [&](Links& links, const Point2* pHub) {
+        if (links.empty()) return;
+        const auto known = links.find(pHub);
+        if (known != links.end()) known->second.pNeighbour = pVtx;
+    };
+    relink(mNext, pBefore);
+    relink(mPrevious, pAfter);
 }
 
 void extendHull(HullEdge visibleEdge, Point2* pVtx, MeshStore& store, TeskTest& tests, HullLinks& links,

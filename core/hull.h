@@ -24,26 +24,31 @@ struct HullEdge {
 HullEdge nextHullEdge(HullEdge edge);
 
 // Steps along the hull in O(1) where nextHullEdge would take as long as a vertex has triangles: a million
-// points on a line with one beside it make a fan of a million. Nothing is kept until a step first meets such
-// a fan; from then on each vertex that joins the hull costs a few entries. Removing a hull vertex must clear
-// the links.
+// points on a line with one beside it make a fan of a million. A step that first meets a large fan goes all
+// around it and keeps what it found for this vertex, its hub; so a vertex pays for that twice at most, and
+// others cost nothing. Removing a hull vertex must clear the links.
 class HullLinks {
 public:
     HullEdge next(HullEdge edge) { return step(edge, true); }
     HullEdge previous(HullEdge edge) { return step(edge, false); }
     // The vertex now lies between these two on the hull.
-    void inserted(Point2* pBefore, Point2* pVtx, Point2* pAfter);
+    void inserted(const Point2* pBefore, const Point2* pVtx, const Point2* pAfter);
     void clear() {
         mNext.clear();
         mPrevious.clear();
     }
 
 private:
-    HullEdge step(HullEdge edge, bool bForward);
-    void record(HullEdge start);
+    // What follows a hub on the hull: a vertex, and the edge between them as it was when last seen.
+    struct Link {
+        const Point2* pNeighbour;
+        HullEdge edge;
+    };
+    using Links = std::unordered_map<const Point2*, Link>;
 
-    std::unordered_map<const Point2*, Point2*> mNext,
-        mPrevious; // of hull vertices, and of some that were; or empty
+    HullEdge step(HullEdge edge, bool bForward);
+
+    Links mNext, mPrevious; // of hubs, and of some that have left the hull
 };
 
 // Joins a vertex that lies strictly beyond a hull edge to all hull edges that it sees, that is those that
