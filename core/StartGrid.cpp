@@ -64,18 +64,26 @@ bool fillFromEnds(std::size_t num, IsGap isGap, Fill fill) {
 
 } // namespace
 
+// A triangle of the cell, as an entry without visits.
+std::uintptr_t StartGrid::unvisited(std::uintptr_t entry) {
+    while ((entry & isRefined) != 0)
+        entry = reinterpret_cast<const Children*>(entry - isRefined)->front();
+    return entry & ~marks;
+}
+
 void StartGrid::fillGaps() {
     const std::size_t width = numColumns, height = vCells.size() / numColumns;
     for (std::size_t y = 0; y < height; ++y) {
         std::uintptr_t* const aRow = &vCells[y * width];
         fillFromEnds(
             width, [&](std::size_t i) { return aRow[i] == 0; },
-            [&](std::size_t i, std::size_t j) { aRow[i] = aRow[j]; });
+            [&](std::size_t i, std::size_t j) { aRow[i] = unvisited(aRow[j]); });
     }
     fillFromEnds(
         height, [&](std::size_t y) { return vCells[y * width] == 0; },
         [&](std::size_t y, std::size_t from) {
-            std::copy_n(&vCells[from * width], width, &vCells[y * width]);
+            std::transform(&vCells[from * width], &vCells[from * width] + width, &vCells[y * width],
+                           unvisited);
         });
 }
 

@@ -15,8 +15,7 @@
 namespace TESK_KIVO2D {
 
 // Where walks start: a grid of square cells over the vertices' box, about one a vertex, with a triangle near
-// each.
-// Looking one up costs one or two cache misses; a search tree over the vertices costs ten.
+// each. Looking one up costs one or two cache misses; a search tree over the vertices costs ten.
 //
 // A cell that proves too coarse, because it was visited before and still a walk from its triangle was long,
 // is split into 4 x 4, and these again, so that clusters get cells of their own size. A triangle stays a good
@@ -79,6 +78,8 @@ private:
     static constexpr std::uintptr_t isRefined = 1, oneVisit = 2, manyVisits = 6, marks = 7;
     static_assert(alignof(Triangle2) > marks);
     using Children = std::array<std::uintptr_t, childWidth * childWidth>;
+
+    static std::uintptr_t unvisited(std::uintptr_t entry);
 
     Bbox2 frame;
     GridAxis axisX, axisY;

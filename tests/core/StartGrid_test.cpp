@@ -70,12 +70,16 @@ TEST(StartGrid, fillsGapsFromTheNearestInTheRow) {
     Triangle2 left, right;
     grid.cellOf(Point2(1.5, 3.5)).setTriangle(&left);
     grid.cellOf(Point2(6.5, 3.5)).setTriangle(&right);
+    grid.refine(grid.cellOf(Point2(6.5, 3.5)));
     grid.fillGaps();
     for (int y = 0; y < 8; ++y) {
         for (int x = 0; x < 8; ++x)
             EXPECT_EQ(x < 4 ? &left : &right, grid.cellOf(Point2(x + 0.5, y + 0.5)).triangle())
                 << x << " " << y;
     }
+    // A cell that was filled is one of its own.
+    grid.cellOf(Point2(5.5, 3.5)).setTriangle(&left);
+    EXPECT_EQ(&right, grid.cellOf(Point2(6.5, 3.5)).triangle());
 }
 
 TEST(StartGrid, hasCellsForEveryFrame) {
