@@ -1,68 +1,71 @@
 // Insertion and location against the rival, in one run: for each input the two take turns.
 #include "Kivo_2D.h"
-#include "bench/distributions.h"
+#include "bench/counters.h"
+#include "bench/inputs.h"
+#include "bench/peakMemory.h"
 #include "bench/rival.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
 namespace {
 
+using bench::converted;
+using bench::input;
+using bench::UserTime;
 using TESK_KIVO2D::Kivo_2D;
 using TESK_KIVO2D::Point2;
 
-std::vector<Point2> converted(const bench::Coordinates& points) {
-    std::vector<Point2> result;
-    result.reserve(points.size());
-    for (const auto& [x, y] : points)
-        result.emplace_back(x, y);
-    return result;
-}
+constexpr std::size_t million = 1000000;
 
 unsigned int expected(std::size_t num) { return static_cast<unsigned int>(num); }
 
-// The inputs are made once, when first used; the last one is kept.
-const bench::Coordinates& input(const std::string& kind, std::size_t num) {
-    static std::string lastKind;
-    static std::size_t lastNum = 0;
-    static bench::Coordinates points;
-    if (kind != lastKind || num != lastNum) points = bench::makePoints(kind, num);
-    lastKind = kind;
-    lastNum = num;
-    return points;
+// insertAll(kivo) is measured, with the triangulation's making and end.
+template<class InsertAll>
+void measureKivo(benchmark::State& state, std::size_t num, InsertAll insertAll) {
+    bench::Work work;
+    {
+        const UserTime time(state);
+        for (auto _ : state) {
+            Kivo_2D kivo(expected(num));
+            insertAll(kivo);
+            benchmark::DoNotOptimize(kivo.numberOfTriangles());
+            work.take(kivo);
+        }
+    }
+    work.report(state);
 }
 
 void batchKivo(benchmark::State& state, const std::string& kind, std::size_t num) {
     const std::vector<Point2> vPoints = converted(input(kind, num));
-    for (auto _ : state) {
-        Kivo_2D kivo(expected(num));
+    measureKivo(state, num, [&](Kivo_2D& kivo) {
         std::vector<Point2*> vHandles;
         kivo.insert(vPoints, vHandles);
-        benchmark::DoNotOptimize(kivo.numberOfTriangles());
-    }
+    });
 }
 
 void batchRival(benchmark::State& state, const std::string& kind, std::size_t num) {
-    const bench::Coordinates& points = input(kind, num);
+    const bench::rival::Batch batch(input(kind, num));
+    const UserTime time(state);
     for (auto _ : state)
-        benchmark::DoNotOptimize(bench::rival::triangulate(points));
+        benchmark::DoNotOptimize(batch.triangulate());
 }
 
 void oneByOneKivo(benchmark::State& state, const std::string& kind, std::size_t num) {
     const std::vector<Point2> vPoints = converted(input(kind, num));
-    for (auto _ : state) {
-        Kivo_2D kivo(expected(num));
+    measureKivo(state, num, [&](Kivo_2D& kivo) {
         for (const Point2& p : vPoints)
             kivo.insert(p);
-        benchmark::DoNotOptimize(kivo.numberOfTriangles());
-    }
+    });
 }
 
 void oneByOneRival(benchmark::State& state, const std::string& kind, std::size_t num) {
     const bench::Coordinates& points = input(kind, num);
+    const UserTime time(state);
     for (auto _ : state) {
         bench::rival::Hierarchy hierarchy;
         for (const auto& [x, y] : points)
@@ -70,16 +73,11 @@ void oneByOneRival(benchmark::State& state, const std::string& kind, std::size_t
     }
 }
 
-bench::Coordinates queries(std::size_t num) {
-    bench::Coordinates points = bench::makePoints("uniform", 2 * num);
-    points.erase(points.begin(), points.begin() + static_cast<std::ptrdiff_t>(num));
-    return points;
-}
-
 void locateKivo(benchmark::State& state, const std::string& kind, std::size_t num) {
     Kivo_2D kivo(expected(num));
     kivo.insert(converted(input(kind, num)));
-    const std::vector<Point2> vQueries = converted(queries(num));
+    const std::vector<Point2> vQueries = converted(bench::queries(num));
+    const UserTime time(state);
     for (auto _ : state) {
         for (const Point2& q : vQueries)
             benchmark::DoNotOptimize(kivo.locate(q));
@@ -89,7 +87,8 @@ void locateKivo(benchmark::State& state, const std::string& kind, std::size_t nu
 void locateRival(benchmark::State& state, const std::string& kind, std::size_t num) {
     bench::rival::Hierarchy hierarchy;
     hierarchy.insertAll(input(kind, num));
-    const bench::Coordinates points = queries(num);
+    const bench::Coordinates points = bench::queries(num);
+    const UserTime time(state);
     for (auto _ : state) {
         for (const auto& [x, y] : points)
             benchmark::DoNotOptimize(hierarchy.locate(x, y));
@@ -98,30 +97,46 @@ void locateRival(benchmark::State& state, const std::string& kind, std::size_t n
 
 using Body = void (*)(benchmark::State&, const std::string&, std::size_t);
 
-void add(const std::string& task, const std::string& kind, std::size_t num, Body kivo, Body rival) {
-    const std::string name = task + "/" + kind + "/" + std::to_string(num) + "/";
-    const auto registered = [&](const std::string& who, Body body) {
-        benchmark::RegisterBenchmark((name + who).c_str(), body, kind, num)
-            ->Unit(benchmark::kMillisecond)
-            ->Iterations(1)
-            ->UseRealTime();
-    };
-    registered("kivo", kivo);
-    if (rival != nullptr) registered("cgal", rival);
+// One measurement is one iteration for a million points or more, and goes on for two million points below.
+benchmark::internal::Benchmark* add(const std::string& task, const std::string& kind, std::size_t num,
+                                    const std::string& who, Body body) {
+    const std::string name = task + "/" + kind + "/" + std::to_string(num) + "/" + who;
+    return benchmark::RegisterBenchmark(name.c_str(), body, kind, num)
+        ->Unit(benchmark::kMillisecond)
+        ->Iterations(num < million ? static_cast<benchmark::IterationCount>(2 * million / num) : 1)
+        ->UseRealTime();
+}
+
+// The run script knows these names.
+void addAll() {
+    for (const char* kind : {"uniform", "clusters", "utm", "grid", "turnedGrid", "circle"}) {
+        add("batch", kind, million, "kivo", batchKivo);
+        add("batch", kind, million, "cgal", batchRival);
+    }
+    // The rival does not end within two minutes on this one.
+    add("batch", "line", million, "kivo", batchKivo);
+    add("oneByOne", "uniform", million, "kivo", oneByOneKivo);
+    add("oneByOne", "uniform", million, "cgal", oneByOneRival);
+    // Once, for the work they take: it is the same in every run.
+    for (const char* kind : {"clusters", "utm", "grid", "turnedGrid", "circle", "line"})
+        add("oneByOne", kind, million, "kivo", oneByOneKivo)->Repetitions(1);
+    add("locate", "uniform", million, "kivo", locateKivo);
+    add("locate", "uniform", million, "cgal", locateRival);
+    for (const std::size_t num : {million / 100, million / 10, 10 * million}) {
+        add("batch", "uniform", num, "kivo", batchKivo);
+        add("batch", "uniform", num, "cgal", batchRival);
+        auto* oneByOne = add("oneByOne", "uniform", num, "kivo", oneByOneKivo);
+        if (num > million) oneByOne->Repetitions(1); // half a minute each
+    }
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    constexpr std::size_t million = 1000000;
-    for (const char* kind : {"uniform", "clusters", "utm", "grid", "turnedGrid", "circle"}) {
-        add("batch", kind, million, batchKivo, batchRival);
-    }
-    // The rival does not end within two minutes on this one.
-    add("batch", "line", million, batchKivo, nullptr);
-    add("oneByOne", "uniform", million, oneByOneKivo, oneByOneRival);
-    add("locate", "uniform", million, locateKivo, locateRival);
-    add("batch", "uniform", 10 * million, batchKivo, batchRival);
+    constexpr const char* peakOption = "--peak-memory=";
+    if (argc == 2 && std::strncmp(argv[1], peakOption, std::strlen(peakOption)) == 0)
+        return bench::printPeakMemory(argv[1] + std::strlen(peakOption));
+    addAll();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return EXIT_FAILURE;
     benchmark::RunSpecifiedBenchmarks();

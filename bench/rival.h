@@ -7,8 +7,18 @@
 // CGAL with exact predicates and inexact constructions, behind a wall.
 namespace bench::rival {
 
-// Batch insertion; returns the number of triangles.
-std::size_t triangulate(const Coordinates& points);
+// Points in the rival's own form, ready for batch insertion.
+class Batch {
+public:
+    explicit Batch(const Coordinates& points);
+    ~Batch();
+    // Returns the number of triangles.
+    std::size_t triangulate() const;
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> pImpl;
+};
 
 // The hierarchy, for insertions one by one and for location.
 class Hierarchy {
