@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
-"""Runs the benchmarks and writes a table of medians and ratios.
+"""Runs the benchmarks and writes tables of times, work, growth and memory.
 
-usage: bench/run.py BUILD_DIR [OUT.md] [benchmark options, for example --benchmark_filter=uniform/1000000]
+usage: bench/run.py BUILD_DIR [OUT.md] [--peak-memory] [benchmark options]
+
+All of it takes some ten minutes. With --benchmark_filter=REGEX (for example --benchmark_filter=uniform/1000000/) only what
+was measured appears; --peak-memory adds the memory to that.
 """
 import json
 import os
@@ -10,6 +13,34 @@ import re
 import statistics
 import subprocess
 import sys
+
+ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..")
+MILLION = 1000000
+
+# Our measurement, what it is measured against, its name there, the ratio at most, the ratio we aim at.
+TARGETS = [
+    *[(f"batch/{kind}/{num}", f"batch/{kind}/{num}/cgal", "CGAL batch", at_most, aim) for kind, num, at_most, aim in [
+        ("uniform", MILLION, 0.65, 0.45),
+        ("uniform", 10 * MILLION, 0.65, 0.45),
+        ("clusters", MILLION, 0.65, 0.45),
+        ("utm", MILLION, 0.65, 0.45),
+        ("grid", MILLION, 0.7, 0.45),
+        ("turnedGrid", MILLION, 0.8, 0.5),
+        ("circle", MILLION, 0.9, 0.6),
+    ]],
+    ("batch/line/1000000", "batch/uniform/1000000/kivo", "own batch, uniform", 2.0, 1.0),
+    ("oneByOne/uniform/1000000", "batch/uniform/1000000/cgal", "CGAL batch", 3.0, 1.5),
+    ("oneByOne/uniform/1000000", "oneByOne/uniform/1000000/cgal", "CGAL hierarchy", 0.6, 0.35),
+    ("locate/uniform/1000000", "locate/uniform/1000000/cgal", "CGAL hierarchy", 0.5, 0.3),
+]
+PEAK_AT_MOST, PEAK_AIM = 190, 160
+
+# The stages behind the inlined one, in the order in which they are asked.
+STAGES = {
+    "orientation": ["Dynamic", "AxisParallel", "Expansion", "Interval", "Exact"],
+    "inCircle": ["Rectangle", "Lattice", "DoubleDouble", "Expansion", "Exact"],
+}
+STAGE_TITLES = {"AxisParallel": "axis-parallel", "DoubleDouble": "double-double"}
 
 
 def first_line(command):
@@ -28,46 +59,139 @@ def compiler(build_dir):
     return first_line([path, "--version"])
 
 
-def medians(build_dir, options):
-    program = os.path.join(build_dir, "bench", "run_bench")
-    command = [program, "--benchmark_repetitions=5", "--benchmark_enable_random_interleaving=true",
-               "--benchmark_format=json", *options]
-    listed = subprocess.run([program, "--benchmark_list_tests", *options], capture_output=True, text=True, check=True)
-    runs = json.loads(subprocess.run(command, capture_output=True, text=True, check=True).stdout)
-    # The runs come in random order; the table keeps the order in which the benchmarks are registered.
-    times = {name.split("/iterations")[0]: [] for name in listed.stdout.split()}
-    for run in runs["benchmarks"]:
+def commit():
+    name = first_line(["git", "-C", ROOT, "rev-parse", "--short", "HEAD"])
+    changed = first_line(["git", "-C", ROOT, "status", "--porcelain", "--untracked-files=no"])
+    return name + ("-dirty" if changed else "")
+
+
+def run_benchmarks(program, options):
+    """The runs of each benchmark, by its name task/input/points/who, in the order in which they are registered."""
+    options = ["--benchmark_repetitions=5", "--benchmark_enable_random_interleaving=true", *options]
+    listed = subprocess.run([program, "--benchmark_list_tests", *options], stdout=subprocess.PIPE, text=True, check=True)
+    done = subprocess.run([program, "--benchmark_format=json", *options], stdout=subprocess.PIPE, text=True, check=True)
+    runs = {name.split("/iterations")[0]: [] for name in listed.stdout.split()}
+    for run in json.loads(done.stdout)["benchmarks"]:
         if run["run_type"] == "iteration":
-            name = run["name"].split("/iterations")[0]
-            times[name].append(run["real_time"])
-    return {name: statistics.median(values) for name, values in times.items()}
+            runs[run["name"].split("/iterations")[0]].append(run)
+    return runs
 
 
-def table(times):
-    rows = ["| task | input | points | Kivo 2D, ms | CGAL, ms | ratio |", "|---|---|---:|---:|---:|---:|"]
-    for name, ours in times.items():
-        task, kind, num, who = name.split("/")
-        if who != "kivo":
+def median(runs, name, key="real_time"):
+    return statistics.median(run[key] for run in runs[name]) if name in runs else None
+
+
+def text_of(value, decimals=0):
+    return "-" if value is None else f"{value:.{decimals}f}"
+
+
+def table(head, rows, num_text_columns):
+    marks = ["---"] * num_text_columns + ["---:"] * (len(head) - num_text_columns)
+    return "\n".join("| " + " | ".join(cells) + " |" for cells in [head, marks, *rows]) if rows else ""
+
+
+def times_table(runs):
+    head = ["task", "input", "against", "points", "Kivo 2D, ms", "the other, ms", "ratio", "at most", "aim",
+            "Kivo 2D, CPU user ms", "the other, CPU user ms"]
+    rows = []
+    for name, rival, against, at_most, aim in TARGETS:
+        task, kind, num = name.split("/")
+        ours, theirs = median(runs, name + "/kivo"), median(runs, rival)
+        if ours is None:
             continue
-        theirs = times.get(f"{task}/{kind}/{num}/cgal")
-        theirs_text = f"{theirs:.0f}" if theirs else "-"
-        ratio = f"{ours / theirs:.2f}" if theirs else "-"
-        rows.append(f"| {task} | {kind} | {int(num):,} | {ours:.0f} | {theirs_text} | {ratio} |")
-    return "\n".join(rows)
+        ratio = ours / theirs if theirs else None
+        rows.append([task, kind, against, f"{int(num):,}", text_of(ours), text_of(theirs), text_of(ratio, 2),
+                     text_of(at_most, 2), text_of(aim, 2), text_of(median(runs, name + "/kivo", "userMs")),
+                     text_of(median(runs, rival, "userMs"))])
+    return table(head, rows, 3)
+
+
+def small_count(value):
+    return "0" if value == 0 else "<0.0001" if value < 0.0001 else f"{value:.4f}"
+
+
+def share(part, whole):
+    percent = 100 * part / whole if whole else 0
+    return "-" if part == 0 else "<0.1 %" if percent < 0.1 else f"{percent:.1f} %"
+
+
+def insertion_runs(runs):
+    """One run of each of our insertions of a million points: the work is the same in all."""
+    for name, measured in runs.items():
+        task, kind, num, who = name.split("/")
+        if who == "kivo" and task != "locate" and int(num) == MILLION:
+            yield task, kind, measured[0]
+
+
+def work_table(runs):
+    head = ["task", "input", "walk steps", "flips", "orientations past the static filter", "in-circle tests past it"]
+    rows = [[task, kind, f"{run['walkSteps']:.3f}", f"{run['flips']:.3f}", small_count(run["orientationPastStatic"]),
+             small_count(run["inCirclePastStatic"])] for task, kind, run in insertion_runs(runs)]
+    return table(head, rows, 2)
+
+
+def stages_table(runs, predicate):
+    stages = STAGES[predicate]
+    head = ["task", "input", "past the static filter", *[STAGE_TITLES.get(stage, stage.lower()) for stage in stages]]
+    rows = []
+    for task, kind, run in insertion_runs(runs):
+        past = run[predicate + "PastStatic"]
+        rows.append([task, kind, small_count(past), *[share(run[predicate + stage], past) for stage in stages]])
+    return table(head, rows, 2)
+
+
+def growth_table(runs):
+    sizes = sorted({int(name.split("/")[2]) for name in runs})
+    if len(sizes) < 2:
+        return ""
+    rows = []
+    for num in sizes:
+        names = [f"{task}/uniform/{num}/{who}" for task, who in [("batch", "kivo"), ("batch", "cgal"), ("oneByOne", "kivo")]]
+        times = [median(runs, name) for name in names]
+        user = [median(runs, name, "userMs") for name in names]
+        rows.append([f"{num:,}", *[text_of(ms and ms * 1e6 / num) for ms in times + user]])
+    columns = ["Kivo 2D batch", "CGAL batch", "Kivo 2D one by one"]
+    return table(["points", *columns, *[column + ", CPU user" for column in columns]], rows, 0)
+
+
+def peak_table(program):
+    peaks = [float(first_line([program, "--peak-memory=" + who])) for who in ("kivo", "cgal")]
+    return table(["Kivo 2D", "CGAL", "at most", "aim"],
+                 [[f"{peaks[0]:.0f}", f"{peaks[1]:.0f}", str(PEAK_AT_MOST), str(PEAK_AIM)]], 0)
+
+
+def sections(program, runs, with_peak):
+    """Titles, notes and tables."""
+    repetitions = max(map(len, runs.values()), default=0)
+    yield ("Times", f"Medians of {repetitions}, one thread, all in one run in random order. A ratio below 1 means that Kivo 2D "
+           "is faster. CPU user time leaves out what the system spends on providing memory.", times_table(runs))
+    yield ("Work per insertion", "The inlined static stage answers all questions but those past it, and counts none: counting "
+           "would cost time. A walk asks three orientations and two more a step; legalising a point inside a triangle asks "
+           "three in-circle tests and two more a flip.", work_table(runs))
+    yield ("Orientations past the static filter, per insertion, and the stages that answered them", "",
+           stages_table(runs, "orientation"))
+    yield ("In-circle tests past the static filter, per insertion, and the stages that answered them", "",
+           stages_table(runs, "inCircle"))
+    yield ("Growth: nanoseconds a point, uniform",
+           f"Medians of {repetitions}; ten million one by one are run once.", growth_table(runs))
+    if with_peak:
+        yield ("Peak memory: bytes a point", "A batch of ten million uniform points in a process of its own, beyond the "
+               "caller's points and handles.", peak_table(program))
 
 
 def main():
-    if len(sys.argv) < 2:
+    if len(sys.argv) < 2 or sys.argv[1].startswith("-"):
         sys.exit(__doc__)
-    rest = sys.argv[2:]
+    build_dir, rest = sys.argv[1], sys.argv[2:]
     out = rest.pop(0) if rest and not rest[0].startswith("--") else "out/bench.md"
-    text = "\n".join([
-        f"CPU {cpu_model()}; {compiler(sys.argv[1])}; commit {first_line(['git', 'rev-parse', '--short', 'HEAD'])};",
-        "medians of 5, one thread, both in one run.",
-        "",
-        table(medians(sys.argv[1], rest)),
-        "",
-    ])
+    filtered = any(option.startswith("--benchmark_filter") for option in rest)
+    with_peak = "--peak-memory" in rest or not filtered
+    program = os.path.join(build_dir, "bench", "run_bench")
+    runs = run_benchmarks(program, [option for option in rest if option != "--peak-memory"])
+    text = f"CPU {cpu_model()}; {compiler(build_dir)}; commit {commit()}.\n"
+    for title, note, content in sections(program, runs, with_peak):
+        if content:
+            text += f"\n### {title}\n\n" + (note + "\n\n" if note else "") + content + "\n"
     os.makedirs(os.path.dirname(out) or ".", exist_ok=True)
     with open(out, "w", encoding="utf-8") as file:
         file.write(text)
