@@ -106,6 +106,18 @@ def times_table(runs):
     return table(head, rows, 3)
 
 
+def spread_table(runs):
+    """Lowest and highest of the measured times."""
+    rows = []
+    for name in dict.fromkeys(name for name, *_ in TARGETS):
+        times = [[run["real_time"] for run in runs.get(f"{name}/{who}", [])] for who in ("kivo", "cgal")]
+        if times[0]:
+            task, kind, num = name.split("/")
+            ends = [text_of(end(values) if values else None) for values in times for end in (min, max)]
+            rows.append([task, kind, f"{int(num):,}", *ends])
+    return table(["task", "input", "points", "Kivo 2D, lowest", "highest", "CGAL, lowest", "highest"], rows, 2)
+
+
 def small_count(value):
     return "0" if value == 0 else "<0.0001" if value < 0.0001 else f"{value:.4f}"
 
@@ -165,6 +177,8 @@ def sections(program, runs, with_peak):
     repetitions = max(map(len, runs.values()), default=0)
     yield ("Times", f"Medians of {repetitions}, one thread, all in one run in random order. A ratio below 1 means that Kivo 2D "
            "is faster. CPU user time leaves out what the system spends on providing memory.", times_table(runs))
+    yield ("Spread of these times, ms", "A wide one with a steady user time means that memory was at hand in some runs and "
+           "had to be provided by the system in others.", spread_table(runs))
     yield ("Work per insertion", "The inlined static stage answers all questions but those past it, and counts none: counting "
            "would cost time. A walk asks three orientations and two more a step; legalising a point inside a triangle asks "
            "three in-circle tests and two more a flip.", work_table(runs))
