@@ -117,7 +117,7 @@ void addAll() {
     add("batch", "line", million, "kivo", batchKivo);
     add("oneByOne", "uniform", million, "kivo", oneByOneKivo);
     add("oneByOne", "uniform", million, "cgal", oneByOneRival);
-    // Once, for the work they take: it is the same in every run.
+    // Once, for the work they take.
     for (const char* kind : {"clusters", "utm", "grid", "turnedGrid", "circle", "line"})
         add("oneByOne", kind, million, "kivo", oneByOneKivo)->Repetitions(1);
     add("locate", "uniform", million, "kivo", locateKivo);
@@ -126,7 +126,7 @@ void addAll() {
         add("batch", "uniform", num, "kivo", batchKivo);
         add("batch", "uniform", num, "cgal", batchRival);
         auto* oneByOne = add("oneByOne", "uniform", num, "kivo", oneByOneKivo);
-        if (num > million) oneByOne->Repetitions(1); // half a minute each
+        if (num > million) oneByOne->Repetitions(1); // it takes half a minute
     }
 }
 

@@ -3,8 +3,8 @@
 
 usage: bench/run.py BUILD_DIR [OUT.md] [--peak-memory] [benchmark options]
 
-All of it takes some ten minutes. With --benchmark_filter=REGEX (for example --benchmark_filter=uniform/1000000/) only what
-was measured appears; --peak-memory adds the memory to that.
+All of it takes some five minutes. With --benchmark_filter=REGEX, for example --benchmark_filter=uniform/1000000/,
+only what was measured appears; --peak-memory adds the memory to that.
 """
 import json
 import os
@@ -19,7 +19,7 @@ MILLION = 1000000
 
 # Our measurement, what it is measured against, its name there, the ratio at most, the ratio we aim at.
 TARGETS = [
-    *[(f"batch/{kind}/{num}", f"batch/{kind}/{num}/cgal", "CGAL batch", at_most, aim) for kind, num, at_most, aim in [
+    *[(f"batch/{kind}/{num}", f"batch/{kind}/{num}/cgal", "CGAL batch", *limits) for kind, num, *limits in [
         ("uniform", MILLION, 0.65, 0.45),
         ("uniform", 10 * MILLION, 0.65, 0.45),
         ("clusters", MILLION, 0.65, 0.45),
@@ -43,7 +43,12 @@ STAGES = {
 STAGE_TITLES = {"AxisParallel": "axis-parallel", "DoubleDouble": "double-double"}
 
 
+def output(command):
+    return subprocess.run(command, stdout=subprocess.PIPE, text=True, check=True).stdout
+
+
 def first_line(command):
+    """What a command says of itself; nothing where it fails, as git does outside a checkout."""
     return subprocess.run(command, capture_output=True, text=True, check=False).stdout.split("\n")[0].strip()
 
 
@@ -60,7 +65,7 @@ def compiler(build_dir):
 
 
 def commit():
-    name = first_line(["git", "-C", ROOT, "rev-parse", "--short", "HEAD"])
+    name = first_line(["git", "-C", ROOT, "rev-parse", "--short", "HEAD"]) or "unknown"
     changed = first_line(["git", "-C", ROOT, "status", "--porcelain", "--untracked-files=no"])
     return name + ("-dirty" if changed else "")
 
@@ -68,10 +73,10 @@ def commit():
 def run_benchmarks(program, options):
     """The runs of each benchmark, by its name task/input/points/who, in the order in which they are registered."""
     options = ["--benchmark_repetitions=5", "--benchmark_enable_random_interleaving=true", *options]
-    listed = subprocess.run([program, "--benchmark_list_tests", *options], stdout=subprocess.PIPE, text=True, check=True)
-    done = subprocess.run([program, "--benchmark_format=json", *options], stdout=subprocess.PIPE, text=True, check=True)
-    runs = {name.split("/iterations")[0]: [] for name in listed.stdout.split()}
-    for run in json.loads(done.stdout)["benchmarks"]:
+    runs = {name.split("/iterations")[0]: [] for name in output([program, "--benchmark_list_tests", *options]).split()}
+    if not runs:
+        return runs
+    for run in json.loads(output([program, "--benchmark_format=json", *options]))["benchmarks"]:
         if run["run_type"] == "iteration":
             runs[run["name"].split("/iterations")[0]].append(run)
     return runs
@@ -128,7 +133,7 @@ def share(part, whole):
 
 
 def insertion_runs(runs):
-    """One run of each of our insertions of a million points: the work is the same in all."""
+    """One run of each of our insertions of a million points: only very long walks differ, in the edges they draw."""
     for name, measured in runs.items():
         task, kind, num, who = name.split("/")
         if who == "kivo" and task != "locate" and int(num) == MILLION:
@@ -153,21 +158,22 @@ def stages_table(runs, predicate):
 
 
 def growth_table(runs):
-    sizes = sorted({int(name.split("/")[2]) for name in runs})
-    if len(sizes) < 2:
-        return ""
+    columns = {"Kivo 2D batch": "batch/uniform/{}/kivo", "CGAL batch": "batch/uniform/{}/cgal",
+               "Kivo 2D one by one": "oneByOne/uniform/{}/kivo"}
+    sizes = {int(name.split("/")[2]) for name in runs}
     rows = []
-    for num in sizes:
-        names = [f"{task}/uniform/{num}/{who}" for task, who in [("batch", "kivo"), ("batch", "cgal"), ("oneByOne", "kivo")]]
-        times = [median(runs, name) for name in names]
-        user = [median(runs, name, "userMs") for name in names]
-        rows.append([f"{num:,}", *[text_of(ms and ms * 1e6 / num) for ms in times + user]])
-    columns = ["Kivo 2D batch", "CGAL batch", "Kivo 2D one by one"]
+    for num in sorted(sizes):
+        names = [column.format(num) for column in columns.values()]
+        times = [median(runs, name, key) for key in ("real_time", "userMs") for name in names]
+        if any(times):
+            rows.append([f"{num:,}", *[text_of(ms and ms * 1e6 / num) for ms in times]])
+    if len(rows) < 2:
+        return ""
     return table(["points", *columns, *[column + ", CPU user" for column in columns]], rows, 0)
 
 
 def peak_table(program):
-    peaks = [float(first_line([program, "--peak-memory=" + who])) for who in ("kivo", "cgal")]
+    peaks = [float(output([program, "--peak-memory=" + who])) for who in ("kivo", "cgal")]
     return table(["Kivo 2D", "CGAL", "at most", "aim"],
                  [[f"{peaks[0]:.0f}", f"{peaks[1]:.0f}", str(PEAK_AT_MOST), str(PEAK_AIM)]], 0)
 
@@ -175,13 +181,13 @@ def peak_table(program):
 def sections(program, runs, with_peak):
     """Titles, notes and tables."""
     repetitions = max(map(len, runs.values()), default=0)
-    yield ("Times", f"Medians of {repetitions}, one thread, all in one run in random order. A ratio below 1 means that Kivo 2D "
-           "is faster. CPU user time leaves out what the system spends on providing memory.", times_table(runs))
-    yield ("Spread of these times, ms", "A wide one with a steady user time means that memory was at hand in some runs and "
-           "had to be provided by the system in others.", spread_table(runs))
-    yield ("Work per insertion", "The inlined static stage answers all questions but those past it, and counts none: counting "
-           "would cost time. A walk asks three orientations and two more a step; legalising a point inside a triangle asks "
-           "three in-circle tests and two more a flip.", work_table(runs))
+    yield ("Times", f"Medians of {repetitions}, one thread, all in one run in random order. A ratio below 1 means that "
+           "Kivo 2D is faster. CPU user time leaves out what the system spends on providing memory.", times_table(runs))
+    yield ("Spread of these times, ms", "A wide one with a steady user time means that memory was at hand in some runs "
+           "and had to be provided by the system in others.", spread_table(runs))
+    yield ("Work per insertion", "The inlined static stage answers all questions but those past it, and counts none: "
+           "counting would cost time. A walk asks three orientations and two more a step; legalising a point inside a "
+           "triangle asks three in-circle tests and two more a flip.", work_table(runs))
     yield ("Orientations past the static filter, per insertion, and the stages that answered them", "",
            stages_table(runs, "orientation"))
     yield ("In-circle tests past the static filter, per insertion, and the stages that answered them", "",
@@ -189,8 +195,8 @@ def sections(program, runs, with_peak):
     yield ("Growth: nanoseconds a point, uniform",
            f"Medians of {repetitions}; ten million one by one are run once.", growth_table(runs))
     if with_peak:
-        yield ("Peak memory: bytes a point", "A batch of ten million uniform points in a process of its own, beyond the "
-               "caller's points and handles.", peak_table(program))
+        yield ("Peak memory: bytes a point", "A batch of ten million uniform points in a process of its own, beyond "
+               "the caller's points and handles.", peak_table(program))
 
 
 def main():
@@ -201,8 +207,9 @@ def main():
     filtered = any(option.startswith("--benchmark_filter") for option in rest)
     with_peak = "--peak-memory" in rest or not filtered
     program = os.path.join(build_dir, "bench", "run_bench")
-    runs = run_benchmarks(program, [option for option in rest if option != "--peak-memory"])
+    # Asked before the long run, since the sources may change during it.
     text = f"CPU {cpu_model()}; {compiler(build_dir)}; commit {commit()}.\n"
+    runs = run_benchmarks(program, [option for option in rest if option != "--peak-memory"])
     for title, note, content in sections(program, runs, with_peak):
         if content:
             text += f"\n### {title}\n\n" + (note + "\n\n" if note else "") + content + "\n"
