@@ -1,7 +1,10 @@
 #include "core/AddressRange.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <new>
 #include <utility>
 
@@ -11,10 +14,12 @@
 namespace TESK_KIVO2D {
 namespace {
 
-constexpr std::size_t hugePageBytes = std::size_t(1) << 21;
+constexpr std::size_t commitUnit = std::size_t(1) << 21;
+
+std::size_t systemValue(int name) { return static_cast<std::size_t>(std::max(sysconf(name), 1L)); }
 
 std::size_t pageBytes() {
-    static const std::size_t bytes = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    static const std::size_t bytes = systemValue(_SC_PAGESIZE);
     return bytes;
 }
 
@@ -25,15 +30,18 @@ char* reserve(std::size_t numBytes, char* pHint) {
     return p == MAP_FAILED ? nullptr : static_cast<char*>(p);
 }
 
+bool isAbove(const void* p, const void* pFloor) {
+    return reinterpret_cast<std::uintptr_t>(p) >= reinterpret_cast<std::uintptr_t>(pFloor);
+}
+
 // Looks for a place above the floor: the system's own choice first, then a few hints that lie ever higher.
 char* reserveAbove(std::size_t numBytes, const void* pFloor) {
     char* pFound = reserve(numBytes, nullptr);
-    const std::uintptr_t floor = reinterpret_cast<std::uintptr_t>(pFloor);
-    std::uintptr_t hint = roundedUp(floor, hugePageBytes);
-    for (int i = 0; i < 16 && pFound != nullptr && reinterpret_cast<std::uintptr_t>(pFound) < floor; ++i) {
+    std::uintptr_t hint = roundedUp(reinterpret_cast<std::uintptr_t>(pFloor), commitUnit);
+    for (int i = 0; i < 16 && pFound != nullptr && !isAbove(pFound, pFloor); ++i) {
         char* pOther = reserve(numBytes, reinterpret_cast<char*>(hint));
         if (pOther == nullptr) break;
-        if (reinterpret_cast<std::uintptr_t>(pOther) >= floor) std::swap(pFound, pOther);
+        if (isAbove(pOther, pFloor)) std::swap(pFound, pOther);
         munmap(pOther, numBytes);
         hint += std::uintptr_t(numBytes) << i;
     }
@@ -42,36 +50,100 @@ char* reserveAbove(std::size_t numBytes, const void* pFloor) {
 
 } // namespace
 
+// The ranges that are kept, for the whole process.
+class KeptRanges {
+public:
+    using Place = AddressRange::Place;
+
+    // Null when the process is ending and what it kept is gone.
+    static KeptRanges* get() {
+        static KeptRanges theRanges;
+        return bGone ? nullptr : &theRanges;
+    }
+
+    ~KeptRanges() {
+        bGone = true;
+        for (const Place& place : aPlaces)
+            if (place.pBegin != nullptr) munmap(place.pBegin, place.numReserved);
+    }
+
+    // The smallest kept place of this size above the floor, or an empty one.
+    Place take(std::size_t numBytes, const void* pFloor) {
+        const std::lock_guard lock(mutex);
+        Place* pBest = nullptr;
+        for (Place& place : aPlaces) {
+            if (place.pBegin == nullptr || place.numReserved < numBytes || !isAbove(place.pBegin, pFloor))
+                continue;
+            if (pBest == nullptr || place.numReserved < pBest->numReserved) pBest = &place;
+        }
+        if (pBest == nullptr) return {};
+        numKeptBytes -= pBest->numUsable;
+        return std::exchange(*pBest, {});
+    }
+
+    // False when there is no room for it.
+    bool keep(const Place& place, std::size_t numTouched) {
+        // Little memory stays as it is: telling the system would cost more than it holds.
+        constexpr std::size_t little = std::size_t(1) << 19;
+        if (numTouched > little && !makeReclaimable(place.pBegin, numTouched)) return false;
+        const std::lock_guard lock(mutex);
+        if (numKeptBytes + place.numUsable > mostKeptBytes) return false;
+        for (Place& kept : aPlaces) {
+            if (kept.pBegin != nullptr) continue;
+            kept = place;
+            numKeptBytes += place.numUsable;
+            return true;
+        }
+        return false;
+    }
+
+private:
+    static bool makeReclaimable([[maybe_unused]] char* p, [[maybe_unused]] std::size_t numBytes) {
+#ifdef MADV_FREE
+        return madvise(p, numBytes, MADV_FREE) == 0;
+#else
+        return false;
+#endif
+    }
+
+    inline static std::atomic<bool> bGone = false;
+    const std::size_t mostKeptBytes = systemValue(_SC_PHYS_PAGES) / 16 * pageBytes();
+    std::mutex mutex;
+    std::array<Place, 4> aPlaces; // the pools of two triangulations
+    std::size_t numKeptBytes = 0;
+};
+
 AddressRange::AddressRange(std::size_t numBytes, std::size_t minBytes, const void* pFloor) {
+    if (KeptRanges* pKept = KeptRanges::get()) place = pKept->take(roundedUp(numBytes, pageBytes()), pFloor);
+    if (place.pBegin != nullptr) return;
     const std::size_t leastBytes = roundedUp(minBytes, pageBytes());
-    numReserved = std::max(roundedUp(numBytes, pageBytes()), leastBytes);
-    while ((pBegin = reserveAbove(numReserved, pFloor)) == nullptr) {
-        if (numReserved == leastBytes) throw std::bad_alloc();
-        numReserved = std::max(leastBytes, roundedUp(numReserved / 4, pageBytes()));
+    place.numReserved = std::max(roundedUp(numBytes, pageBytes()), leastBytes);
+    while ((place.pBegin = reserveAbove(place.numReserved, pFloor)) == nullptr) {
+        if (place.numReserved == leastBytes) throw std::bad_alloc();
+        place.numReserved = std::max(leastBytes, roundedUp(place.numReserved / 4, pageBytes()));
     }
 }
 
 AddressRange::~AddressRange() {
-    if (pBegin != nullptr) munmap(pBegin, numReserved);
+    if (place.pBegin == nullptr) return;
+    KeptRanges* const pKept = KeptRanges::get();
+    if (pKept == nullptr || !pKept->keep(place, numCommitted)) munmap(place.pBegin, place.numReserved);
 }
 
 AddressRange::AddressRange(AddressRange&& other) noexcept
-    : pBegin(std::exchange(other.pBegin, nullptr)), numReserved(other.numReserved),
-      numCommitted(other.numCommitted) {}
+    : place(std::exchange(other.place, {})), numCommitted(other.numCommitted) {}
 
 bool AddressRange::commit(std::size_t numBytes) {
-    if (numBytes <= numCommitted) return true;
-    // In steps of huge pages once there is more than one of them, so that small blocks cost few calls.
-    const std::size_t unit = numBytes > hugePageBytes ? hugePageBytes : pageBytes();
-    const std::size_t wanted = std::min(roundedUp(numBytes, unit), numReserved);
-    if (wanted < numBytes) return false;
-    if (mprotect(pBegin + numCommitted, wanted - numCommitted, PROT_READ | PROT_WRITE) != 0) return false;
-#ifdef MADV_HUGEPAGE
-    // Fewer page faults and fewer translation misses; a hint only.
-    if (wanted - numCommitted >= hugePageBytes)
-        madvise(pBegin + numCommitted, wanted - numCommitted, MADV_HUGEPAGE);
-#endif
-    numCommitted = wanted;
+    if (numBytes > place.numUsable) {
+        // In large steps once there is more than one of them, so that small blocks cost few calls.
+        const std::size_t unit = numBytes > commitUnit ? commitUnit : pageBytes();
+        const std::size_t wanted = std::min(roundedUp(numBytes, unit), place.numReserved);
+        if (wanted < numBytes) return false;
+        char* const pNew = place.pBegin + place.numUsable;
+        if (mprotect(pNew, wanted - place.numUsable, PROT_READ | PROT_WRITE) != 0) return false;
+        place.numUsable = wanted;
+    }
+    numCommitted = std::max(numCommitted, numBytes);
     return true;
 }
 
