@@ -10,9 +10,6 @@
 namespace TESK_KIVO2D {
 namespace {
 
-// Cells a vertex of a grid that more of them will follow.
-constexpr std::size_t cellsAhead = 2;
-
 // In the maximum norm, which does not overflow.
 double distance(const Point2& p, const Point2& q) {
     const double dx = std::fabs(p.x() - q.x()), dy = std::fabs(p.y() - q.y());
@@ -100,9 +97,9 @@ StartGrid::Cell VertexVault::startCell(const Point2& p, const MeshStore& store) 
         Bbox2 frame = extent;
         frame.add(p);
         frame.doubleTheBox();
-        layOutGrid(frame, cellsAhead * numActive, store);
+        layOutGrid(frame, numActive, store);
     } else if (numActive >= numOfNextLayout) {
-        layOutGrid(withMargin(extent), cellsAhead * numActive, store);
+        layOutGrid(withMargin(extent), numActive, store);
     }
     return startGrid.cellOf(p);
 }
