@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 namespace TESK_KIVO2D {
 
@@ -23,6 +24,8 @@ void StartGrid::layOut(const Bbox2& newFrame, std::size_t numCells) {
         cellsX = std::sqrt(num * aspect);
         cellsY = std::sqrt(num / aspect);
     }
+    cellsX = std::min(cellsX, maxCellsOfAxis);
+    cellsY = std::min(cellsY, maxCellsOfAxis);
     const auto columns = static_cast<std::size_t>(std::max(std::ceil(cellsX), 1.0));
     const auto rows = static_cast<std::size_t>(std::max(std::ceil(cellsY), 1.0));
     std::vector<std::uintptr_t> vNewCells(columns * rows);
@@ -89,9 +92,12 @@ void StartGrid::fillGaps() {
 
 void StartGrid::refine(Cell cell) {
     if (cell.numDigitsLeft < childDigits) return; // no part of it has a number
-    Children& children = dChildren.emplace_back();
-    children.fill(*cell.pEntry & ~marks);
-    *cell.pEntry = reinterpret_cast<std::uintptr_t>(&children) + isRefined;
+    try {
+        Children& children = dChildren.emplace_back();
+        children.fill(*cell.pEntry & ~marks);
+        *cell.pEntry = reinterpret_cast<std::uintptr_t>(&children) + isRefined;
+    } catch (const std::bad_alloc&) { // longer walks are no reason to fail
+    }
 }
 
 } // namespace TESK_KIVO2D

@@ -45,7 +45,8 @@ public:
 
     // Lays out about so many cells over the frame, without any triangle.
     void layOut(const Bbox2& newFrame, std::size_t numCells);
-    // Gives cells without a triangle that of a neighbour. Afterwards every cell has one, if any has.
+    // Gives cells without a triangle that of a neighbour; they share the parts of a refined one. Afterwards
+    // every cell has one, if any has.
     void fillGaps();
 
     bool covers(const Point2& p) const { return frame.isInBox(p); }
@@ -65,12 +66,13 @@ public:
     }
 
     // Splits a cell, whose triangle all parts get, without a visit so far. A cell as small as rounding allows
-    // stays.
+    // stays, and so does every cell when memory runs out.
     void refine(Cell cell);
 
 private:
     // The number of a coordinate is that of its column or row, and 44 binary digits that name the parts.
     static constexpr int numPartDigits = 44;
+    static constexpr double maxCellsOfAxis = 0x1p20; // so that numbers have 64 bits
     static constexpr int childDigits = 2;
     static constexpr std::uint64_t childWidth = 1 << childDigits;
     // An entry is the address of a triangle, with the number of visits up to three in bits 1 and 2, or that

@@ -82,6 +82,19 @@ TEST(StartGrid, fillsGapsFromTheNearestInTheRow) {
     EXPECT_EQ(&right, grid.cellOf(Point2(6.5, 3.5)).triangle());
 }
 
+TEST(StartGrid, tellsPointsApartAlongTheLongestRowsToo) {
+    StartGrid grid;
+    Triangle2 t;
+    for (const bool bUpright : {false, true}) {
+        grid.layOut(bUpright ? boxOf(0, 0, 1e-9, 1) : boxOf(0, 0, 1, 1e-9), std::size_t(3) << 20);
+        grid.cellOf(Point2(0, 0)).setTriangle(&t);
+        grid.fillGaps();
+        const auto cellAt = [&](double v) { return grid.cellOf(bUpright ? Point2(0, v) : Point2(v, 0)); };
+        for (int i = 1; i < 16; ++i)
+            EXPECT_FALSE(cellAt(i / 16.0) == cellAt((i - 1) / 16.0)) << i;
+    }
+}
+
 TEST(StartGrid, hasCellsForEveryFrame) {
     const double inf = HUGE_VAL, tiny = 5e-324;
     const double coords[] = {0, tiny, -1, 5, 1e308, -1e308, DBL_MAX, inf, -inf, std::nan("")};
