@@ -3,6 +3,7 @@
 #include "kernel/assertion.h"
 
 #include <algorithm>
+#include <new>
 
 namespace TESK_KIVO2D {
 
@@ -79,7 +80,10 @@ HullEdge HullLinks::step(HullEdge edge, bool bForward) {
     const auto known = links.find(pHub);
     if (known == links.end()) {
         const HullEdge found = pivotToEnd(pivot);
-        links[pHub] = {bForward ? found.target() : found.source(), found};
+        try {
+            links[pHub] = {bForward ? found.target() : found.source(), found};
+        } catch (const std::bad_alloc&) { // only a short cut is lost, and a hull may be half joined
+        }
         return found;
     }
     Link& link = known->second;
@@ -122,6 +126,7 @@ void extendHull(HullEdge visibleEdge, Point2* pVtx, MeshStore& store, TeskTest& 
         ++numVisible;
     }
     store.reserveTriangles(numVisible);
+    vCheckT.reserve(numVisible);
     links.inserted(first.source(), pVtx, last.target());
 
     Triangle2* lastTriangle = nullptr;
