@@ -42,7 +42,10 @@ void BatchInserter::registerVertices(const Point2* aPoints, std::size_t numPoint
     const bool bLookUp = !dt.is2D() && !vault.stored().empty();
     if (aHandles != nullptr && entries.size() < numPoints) std::fill(aHandles, aHandles + numPoints, nullptr);
     dt.store.reserveVertices(entries.size());
-    if (bLookUp) vStoredBefore = vault.stored();
+    if (bLookUp) {
+        vStoredBefore = vault.stored();
+        vault.prepareToStore(entries.size());
+    }
     vRange.reserve(entries.size());
     const Point2* pPrevious = nullptr;
     Point2* pVtx = nullptr;
@@ -69,7 +72,9 @@ void BatchInserter::insertStored() {
     VertexVault& vault = dt.vertexVault;
     Point2* corners[3];
     if (!vault.findFirstTriangle(dt.pTeskPredicates, corners)) return; // they stay stored, all of them alive
-    dt.store.reserveTriangles(1);
+    // For all of them: what follows must not fail where they would be lost.
+    dt.store.reserveTriangles(2 * vault.stored().size());
+    dt.pTeskPredicates.prepareInCircle();
     if (!bStoredInOrder) {
         // Vertices from earlier calls are among them.
         if (vStoredBefore.empty()) vStoredBefore = vault.stored();
@@ -78,7 +83,7 @@ void BatchInserter::insertStored() {
         for (const KeyedIndex& next : order.entries())
             vRange.push_back(vault.stored()[next.index]);
     }
-    std::vector<Point2*> vStored = vault.becomeFullDimensional();
+    std::vector<Point2*> vStored = vault.becomeFullDimensional(corners[0]);
     if (bStoredInOrder) vRange.swap(vStored);
     KIVO_ASSERT(vStored.size() <= vRange.size(), "numPreExistingVtx<=(size_t)distance(startIt,stopIt)");
     insertAll(dt.store.createTriangle(corners[0], corners[1], corners[2]));
@@ -89,7 +94,12 @@ void BatchInserter::insertAll(Triangle2* pStart) {
         insertRange(vRange.data(), vRange.data() + vRange.size(), pStart);
     } catch (...) {
         dt.vCheckT.clear();
-        rescueStored(pStart);
+        try {
+            rescueStored(pStart);
+        } catch (...) { // out of memory again: what is in must be counted all the same
+            settle();
+            throw;
+        }
         settle();
         throw;
     }
@@ -150,8 +160,8 @@ void BatchInserter::rescueStored(Triangle2* pStart) {
 }
 
 void BatchInserter::settle() {
-    numIn = dt.vertexVault.addedAll(vRange, dt.store);
     dt.vertexVault.sortRedundant();
+    numIn = dt.vertexVault.addedAll(vRange, dt.store);
 }
 
 void BatchInserter::resolveHandles(Point2** aHandles, std::size_t numHandles) const {

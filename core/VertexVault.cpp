@@ -54,10 +54,18 @@ std::size_t VertexVault::CoordinateHash::operator()(const Point2* p) const {
     return hash(p->x()) * 0x9e3779b97f4a7c15u ^ hash(p->y());
 }
 
-Point2* VertexVault::findStored(const Point2& p) {
-    // Filled on demand: most clients begin with one batch and never ask.
+void VertexVault::fillLookup() {
     for (; numLookup < vStored.size(); ++numLookup)
         sLookup.insert(vStored[numLookup]);
+}
+
+void VertexVault::prepareToStore(std::size_t num) {
+    fillLookup();
+    vStored.reserve(vStored.size() + num);
+}
+
+Point2* VertexVault::findStored(const Point2& p) {
+    fillLookup(); // on demand: most clients begin with one batch and never ask
     const auto found = sLookup.find(&p);
     return found == sLookup.end() ? nullptr : const_cast<Point2*>(*found);
 }
@@ -85,8 +93,9 @@ bool VertexVault::findFirstTriangle(TeskTest& tests, Point2* (&corners)[3]) {
     return false;
 }
 
-std::vector<Point2*> VertexVault::becomeFullDimensional() {
+std::vector<Point2*> VertexVault::becomeFullDimensional(const Point2* pCorner) {
     bFullDimensional = true;
+    pLatest = pCorner;
     sLookup = {};
     return std::exchange(vStored, {});
 }
@@ -105,9 +114,11 @@ StartGrid::Cell VertexVault::startCell(const Point2& p, const MeshStore& store) 
 }
 
 Triangle2* VertexVault::getCloT(StartGrid::Cell cell, const Point2& p) const {
-    // In a part of the plane that is new, such as ahead of a sweep, all cells are out of date.
+    // None while the first batch runs, or after memory ran out. And in a part of the plane that is new, such
+    // as ahead of a sweep, all cells are out of date.
     Triangle2* const pT = cell.triangle();
-    return distance(*pT->getCorner(0), p) <= distance(*pLatest, p) ? pT : pLatest->getIncidentTriangle();
+    const bool bUsable = pT != nullptr && distance(*pT->getCorner(0), p) <= distance(*pLatest, p);
+    return bUsable ? pT : pLatest->getIncidentTriangle();
 }
 
 void VertexVault::added(StartGrid::Cell start, const Point2* pVtx, int numSteps) {

@@ -26,14 +26,17 @@ public:
     // --- while not 2-D
     const std::vector<Point2*>& stored() const { return vStored; }
     void store(Point2* pVtx) { vStored.push_back(pVtx); }
+    // Makes sure that looking up and storing so many more cannot fail.
+    void prepareToStore(std::size_t num);
     void storeAll(std::vector<Point2*> vVertices);
     // The stored vertex at these coordinates, or null. Expected O(1).
     Point2* findStored(const Point2& p);
     // The first two stored vertices and the first one that is not on their line, counter-clockwise, or false.
     // Each vertex is looked at once over all calls.
     bool findFirstTriangle(TeskTest& tests, Point2* (&corners)[3]);
-    // Ends this state; the stored vertices are the caller's to insert.
-    std::vector<Point2*> becomeFullDimensional();
+    // Ends this state; the stored vertices are the caller's to insert, a corner of the first triangle at
+    // once.
+    std::vector<Point2*> becomeFullDimensional(const Point2* pCorner);
 
     // --- 2-D
     // A triangle near the point: a start for walks.
@@ -60,6 +63,7 @@ public:
     void clearRedundant() { mRedundant2UniqueVtx.clear(); }
 
 private:
+    void fillLookup();
     void layOutGrid(const Bbox2& frame, std::size_t numCells, const MeshStore& store);
 
     struct CoordinateHash {

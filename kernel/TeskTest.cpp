@@ -135,6 +135,8 @@ Orientation2 TeskTest::orientationPastDynamic(const Point2& a, const Point2& b, 
     return static_cast<Orientation2>(decision);
 }
 
+void TeskTest::prepareInCircle() { created(pInCircleRationals); }
+
 CircleInclusion2 TeskTest::inCircle(const Triangle2& t, const Point2& q) {
     const Point2 &a = *t.getCorner(0), &b = *t.getCorner(1), &c = *t.getCorner(2);
     stages::Decision decision = stages::inCircleStatic(a, b, c, q);

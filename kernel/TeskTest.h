@@ -73,6 +73,9 @@ public:
     // Where q lies against the circumcircle of t, whose corners run counter-clockwise.
     CircleInclusion2 inCircle(const Triangle2& t, const Point2& q);
 
+    // From now on no in-circle test throws when memory runs out.
+    void prepareInCircle();
+
     // True when q lies strictly inside the circumcircle of t, and also when q is the fourth corner of an
     // axis-parallel rectangle with t. Deliberate: it turns the diagonals of a grid the way the newest vertex
     // wants them. Only the legalisation of a new vertex may use it, where each flip adds an edge at that

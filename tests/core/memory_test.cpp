@@ -1,0 +1,90 @@
+#include "Kivo_2D.h"
+#include "tests/support/capture.h"
+#include "tests/support/expectSound.h"
+#include "tests/support/nastySets.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <new>
+
+using namespace TESK_KIVO2D;
+using doubles::Points;
+using doubles::Rng;
+
+namespace {
+
+// Allocations that succeed from now on; negative: all.
+long numLeft = -1;
+bool bStaysOut = false;
+
+struct MemoryLimit {
+    MemoryLimit(long numAllocations, bool bForGood) {
+        numLeft = numAllocations;
+        bStaysOut = bForGood;
+    }
+    ~MemoryLimit() { numLeft = -1; }
+};
+
+bool runsOut() {
+    if (numLeft < 0) return false;
+    if (numLeft > 0) {
+        --numLeft;
+        return false;
+    }
+    if (!bStaysOut) numLeft = -1;
+    return true;
+}
+
+} // namespace
+
+// Not inlined: g++ would take free for a mistake.
+[[gnu::noinline]] void* operator new(std::size_t numBytes) {
+    void* const p = runsOut() ? nullptr : std::malloc(numBytes == 0 ? 1 : numBytes);
+    if (p == nullptr) throw std::bad_alloc();
+    return p;
+}
+[[gnu::noinline]] void operator delete(void* p) noexcept { std::free(p); }
+[[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+
+TEST(MemoryThatRunsOut, leavesASoundTriangulationWithAllThatTheClientHolds) {
+    Rng rng(31);
+    const auto& vKinds = nastySets::all();
+    int numStopped = 0;
+    for (int i = 0; i < 600 && !HasFailure(); ++i) {
+        Points vPoints = vKinds[static_cast<std::size_t>(i) % vKinds.size()].make(rng);
+        for (int k = i % 19 == 0 ? 300 : 0; k > 0;
+             --k) // a fan, that a later point beyond the line sees all of
+            vPoints.emplace_back(k * 0.5, 0);
+        const auto middle = vPoints.begin() + doubles::below(rng, static_cast<int>(vPoints.size()));
+        const CapturedMessages messages;
+        Kivo_2D kivo(3);
+        std::vector<Point2*> vHeld, vHandles;
+        for (auto p = vPoints.begin(); p != middle; ++p)
+            vHeld.push_back(kivo.insert(*p));
+        const Points vRest(middle, vPoints.end());
+        vHandles.reserve(vRest.size());
+        try {
+            const MemoryLimit limit(doubles::below(rng, 40), rng() % 2 == 0);
+            kivo.insert(vRest, vHandles);
+            kivo.insert(Point2(-1e3, -1e3));
+        } catch (const std::bad_alloc&) {
+            ++numStopped;
+        }
+        for (const Point2& p : vPoints)
+            kivo.locate(p); // from whatever start is left
+        if (kivo.is2D()) {
+            expectSound(kivo);
+            for (const Point2* pVtx : vHeld)
+                EXPECT_NE(nullptr, pVtx->getIncidentTriangle()) << doubles::hex(vPoints);
+            for (std::size_t k = 0; k < vHandles.size(); ++k)
+                EXPECT_TRUE(vHandles[k] == nullptr ||
+                            (*vHandles[k] == vRest[k] && vHandles[k]->getIncidentTriangle() != nullptr));
+        }
+        vPoints.emplace_back(-1e3, -1e3);
+        kivo.insert(vPoints);
+        kivo.insert(vPoints.back());
+        expectSound(kivo, vPoints);
+    }
+    EXPECT_LT(50, numStopped);
+}
