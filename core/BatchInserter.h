@@ -10,7 +10,8 @@
 namespace TESK_KIVO2D {
 
 // Inserts many vertices at once: orders them along the Hilbert curve, lays their records out in that order,
-// and inserts by recursive bisection, each vertex from a triangle nearby. Lives for one batch, or for the
+// and inserts by recursive bisection down to blocks, those by ever finer selections, each vertex from a
+// triangle nearby. Lives for one batch, or for the
 // moment when the stored vertices span their first triangle.
 //
 // A listener that throws, or memory that runs out, ends the batch early: what is in stays in, vertices that

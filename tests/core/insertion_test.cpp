@@ -425,6 +425,34 @@ TEST(InsertionOf, aBatchThatAListenerStopsLeavesASoundTriangulation) {
     }
 }
 
+TEST(InsertionOf, aBatchAnswersAndTakesInWhatItsListenerAsks) {
+    struct Asker : MsgBase {
+        explicit Asker(Kivo_2D& itsKivo) : kivo(itsKivo) {}
+        void update(MsgType, const char*, double) override {
+            if (kivo.locate({0.3, 0.3}) != nullptr) ++numFound;
+            kivo.insert(Point2(++numCalls * 0.01, 0.7));
+        }
+        Kivo_2D& kivo;
+        int numFound = 0, numCalls = 0;
+    };
+    Rng rng(21);
+    Points vPoints;
+    for (int i = 0; i < 2000; ++i)
+        vPoints.push_back(nastySets::latticePoint(rng, 101, 0.01));
+    Kivo_2D kivo;
+    Asker asker(kivo);
+    kivo.subscribe(MSG_PROGRESS, &asker);
+    std::vector<Point2*> vHandles;
+    kivo.insert(vPoints, vHandles);
+    kivo.unsubscribe(MSG_PROGRESS, &asker);
+    EXPECT_LT(50, asker.numFound);
+    for (std::size_t i = 0; i < vPoints.size(); ++i)
+        ASSERT_TRUE(vHandles[i] != nullptr && *vHandles[i] == vPoints[i]) << i;
+    for (int i = 1; i <= asker.numCalls; ++i)
+        vPoints.emplace_back(i * 0.01, 0.7);
+    expectSound(kivo, vPoints);
+}
+
 TEST(InsertionOf, farQueriesLeavesTheStaticFilterAtWork) {
     Rng rng(17);
     Points vPoints;
