@@ -17,7 +17,7 @@ void BatchInserter::insert(const Point2* aPoints, std::size_t numPoints, Point2*
     registerVertices(aPoints, numPoints, aHandles);
     try {
         if (!dt.is2D()) {
-            bStoredInOrder = dt.vertexVault.stored().empty();
+            numStoredBefore = dt.vertexVault.stored().size();
             dt.vertexVault.storeAll(std::exchange(vRange, {}));
             insertStored();
         } else if (!vRange.empty()) {
@@ -42,10 +42,7 @@ void BatchInserter::registerVertices(const Point2* aPoints, std::size_t numPoint
     const bool bLookUp = !dt.is2D() && !vault.stored().empty();
     if (aHandles != nullptr && entries.size() < numPoints) std::fill(aHandles, aHandles + numPoints, nullptr);
     dt.store.reserveVertices(entries.size());
-    if (bLookUp) {
-        vStoredBefore = vault.stored();
-        vault.prepareToStore(entries.size());
-    }
+    if (bLookUp) vault.prepareToStore(entries.size());
     vRange.reserve(entries.size());
     const Point2* pPrevious = nullptr;
     Point2* pVtx = nullptr;
@@ -75,16 +72,18 @@ void BatchInserter::insertStored() {
     // For all of them: what follows must not fail where they would be lost.
     dt.store.reserveTriangles(2 * vault.stored().size());
     dt.pTeskPredicates.prepareInCircle();
-    if (!bStoredInOrder) {
-        // Vertices from earlier calls are among them.
-        if (vStoredBefore.empty()) vStoredBefore = vault.stored();
+    const bool bInOrder = numStoredBefore == 0;
+    if (!bInOrder) {
+        const auto begin = vault.stored().begin(), end = vault.stored().end();
+        vStoredBefore.assign(
+            begin, numStoredBefore == all ? end : begin + static_cast<std::ptrdiff_t>(numStoredBefore));
         vRange.reserve(vault.stored().size());
         const HilbertOrder order(PointSource(vault.stored()), dt.hc);
         for (const KeyedIndex& next : order.entries())
             vRange.push_back(vault.stored()[next.index]);
     }
     std::vector<Point2*> vStored = vault.becomeFullDimensional(corners[0]);
-    if (bStoredInOrder) vRange.swap(vStored);
+    if (bInOrder) vRange.swap(vStored);
     KIVO_ASSERT(vStored.size() <= vRange.size(), "numPreExistingVtx<=(size_t)distance(startIt,stopIt)");
     insertAll(dt.store.createTriangle(corners[0], corners[1], corners[2]));
 }

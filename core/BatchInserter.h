@@ -40,8 +40,9 @@ private:
 
     Dt2& dt;
     ProgressHub::Operation& progress;
-    std::vector<Point2*> vRange;        // the vertices to insert, in key order
-    bool bStoredInOrder = false;        // the stored vertices are all of this batch, in key order
+    std::vector<Point2*> vRange; // the vertices to insert, in key order
+    static constexpr std::size_t all = ~std::size_t(0);
+    std::size_t numStoredBefore = all;  // of the stored vertices; the others are of this batch, in key order
     std::size_t numIn = 0;              // of these, that are in the triangulation in the end
     std::vector<Point2*> vStoredBefore; // those of them that the client may hold already
 };

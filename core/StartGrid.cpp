@@ -67,26 +67,28 @@ bool fillFromEnds(std::size_t num, IsGap isGap, Fill fill) {
 
 } // namespace
 
-// A triangle of the cell, as an entry without visits.
-std::uintptr_t StartGrid::unvisited(std::uintptr_t entry) {
+// The triangle of the outermost part in this column and row of a cell, as an entry without visits.
+std::uintptr_t StartGrid::partOf(std::uintptr_t entry, std::size_t column, std::size_t row) {
     while ((entry & isRefined) != 0)
-        entry = reinterpret_cast<const Children*>(entry - isRefined)->front();
+        entry = (*reinterpret_cast<const Children*>(entry - isRefined))[row * childWidth + column];
     return entry & ~marks;
 }
 
+// A gap takes the part that is nearest to it.
 void StartGrid::fillGaps() {
+    constexpr std::size_t first = 0, middle = childWidth / 2, last = childWidth - 1;
     const std::size_t width = numColumns, height = vCells.size() / numColumns;
     for (std::size_t y = 0; y < height; ++y) {
         std::uintptr_t* const aRow = &vCells[y * width];
         fillFromEnds(
             width, [&](std::size_t i) { return aRow[i] == 0; },
-            [&](std::size_t i, std::size_t j) { aRow[i] = unvisited(aRow[j]); });
+            [&](std::size_t i, std::size_t j) { aRow[i] = partOf(aRow[j], j < i ? last : first, middle); });
     }
     fillFromEnds(
         height, [&](std::size_t y) { return vCells[y * width] == 0; },
         [&](std::size_t y, std::size_t from) {
-            std::transform(&vCells[from * width], &vCells[from * width] + width, &vCells[y * width],
-                           unvisited);
+            for (std::size_t x = 0; x < width; ++x)
+                vCells[y * width + x] = partOf(vCells[from * width + x], middle, from < y ? last : first);
         });
 }
 

@@ -81,7 +81,7 @@ private:
     static_assert(alignof(Triangle2) > marks);
     using Children = std::array<std::uintptr_t, childWidth * childWidth>;
 
-    static std::uintptr_t unvisited(std::uintptr_t entry);
+    static std::uintptr_t partOf(std::uintptr_t entry, std::size_t column, std::size_t row);
 
     Bbox2 frame;
     GridAxis axisX, axisY;

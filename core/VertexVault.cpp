@@ -61,7 +61,8 @@ void VertexVault::fillLookup() {
 
 void VertexVault::prepareToStore(std::size_t num) {
     fillLookup();
-    vStored.reserve(vStored.size() + num);
+    const std::size_t needed = vStored.size() + num;
+    if (vStored.capacity() < needed) vStored.reserve(std::max(needed, 2 * vStored.size()));
 }
 
 Point2* VertexVault::findStored(const Point2& p) {
