@@ -41,6 +41,8 @@ class KIVO_API Kivo_2D {
 public:
     /// \param numExpectedVertices sizes the first blocks of memory; any number works.
     explicit Kivo_2D(unsigned int numExpectedVertices = 0);
+    /// Ends all pointers that it handed out. Memory of up to a sixteenth of the machine's is kept for the
+    /// next triangulation of the process, marked as the system's to take whenever it wants it.
     ~Kivo_2D();
     Kivo_2D(const Kivo_2D&) = delete;
     Kivo_2D& operator=(const Kivo_2D&) = delete;
