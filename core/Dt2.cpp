@@ -97,7 +97,7 @@ void Dt2::growBox(const Point2& low, const Point2& high) {
     if (!grown.add(high) && !bLow) return;
     grown.doubleTheBox(); // and with it the static bound
     box = grown;
-    hc.setSquareBox(box);
+    hc.setBox(box);
 }
 
 void Dt2::place(Point2* pVtx, const WalkResult& found) {

@@ -54,11 +54,6 @@ HC2::HC2(int numBits) : gridSize(0), numLevels(numBits / 2) {
 HC2::HC2(const Bbox2& box, int numBits) : HC2(numBits) { setBox(box); }
 
 void HC2::setBox(const Bbox2& box) {
-    axisX.set(box.get_minX(), box.get_maxX(), gridSize);
-    axisY.set(box.get_minY(), box.get_maxY(), gridSize);
-}
-
-void HC2::setSquareBox(const Bbox2& box) {
     const double size = box.getMaxRange();
     axisX.set(box.get_minX(), box.get_minX() + size, gridSize);
     axisY.set(box.get_minY(), box.get_minY() + size, gridSize);

@@ -16,11 +16,10 @@ public:
     explicit HC2(int numBits = numKeyBits);
     HC2(const Bbox2& box, int numBits = numKeyBits);
 
-    // The box that keys refer to. Any box will do: axes without extent give key bits 0.
+    // The box that keys refer to. Cells are square, the longer range of the box over the whole curve: keys
+    // that stretch one axis put points side by side that are far apart, where they are dense in a long box. A
+    // box without extent gives every point the key 0.
     void setBox(const Bbox2& box);
-    // The same with square cells, the longer axis of the box over the whole curve. Keys that stretch one axis
-    // put points side by side that are far apart, where they are dense in a long box.
-    void setSquareBox(const Bbox2& box);
 
     unsigned int key(const Point2& p) const { return key(p.x(), p.y()); }
     unsigned int key(double x, double y) const {

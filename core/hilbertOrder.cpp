@@ -96,8 +96,7 @@ private:
         for (std::size_t i = run.first; i < run.last; ++i)
             box.add(point(i));
         box.doubleTheBox(); // the cells at the two ends of an axis share their digits
-        HC2 own;
-        own.setSquareBox(box);
+        const HC2 own(box);
         for (std::size_t i = run.first; i < run.last; ++i)
             v[i].key = own.key(point(i));
         const auto begin = v.begin() + static_cast<std::ptrdiff_t>(run.first);

@@ -1,5 +1,6 @@
 #include "core/HC2.h"
 
+#include "tests/support/boxOf.h"
 #include "tests/support/capture.h"
 #include "tests/support/doubles.h"
 
@@ -8,13 +9,6 @@
 using namespace TESK_KIVO2D;
 
 namespace {
-
-Bbox2 boxOf(double minX, double minY, double maxX, double maxY) {
-    Bbox2 box;
-    box.add(Point2(minX, minY));
-    box.add(Point2(maxX, maxY));
-    return box;
-}
 
 // Level by level from the tables of the curve.
 unsigned int slowKey(unsigned int ix, unsigned int iy) {

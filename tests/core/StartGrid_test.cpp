@@ -2,6 +2,7 @@
 
 #include "Kivo_2D.h"
 #include "core/Dt2.h"
+#include "tests/support/boxOf.h"
 #include "tests/support/doubles.h"
 
 #include <gtest/gtest.h>
@@ -11,13 +12,6 @@
 using namespace TESK_KIVO2D;
 
 namespace {
-
-Bbox2 boxOf(double minX, double minY, double maxX, double maxY) {
-    Bbox2 box;
-    box.add(Point2(minX, minY));
-    box.add(Point2(maxX, maxY));
-    return box;
-}
 
 double stepsPerInsertion(const Kivo_2D& kivo) {
     const Dt2::WorkCounts& work = kivo.getImpl()->workCounts();
