@@ -11,8 +11,7 @@ namespace TESK_KIVO2D {
 
 // Inserts many vertices at once: orders them along the Hilbert curve, lays their records out in that order,
 // and inserts by recursive bisection down to blocks, those by ever finer selections, each vertex from a
-// triangle nearby. Lives for one batch, or for the
-// moment when the stored vertices span their first triangle.
+// triangle nearby. Lives for one batch, or for the moment when the stored vertices span their first triangle.
 //
 // A listener that throws, or memory that runs out, ends the batch early: what is in stays in, vertices that
 // the client held before are in for certain, and the triangulation is valid.
@@ -41,10 +40,11 @@ private:
     Dt2& dt;
     ProgressHub::Operation& progress;
     std::vector<Point2*> vRange; // the vertices to insert, in key order
+    std::size_t numIn = 0;       // of these, that are in the triangulation in the end
+    // How many of the stored vertices were there before this batch, whose own follow in key order.
     static constexpr std::size_t all = ~std::size_t(0);
-    std::size_t numStoredBefore = all;  // of the stored vertices; the others are of this batch, in key order
-    std::size_t numIn = 0;              // of these, that are in the triangulation in the end
-    std::vector<Point2*> vStoredBefore; // those of them that the client may hold already
+    std::size_t numStoredBefore = all;
+    std::vector<Point2*> vStoredBefore; // those, which the client may hold already, when all are inserted
 };
 
 } // namespace TESK_KIVO2D

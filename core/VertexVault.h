@@ -80,8 +80,10 @@ private:
     std::size_t numLookup = 0;
     std::size_t numCollinear = 0; // stored vertices known to lie on the line of the first two
     std::size_t numActive = 0;
-    Bbox2 extent;                    // of the active vertices
-    const Point2* pLatest = nullptr; // the active vertex that came last
+    Bbox2 extent; // of the active vertices
+    // The active vertex that came last. Like the triangles of the grid it must be alive: who removes vertices
+    // must see to both.
+    const Point2* pLatest = nullptr;
     StartGrid startGrid;
     std::size_t numOfNextLayout = 0; // when the number of vertices has doubled
     std::vector<std::pair<Point2*, Point2*>> mRedundant2UniqueVtx;
