@@ -148,12 +148,15 @@ def work_table(runs):
 
 
 def stages_table(runs, predicate):
-    stages = STAGES[predicate]
-    head = ["task", "input", "past the static filter", *[STAGE_TITLES.get(stage, stage.lower()) for stage in stages]]
+    """The inlined static stage counts nothing, as that would cost time: its share is what the steps and flips leave."""
+    stages, work = STAGES[predicate], {"orientation": "walkSteps", "inCircle": "flips"}[predicate]
+    head = ["task", "input", "asked, about", "static, about",
+            *[STAGE_TITLES.get(stage, stage.lower()) for stage in stages]]
     rows = []
     for task, kind, run in insertion_runs(runs):
-        past = run[predicate + "PastStatic"]
-        rows.append([task, kind, small_count(past), *[share(run[predicate + stage], past) for stage in stages]])
+        asked = 3 + 2 * run[work]
+        rows.append([task, kind, f"{asked:.1f}", share(asked - run[predicate + "PastStatic"], asked),
+                     *[share(run[predicate + stage], asked) for stage in stages]])
     return table(head, rows, 2)
 
 
@@ -185,13 +188,13 @@ def sections(program, runs, with_peak):
            "Kivo 2D is faster. CPU user time leaves out what the system spends on providing memory.", times_table(runs))
     yield ("Spread of these times, ms", "A wide one with a steady user time means that memory was at hand in some runs "
            "and had to be provided by the system in others.", spread_table(runs))
-    yield ("Work per insertion", "The inlined static stage answers all questions but those past it, and counts none: "
-           "counting would cost time. A walk asks three orientations and two more a step; legalising a point inside a "
-           "triangle asks three in-circle tests and two more a flip.", work_table(runs))
-    yield ("Orientations past the static filter, per insertion, and the stages that answered them", "",
+    yield ("Work per insertion", "Counted, but for the questions that the inlined static stage answers: counting those "
+           "would cost time.", work_table(runs))
+    yield ("Orientations per insertion, and the share of each stage",
+           "Asked are three and two more a step of the walk, apart from those at the hull.",
            stages_table(runs, "orientation"))
-    yield ("In-circle tests past the static filter, per insertion, and the stages that answered them", "",
-           stages_table(runs, "inCircle"))
+    yield ("In-circle tests per insertion, and the share of each stage",
+           "Asked are three and two more a flip for a point inside a triangle.", stages_table(runs, "inCircle"))
     yield ("Growth: nanoseconds a point, uniform",
            f"Medians of {repetitions}; ten million one by one are run once.", growth_table(runs))
     if with_peak:

@@ -86,11 +86,11 @@ public:
     bool keep(const Place& place, std::size_t numTouched) {
         // Little memory stays as it is: telling the system would cost more than it holds.
         constexpr std::size_t little = std::size_t(1) << 19;
-        if (numTouched > little && !makeReclaimable(place.pBegin, numTouched)) return false;
         const std::lock_guard lock(mutex);
         if (numKeptBytes + place.numUsable > mostKeptBytes) return false;
         for (Place& kept : aPlaces) {
             if (kept.pBegin != nullptr) continue;
+            if (numTouched > little && !makeReclaimable(place.pBegin, numTouched)) return false;
             kept = place;
             numKeptBytes += place.numUsable;
             return true;

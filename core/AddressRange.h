@@ -8,9 +8,9 @@ namespace TESK_KIVO2D {
 // so a pool can reserve far more than it expects to need and hand out addresses that ascend for its whole
 // life.
 //
-// A few ranges are kept for the next one when they are given back, since the first touch of memory takes as
-// long as all the work done in it. Their memory stays the system's to take (MADV_FREE), and it is at most a
-// sixteenth of the machine's. Safe to use in several threads; a range belongs to one at a time.
+// A few ranges are kept for the next one when they are given back, since the first touch of fresh memory may
+// take as long as all the work done in it. Their memory stays the system's to take (MADV_FREE), and it is at
+// most a sixteenth of the machine's. Safe to use in several threads; a range belongs to one at a time.
 class AddressRange {
 public:
     // Reserves numBytes, or less when the system refuses (down to minBytes), above pFloor if that can be had.

@@ -45,8 +45,8 @@ public:
 
     // Lays out about so many cells over the frame, without any triangle.
     void layOut(const Bbox2& newFrame, std::size_t numCells);
-    // Gives cells without a triangle that of a neighbour; they share the parts of a refined one. Afterwards
-    // every cell has one, if any has.
+    // Gives cells without a triangle that of the nearest part of a neighbour. Afterwards every cell has one,
+    // if any has.
     void fillGaps();
 
     bool covers(const Point2& p) const { return frame.isInBox(p); }

@@ -23,7 +23,7 @@ inline Decision decisionOf(double exactSign) {
     return exactSign > 0 ? POSITIVE : exactSign < 0 ? NEGATIVE : ZERO;
 }
 
-// Below this a bound or a permanent may have lost bits to underflow, so that it no longer bounds anything.
+// Below this a bound, or what it is made from, may have lost bits to underflow and bounds nothing any more.
 // Each of the terms that underflow can touch is off by less than 2^-1074, far below what the bound then
 // leaves as margin.
 inline constexpr double smallestSafeBound = 1e-290;
