@@ -7,6 +7,9 @@ set(KIVO2D_PUBLIC_HEADERS
     Bbox2.h
     Circle2.h
     Color.h
+    ConstraintGraph2.h
+    ConstraintInsertionStrategy.h
+    ConstraintSegment2.h
     Edge2.h
     KivoException.h
     Kivo_2D.h

@@ -3,6 +3,9 @@
 #include "Bbox2.h"
 #include "Circle2.h"
 #include "Color.h"
+#include "ConstraintGraph2.h"
+#include "ConstraintInsertionStrategy.h"
+#include "ConstraintSegment2.h"
 #include "Edge2.h"
 #include "KivoException.h"
 #include "Label.h"
@@ -101,6 +104,38 @@ public:
     void statistics(const std::string& name) const;
     /// Orientation of three points, exact; safe in any thread.
     Orientation2 getOrientation(const Point2& p0, const Point2& p1, const Point2& p2) const;
+
+    /// \}
+    /// \name Constraints
+    /// \{
+
+    /// Makes segments edges of the triangulation, by the strategy given. Their ends become vertices; where
+    /// two constraints cross, both are split at a new vertex, which lies within a unit in the last place of
+    /// the crossing. Returns the graph of these segments, which tells what became of each.
+    ///
+    /// With bOrientedSegments the graph keeps the directions of the segments; a single closed ring is
+    /// oriented counter-clockwise in any case. Segments with equal ends, and those with an end that is not
+    /// finite, are skipped with a warning; when none is left the graph is empty. Null, with an error message,
+    /// only for an empty vector. While not 2-D the segments stay pending, until `applyConstraintsAndZones` or
+    /// the next call of this method finds triangles.
+    ///
+    /// Expected O(n log n + k log k) for n segments and k crossed edges. Method for the constrained strategy:
+    /// the crossed triangles are removed and the polygon on each side is triangulated anew (Anglada 1997;
+    /// large polygons by way of a Delaunay triangulation of their corners).
+    ConstraintGraph2* createConstraint(std::vector<Segment2>& vSegments,
+                                       ConstraintInsertionStrategy cis = CIS_CONSTRAINED_DELAUNAY,
+                                       bool bOrientedSegments = false);
+    /// True for a vertex that is an end of a constraint segment, or was one of a segment that was split
+    /// since.
+    bool isConstraint(Point2* pVtx) const;
+    /// True when a live constraint segment joins the two vertices.
+    bool isConstraint(Point2* p0, Point2* p1) const;
+    /// True when the edge of the triangle opposite corner ith is a constraint.
+    bool isConstraint(Triangle2* pT, int ith) const;
+    /// The live constraint segment between the two vertices, or null.
+    ConstraintSegment2* getConstraintSegment(Point2* p0, Point2* p1) const;
+    /// Inserts the segments that are pending because there were no triangles when they were created.
+    void applyConstraintsAndZones();
 
     /// \}
     /// \name Drawing

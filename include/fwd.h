@@ -8,6 +8,9 @@ namespace TESK_KIVO2D {
 class Bbox2;
 class Circle2;
 class Color;
+class ConstraintGraph2;
+class ConstraintMgr;
+class ConstraintSegment2;
 class Dt2;
 class Edge2;
 class Kivo_2D;

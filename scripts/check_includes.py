@@ -17,10 +17,11 @@ MAY_INCLUDE = {
     "include": {"include"},
     "kernel": {"include", "kernel"},
     "output": {"include", "kernel", "output"},
-    "core": {"include", "kernel", "output", "core"},
+    "constraints": {"include", "kernel", "output", "core", "constraints"},
+    "core": {"include", "kernel", "output", "core", "constraints"},
     "cli": {"include", "cli"},
-    "bench": {"include", "kernel", "core", "output", "bench"},
-    "tests": {"include", "kernel", "core", "output", "tests"},
+    "bench": {"include", "kernel", "core", "constraints", "output", "bench"},
+    "tests": {"include", "kernel", "core", "constraints", "output", "tests"},
 }
 # The upper stratum of core puts the parts together. All else in core is mesh primitives, which know neither the
 # triangulation that owns them nor drawing and files.
@@ -31,6 +32,7 @@ THIRD_PARTY = {
     "kernel": {"gmp.h"},
     "output": set(),
     "core": set(),
+    "constraints": set(),
     "cli": {"CLI/CLI.hpp", "nlohmann/json.hpp"},
 }
 POSIX = {"unistd.h", "fcntl.h", "sys/mman.h", "sys/stat.h", "sys/types.h"}
@@ -70,11 +72,13 @@ def check_line(folder, path, bracket, name, target):
     target_folder = target.split(os.sep)[0]
     if target_folder not in MAY_INCLUDE[folder]:
         return f"{path}: {folder}/ must not include {target}"
-    is_upper = target_folder == "output" or (
-        target_folder == "core" and os.path.basename(target).startswith(CORE_UPPER))
-    if folder == "core" and is_upper and not os.path.basename(path).startswith(CORE_UPPER):
+    in_core_upper = target_folder == "core" and os.path.basename(target).startswith(CORE_UPPER)
+    if folder == "core" and (in_core_upper or target_folder in ("output", "constraints")) and not os.path.basename(
+            path).startswith(CORE_UPPER):
         return f"{path}: of core/, only {', '.join(CORE_UPPER)} may include {target}"
-    if folder in ("include", "kernel", "core", "output") and bracket == "<":
+    if folder == "constraints" and in_core_upper:
+        return f"{path}: constraints/ must not include {target}"
+    if folder in ("include", "kernel", "core", "constraints", "output") and bracket == "<":
         return f"{path}: headers of the project are included in quotes: {name}"
     return None
 
