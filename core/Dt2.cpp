@@ -1,8 +1,11 @@
 #include "core/Dt2.h"
 
+#include "constraints/ConstraintMgr.h"
+#include "constraints/SegmentInserter.h"
 #include "core/BatchInserter.h"
 #include "core/hull.h"
 #include "core/legalize.h"
+#include "core/linkIn.h"
 #include "core/prefetch.h"
 #include "core/split.h"
 #include "kernel/assertion.h"
@@ -25,9 +28,15 @@ void warnNotFinite(const char* location, std::size_t num) {
 
 } // namespace
 
-Dt2::Dt2(unsigned int numExpectedVertices) : store(numExpectedVertices), box(&pTeskPredicates), hub("DT2") {
+Dt2::Dt2(unsigned int numExpectedVertices)
+    : store(numExpectedVertices), box(&pTeskPredicates), hub("DT2"),
+      pConstraintMgr(std::make_unique<ConstraintMgr>(*this)),
+      pSegmentInserter(std::make_unique<SegmentInserter>(*this, *pConstraintMgr)) {
     vCheckT.reserve(256);
+    vCheckEdges.reserve(256);
 }
+
+Dt2::~Dt2() = default;
 
 Point2* Dt2::insert(const Point2& p) {
     if (!isFinite(p)) {
@@ -37,8 +46,13 @@ Point2* Dt2::insert(const Point2& p) {
     KIVO_ASSERT(vCheckT.empty(), "vCheckT.empty()");
     growBox(p, p);
     if (!is2D()) return insertLowerDimensional(p);
-    const StartGrid::Cell start = vertexVault.startCell(p, store);
-    const WalkResult found = walk(vertexVault.getCloT(start, p), p, pTeskPredicates);
+    return insertFrom(p, nullptr);
+}
+
+Point2* Dt2::insertFrom(const Point2& p, Triangle2* pStart) {
+    const StartGrid::Cell cell = vertexVault.startCell(p, store);
+    if (pStart == nullptr) pStart = vertexVault.getCloT(cell, p);
+    const WalkResult found = walk(pStart, p, pTeskPredicates);
     if (found.code == WalkResult::ON_CORNER) return cornerAt(found, p);
     prefetchSurroundings(found.pT);
     Point2* pVtx = store.createVertex(p);
@@ -50,7 +64,7 @@ Point2* Dt2::insert(const Point2& p) {
         if (pVtx->getIncidentTriangle() == nullptr) store.recycleVertex(pVtx);
         throw;
     }
-    vertexVault.added(start, pVtx, found.numSteps);
+    vertexVault.added(cell, pVtx, found.numSteps);
     return pVtx;
 }
 
@@ -101,24 +115,7 @@ void Dt2::growBox(const Point2& low, const Point2& high) {
 }
 
 void Dt2::place(Point2* pVtx, const WalkResult& found) {
-    if (found.code == WalkResult::INSIDE && found.edge < 0) {
-        splitTriangle(found.pT, pVtx, store, vCheckT);
-    } else {
-        const int ith = found.code == WalkResult::INSIDE ? found.edge : found.code;
-        const HullEdge edge{found.pT, ith};
-        Point2 *const p = edge.source(), *const q = edge.target();
-        const bool bOnEdge = found.code == WalkResult::INSIDE ||
-                             pTeskPredicates.orientation(*p, *q, *pVtx) == ORIENTATION2_COLLINEAR;
-        if (bOnEdge) {
-            const bool bFixed = pEdgeGuard != nullptr && pEdgeGuard->isFixed(p, q);
-            const bool bHull = found.pT->getOppositeTriangle(ith) == nullptr;
-            splitEdge(found.pT, ith, pVtx, store, vCheckT);
-            if (bHull) hullLinks.inserted(p, pVtx, q);
-            if (bFixed) pEdgeGuard->wasSplit(p, q, pVtx);
-        } else {
-            extendHull(edge, pVtx, store, pTeskPredicates, hullLinks, vCheckT);
-        }
-    }
+    linkIn(pVtx, found, {store, pTeskPredicates, hullLinks, pEdgeGuard, vCheckT});
     ++work.insertions;
     work.walkSteps += static_cast<std::uint64_t>(found.numSteps);
     work.flips += legalizeNewVertex(vCheckT, pTeskPredicates, pEdgeGuard);

@@ -1,9 +1,12 @@
 #pragma once
 
 #include "Bbox2.h"
+#include "ConstraintInsertionStrategy.h"
 #include "MsgBase.h"
 #include "Point2.h"
+#include "Segment2.h"
 #include "Triangle2.h"
+#include "constraints/ConstraintHost.h"
 #include "core/EdgeGuard.h"
 #include "core/HC2.h"
 #include "core/MeshStore.h"
@@ -15,29 +18,41 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace TESK_KIVO2D {
 
+class SegmentInserter;
 class Visualizer2;
 
 // The triangulation behind the facade. It owns the parts and lets them work: records (MeshStore), vertices
-// (VertexVault), predicates, keys and messages; walking, splitting, flipping and the queries are free
-// functions on these.
+// (VertexVault), predicates, constraints, keys and messages; walking, splitting, flipping and the queries are
+// free functions on these.
 //
 // Between calls: the stack vCheckT is empty, no duplicate is registered, and the static bound of the
 // predicates covers the box, which covers every vertex.
-class Dt2 {
+class Dt2 : private ConstraintHost {
 public:
     explicit Dt2(unsigned int numExpectedVertices);
+    ~Dt2() override;
     Dt2(const Dt2&) = delete;
     Dt2& operator=(const Dt2&) = delete;
 
     // --- insertion
-    Point2* insert(const Point2& p);
+    Point2* insert(const Point2& p) override;
     // aHandles is null or receives a vertex a point.
-    void insertVector(const Point2* aPoints, std::size_t numPoints, Point2** aHandles);
+    void insertVector(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) override;
+
+    // --- constraints
+    ConstraintGraph2* createConstraint(std::vector<Segment2>& vSegments, ConstraintInsertionStrategy cis,
+                                       bool bOrientedSegments);
+    void applyConstraintsAndZones();
+    ConstraintMgr& constraintMgr() const { return *pConstraintMgr; }
+    // Insert one live segment of the constrained, or of the conforming, strategy and all that comes of it.
+    void newCDT_applyOneCS(ConstraintSegment2* pInitialCSeg);
+    void insertSegmentConformingDelaunay(ConstraintSegment2* pCSeg);
 
     // --- queries
     Triangle2* locate(const Point2& q);
@@ -45,21 +60,21 @@ public:
     void getTrianglePointers(std::vector<Triangle2*>& vAllTriangles) const;
     void getVertexPointers(std::vector<Point2*>& vAllVertices) const;
     Bbox2 computeBoundingBox() const;
-    std::size_t numberOfPoints() const { return vertexVault.numberOfPoints(); }
+    std::size_t numberOfPoints() const override { return vertexVault.numberOfPoints(); }
     std::size_t numberOfTriangles() const { return store.numTriangles(); }
-    bool is2D() const { return vertexVault.is2D(); }
+    bool is2D() const override { return vertexVault.is2D(); }
     bool checkValidity(bool bCheckEmptyCircleProperty, const std::string& name);
     void statistics(const std::string& name) const;
 
     // --- drawing
-    void show(const std::string& postscriptFilename) const;
-    void show(Visualizer2* pVis) const;
+    void show(const std::string& postscriptFilename, bool bWithConstraints) const;
+    void show(Visualizer2* pVis, bool bWithConstraints) const;
 
     // --- settings
     void setName(const std::string& newName) { name = newName; }
     const std::string& getName() const { return name; }
     int setNumCPU(int num);
-    ProgressHub& progressHub() { return hub; }
+    ProgressHub& progressHub() override { return hub; }
 
     // What insertions cost since construction, for tests and benchmarks.
     struct WorkCounts {
@@ -77,9 +92,24 @@ private:
     // Extends the box, and doubles it when it grew, with all that refers to it.
     void growBox(const Point2& low, const Point2& high);
     Point2* insertLowerDimensional(const Point2& p);
+    // Inserts a point within the box into the 2-D triangulation; the walk starts at the triangle, if one is
+    // given.
+    Point2* insertFrom(const Point2& p, Triangle2* pStart);
     // Links the vertex in at the place that its walk found, and legalises.
     void place(Point2* pVtx, const WalkResult& found);
-    void drawTriangles(Visualizer2& vis) const;
+    void draw(Visualizer2& vis, bool bWithConstraints) const;
+    bool checkConstraintSegments(const std::string& label) const;
+
+    // --- ConstraintHost
+    TeskTest& predicates() override { return pTeskPredicates; }
+    Point2* insertNear(const Point2& p, Triangle2* pNear) override;
+    Point2* newVertex(const Point2& p) override;
+    void replaceEdge(HalfEdge edge, Point2* pVtx) override;
+    void recycleVertex(Point2* pVtx) override;
+    bool insertSegment(ConstraintSegment2* pCSeg) override;
+    void allowSteinerPoints(std::size_t num) override;
+    bool isEdge(const Point2* p, const Point2* q) const override;
+    void legalizeAround(Point2* pVtx) override;
 
     std::string name;
     MeshStore store;
@@ -88,11 +118,14 @@ private:
     Bbox2 box; // of all points inserted, doubled whenever it grew
     HC2 hc;
     std::vector<Triangle2*> vCheckT;
+    std::vector<HalfEdge> vCheckEdges;
     HullLinks hullLinks;
     EdgeGuard* pEdgeGuard = nullptr; // null while no edge is fixed
     int numCPU = 1;
     WorkCounts work;
     ProgressHub hub;
+    std::unique_ptr<ConstraintMgr> pConstraintMgr;
+    std::unique_ptr<SegmentInserter> pSegmentInserter;
 };
 
 } // namespace TESK_KIVO2D

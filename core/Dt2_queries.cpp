@@ -4,12 +4,14 @@
 #include "Color.h"
 #include "Edge2.h"
 #include "Visualizer2.h"
+#include "constraints/ConstraintMgr.h"
 #include "core/hull.h"
 #include "core/statistics.h"
 #include "core/validity.h"
 #include "kernel/messages.h"
 
 #include <algorithm>
+#include <locale>
 #include <sstream>
 
 namespace TESK_KIVO2D {
@@ -88,19 +90,19 @@ bool Dt2::checkValidity(bool bCheckEmptyCircleProperty, const std::string& label
                       "not fulldimensional yet (empty or all points collinear), Returning true");
         return true;
     }
-    printText("\n* ConstraintSegments (alive): 0, contained: 0, missing: 0\n");
+    const bool bConstraintsThere = checkConstraintSegments(label);
     std::vector<ValidityFinding> vFindings;
     checkCorners(store, pTeskPredicates, vFindings);
     checkLinks(store, vFindings);
     if (bCheckEmptyCircleProperty) checkEmptyCircles(store, pTeskPredicates, pEdgeGuard, vFindings);
-    if (vFindings.empty()) {
+    if (vFindings.empty() && bConstraintsThere) {
         reportInfo(location, "Valid triangulation");
         return true;
     }
     for (const ValidityFinding& finding : vFindings)
         reportFinding(location, finding);
     printText("\ncheckValidity, bug, name=" + label + "\n");
-    show(label + "currentState.ps");
+    show(label + "currentState.ps", true);
     const auto isCircle = [](const ValidityFinding& f) { return f.kind == ValidityFinding::EMPTY_CIRCLE; };
     if (std::any_of(vFindings.begin(), vFindings.end(), isCircle)) {
         Visualizer2 vis(label + "badEmptyCircle.ps");
@@ -122,7 +124,31 @@ void Dt2::statistics(const std::string& label) const {
     printText(meshStatistics(store, numberOfPoints(), label));
 }
 
-void Dt2::show(const std::string& postscriptFilename) const {
+bool Dt2::checkConstraintSegments(const std::string& label) const {
+    constexpr std::size_t maxDrawings = 10;
+    std::vector<const ConstraintSegment2*> vMissing;
+    std::size_t num = 0;
+    pConstraintMgr->forEachLiveSegment([&](const ConstraintSegment2* pCSeg) {
+        ++num;
+        if (!isEdge(pCSeg->getSrc(), pCSeg->getTrg())) vMissing.push_back(pCSeg);
+    });
+    printText("\n* ConstraintSegments (alive): " + std::to_string(num) + ", contained: " +
+              std::to_string(num - vMissing.size()) + ", missing: " + std::to_string(vMissing.size()) + "\n");
+    for (std::size_t i = 0; i < vMissing.size(); ++i) {
+        std::ostringstream stream;
+        stream.imbue(std::locale::classic());
+        stream << "Not contained: " << *vMissing[i] << "\n";
+        printText(stream.str());
+        if (i >= maxDrawings) continue;
+        Visualizer2 vis(label + "checkValidityFail_" + std::to_string(i) + ".ps");
+        draw(vis, true);
+        vis.addObject(Segment2(*vMissing[i]->getSrc(), *vMissing[i]->getTrg()), Color(CRED, 1.5f, true));
+        vis.writeFile();
+    }
+    return vMissing.empty();
+}
+
+void Dt2::show(const std::string& postscriptFilename, bool bWithConstraints) const {
     if (!is2D()) {
         reportWarning("Dt2::show()", "The triangulation is not 2D, no visualization");
         return;
@@ -130,20 +156,21 @@ void Dt2::show(const std::string& postscriptFilename) const {
     Visualizer2 vis(postscriptFilename);
     vis.addHeaderLine(std::to_string(numberOfPoints()) + " vertices, " + std::to_string(numberOfTriangles()) +
                       " triangles");
-    drawTriangles(vis);
+    draw(vis, bWithConstraints);
     vis.writeFile();
 }
 
-void Dt2::show(Visualizer2* pVis) const {
+void Dt2::show(Visualizer2* pVis, bool bWithConstraints) const {
     if (!is2D()) {
         reportWarning("Dt2::show()", "The triangulation is not full dimensional yet, no visualization");
         return;
     }
-    if (pVis != nullptr) drawTriangles(*pVis);
+    if (pVis != nullptr) draw(*pVis, bWithConstraints);
 }
 
-void Dt2::drawTriangles(Visualizer2& vis) const {
+void Dt2::draw(Visualizer2& vis, bool bWithConstraints) const {
     const Color inside(0.25, 0.35, 0.5, 0.1, false), hull(0.1, 0.15, 0.3, 0.7, false);
+    const Color constraint(0.75, 0.1, 0.1, 0.6, false);
     store.forEachTriangle([&](Triangle2* pT) {
         // A triangle that a check found broken may lack corners.
         if (pT->getCorner(1) == nullptr || pT->getCorner(2) == nullptr) return;
@@ -151,6 +178,10 @@ void Dt2::drawTriangles(Visualizer2& vis) const {
         for (int i = 0; i < 3; ++i) {
             if (pT->getOppositeTriangle(i) == nullptr) vis.addObject(Edge2(pT, i), hull);
         }
+    });
+    if (!bWithConstraints) return;
+    pConstraintMgr->forEachLiveSegment([&](const ConstraintSegment2* pCSeg) {
+        vis.addObject(Segment2(*pCSeg->getSrc(), *pCSeg->getTrg()), constraint);
     });
 }
 

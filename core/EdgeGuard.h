@@ -10,7 +10,7 @@ public:
     virtual ~EdgeGuard() = default;
     // True when the edge pq must not be flipped away.
     virtual bool isFixed(const Point2* p, const Point2* q) const = 0;
-    // The edge pq, which is fixed, was split at the vertex.
+    // The edge pq, which is fixed, is split at the vertex. Throws only with nothing changed.
     virtual void wasSplit(Point2* p, Point2* q, Point2* pSplit) = 0;
 };
 

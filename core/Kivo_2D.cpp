@@ -1,7 +1,9 @@
 #include "Kivo_2D.h"
 
+#include "constraints/ConstraintMgr.h"
 #include "core/Dt2.h"
 #include "core/queries.h"
+#include "kernel/messages.h"
 
 #include <chrono>
 
@@ -80,9 +82,43 @@ Orientation2 Kivo_2D::getOrientation(const Point2& p0, const Point2& p1, const P
     return getOrientation2_mt(&p0, &p1, &p2);
 }
 
-void Kivo_2D::show(const std::string& postscriptFilename, bool) const { pDt->show(postscriptFilename); }
+ConstraintGraph2* Kivo_2D::createConstraint(std::vector<Segment2>& vSegments, ConstraintInsertionStrategy cis,
+                                            bool bOrientedSegments) {
+    if (vSegments.empty()) {
+        reportError("Kivo_2D::createConstraint()", "You have not supplied any segments. Returning NULL!");
+        return nullptr;
+    }
+    return pDt->createConstraint(vSegments, cis, bOrientedSegments);
+}
 
-void Kivo_2D::show(Visualizer2* pVis, bool) const { pDt->show(pVis); }
+bool Kivo_2D::isConstraint(Point2* pVtx) const { return pDt->constraintMgr().isConstraint(pVtx); }
+
+bool Kivo_2D::isConstraint(Point2* p0, Point2* p1) const { return pDt->constraintMgr().isConstraint(p0, p1); }
+
+bool Kivo_2D::isConstraint(Triangle2* pT, int ith) const {
+    if (pT == nullptr || ith < 0 || ith > 2) return false;
+    return isConstraint(pT->getCorner(Triangle2::incIndexBy1(ith)),
+                        pT->getCorner(Triangle2::incIndexBy2(ith)));
+}
+
+ConstraintSegment2* Kivo_2D::getConstraintSegment(Point2* p0, Point2* p1) const {
+    return pDt->constraintMgr().getConstraintSegment(p0, p1);
+}
+
+void Kivo_2D::applyConstraintsAndZones() {
+    if (!is2D()) {
+        reportWarning("Kivo2D::applyConstraintsAndZones()",
+                      "The triangulation is not 2D yet, can't apply the constraints");
+        return;
+    }
+    pDt->applyConstraintsAndZones();
+}
+
+void Kivo_2D::show(const std::string& postscriptFilename, bool bWithConstraints) const {
+    pDt->show(postscriptFilename, bWithConstraints);
+}
+
+void Kivo_2D::show(Visualizer2* pVis, bool bWithConstraints) const { pDt->show(pVis, bWithConstraints); }
 
 void Kivo_2D::setName(const std::string& name) { pDt->setName(name); }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Triangle2.h"
+#include "core/HalfEdge.h"
 #include "core/MeshStore.h"
 #include "kernel/TeskTest.h"
 
@@ -9,16 +9,8 @@
 
 namespace TESK_KIVO2D {
 
-// An edge of the convex hull: the edge of pT opposite corner ith, which has no neighbour. It runs
-// counter-clockwise around the hull, from source to target.
-struct HullEdge {
-    Triangle2* pT;
-    int ith;
-
-    Point2* source() const { return pT->getCorner(Triangle2::incIndexBy1(ith)); }
-    Point2* target() const { return pT->getCorner(Triangle2::incIndexBy2(ith)); }
-    bool operator==(const HullEdge& other) const { return pT == other.pT && ith == other.ith; }
-};
+// An edge without a neighbour. It runs counter-clockwise around the hull, from source to target.
+using HullEdge = HalfEdge;
 
 // The hull edge after this one. O(degree of the vertex between them).
 HullEdge nextHullEdge(HullEdge edge);

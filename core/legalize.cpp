@@ -28,4 +28,24 @@ std::uint64_t legalizeNewVertex(std::vector<Triangle2*>& vCheckT, TeskTest& test
     return numFlips;
 }
 
+std::uint64_t legalizeEdges(std::vector<HalfEdge>& vEdges, TeskTest& tests, const EdgeGuard* pGuard) {
+    std::uint64_t numFlips = 0;
+    while (!vEdges.empty()) {
+        // The records may have been flipped since this edge was noted. Then it is on the stack once more, as
+        // one of the four edges around that flip.
+        const HalfEdge edge = vEdges.back();
+        vEdges.pop_back();
+        Triangle2 *const pT = edge.pT, *const pN = edge.opposite();
+        if (pN == nullptr) continue;
+        const int j = pN->getIntraTriangleIndex(pT);
+        if (tests.inCircle(*pT, *pN->getCorner(j)) != CINC2_INCIRCLE) continue;
+        if (pGuard != nullptr && pGuard->isFixed(edge.source(), edge.target())) continue;
+        flip(pT, edge.ith);
+        ++numFlips;
+        for (const HalfEdge& around : {HalfEdge{pT, 0}, HalfEdge{pT, 2}, HalfEdge{pN, 0}, HalfEdge{pN, 1}})
+            vEdges.push_back(around);
+    }
+    return numFlips;
+}
+
 } // namespace TESK_KIVO2D

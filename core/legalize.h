@@ -2,6 +2,7 @@
 
 #include "Triangle2.h"
 #include "core/EdgeGuard.h"
+#include "core/HalfEdge.h"
 #include "kernel/TeskTest.h"
 
 #include <cstdint>
@@ -14,5 +15,11 @@ namespace TESK_KIVO2D {
 // stack and returns the number of flips. It ends because every flip adds an edge at the vertex. Never
 // allocates: memory that runs out half-way would leave circles that are not empty.
 std::uint64_t legalizeNewVertex(std::vector<Triangle2*>& vCheckT, TeskTest& tests, const EdgeGuard* pGuard);
+
+// Flips until these edges, and all that flips on the way may have made illegal, have no far corner strictly
+// inside the circumcircle on the other side; edges that the guard holds stay. For edges of any kind: the
+// question is three-valued, so every flip makes the triangulation more Delaunay and it ends (Lawson 1977).
+// Empties the stack.
+std::uint64_t legalizeEdges(std::vector<HalfEdge>& vEdges, TeskTest& tests, const EdgeGuard* pGuard);
 
 } // namespace TESK_KIVO2D

@@ -137,13 +137,6 @@ Orientation2 TeskTest::orientationPastDynamic(const Point2& a, const Point2& b, 
 
 void TeskTest::prepareInCircle() { created(pInCircleRationals); }
 
-CircleInclusion2 TeskTest::inCircle(const Triangle2& t, const Point2& q) {
-    const Point2 &a = *t.getCorner(0), &b = *t.getCorner(1), &c = *t.getCorner(2);
-    stages::Decision decision = stages::inCircleStatic(a, b, c, q);
-    if (decision == stages::UNSURE) decision = inCirclePastStatic(a, b, c, q, stages::ZERO);
-    return static_cast<CircleInclusion2>(decision);
-}
-
 stages::Decision TeskTest::inCirclePastStatic(const Point2& a, const Point2& b, const Point2& c,
                                               const Point2& q, stages::Decision ofRectangle) {
     ++counts.inCirclePastStatic;

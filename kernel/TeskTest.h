@@ -71,7 +71,15 @@ public:
     Orientation2 orientationUnbounded(const Point2& a, const Point2& b, const Point2& c);
 
     // Where q lies against the circumcircle of t, whose corners run counter-clockwise.
-    CircleInclusion2 inCircle(const Triangle2& t, const Point2& q);
+    CircleInclusion2 inCircle(const Triangle2& t, const Point2& q) {
+        return inCircle(*t.getCorner(0), *t.getCorner(1), *t.getCorner(2), q);
+    }
+    // Where q lies against the circle through a, b and c, which run counter-clockwise.
+    CircleInclusion2 inCircle(const Point2& a, const Point2& b, const Point2& c, const Point2& q) {
+        stages::Decision decision = stages::inCircleStatic(a, b, c, q);
+        if (decision == stages::UNSURE) decision = inCirclePastStatic(a, b, c, q, stages::ZERO);
+        return static_cast<CircleInclusion2>(decision);
+    }
 
     // From now on no in-circle test throws when memory runs out.
     void prepareInCircle();

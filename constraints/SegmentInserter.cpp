@@ -1,0 +1,208 @@
+#include "constraints/SegmentInserter.h"
+
+#include "constraints/SegmentRelease.h"
+#include "core/edgeSearch.h"
+#include "core/legalize.h"
+#include "kernel/assertion.h"
+#include "kernel/intersection.h"
+#include "kernel/messages.h"
+#include "kernel/tools.h"
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+#include <limits>
+
+namespace TESK_KIVO2D {
+namespace {
+
+double extent(const Point2& p, const Point2& q) {
+    return std::max(std::fabs(p.x() - q.x()), std::fabs(p.y() - q.y()));
+}
+
+// True when rounding to doubles may turn the segment by a thousandth or more.
+bool isCoarse(const Point2& rounded, const Point2& p, const Point2& q) {
+    const double size = rounded.getMaxAbs();
+    const double unit = std::nextafter(size, std::numeric_limits<double>::infinity()) - size;
+    return extent(p, q) < 1024 * unit;
+}
+
+// True when the segment is too short to be split once more.
+bool isBelowResolution(const Point2& a, const Point2& b, double largestCoordinate) {
+    if (!(largestCoordinate > 0)) return true;
+    const int exponent = static_cast<int>(std::ceil(std::log(largestCoordinate) / std::log(2.0)));
+    const double eps = std::ldexp(DBL_EPSILON, exponent) * 10;
+    return std::fabs(a.x() - b.x()) < eps && std::fabs(a.y() - b.y()) < eps;
+}
+
+} // namespace
+
+bool SegmentInserter::insert(ConstraintSegment2* pInitialCSeg) {
+    KIVO_ASSERT(pInitialCSeg->isAlive(), "pInitialCSeg->isAlive()");
+    bool bComplete = true;
+    vStack.assign(1, pInitialCSeg);
+    for (std::uint64_t numPieces = 0; !vStack.empty(); ++numPieces) {
+        if (numPieces == budget) {
+            reportWarning("ConstraintMgr::apply()",
+                          "insufficient numeric accuracy, need to skip last insertions");
+            return false;
+        }
+        ConstraintSegment2* const pCSeg = vStack.back();
+        vStack.pop_back();
+        if (!pCSeg->isAlive()) {
+            pCSeg->getChildrenRec(vStack);
+        } else if (pCSeg->getCIS() == CIS_CONSTRAINED_DELAUNAY) {
+            insertConstrained(pCSeg);
+        } else if (!insertConforming(pCSeg)) {
+            bComplete = false;
+        }
+    }
+    return bComplete;
+}
+
+void SegmentInserter::insertConstrained(ConstraintSegment2* pCSeg) {
+    const CzResult result = traverse(pCSeg->getSrc(), pCSeg->getTrg(), tests, &mgr, zone);
+    switch (result.end) {
+    case CzResult::IS_EDGE:
+        return;
+    case CzResult::REACHED:
+        retriangulation.fill(zone);
+        return;
+    case CzResult::MET_VERTEX:
+        pCSeg->split_combinatorialOnly(result.pVtx);
+        pushPieces(pCSeg);
+        return;
+    case CzResult::MET_FIXED:
+        cross(pCSeg, result.edge);
+        return;
+    }
+}
+
+bool SegmentInserter::insertConforming(ConstraintSegment2* pCSeg) {
+    const CzResult result = traverse(pCSeg->getSrc(), pCSeg->getTrg(), tests, &mgr, zone);
+    switch (result.end) {
+    case CzResult::IS_EDGE:
+        // Present, but until the circles are empty it is locked rather than Delaunay.
+        if (numSteinerPointsLeft == 0 || isLocallyDelaunay(pCSeg)) return true;
+        --numSteinerPointsLeft;
+        splitInTheMiddle(pCSeg);
+        return true;
+    case CzResult::REACHED:
+        if (splitInTheMiddle(pCSeg)) return true;
+        reportWarning("Dt2::insertSegmentConformingDelaunay()",
+                      "Double precision arithmetic does not allow to split a segment further, giving up. "
+                      "Incorrect result!");
+        return false;
+    case CzResult::MET_VERTEX:
+        pCSeg->split_combinatorialOnly(result.pVtx);
+        pushPieces(pCSeg);
+        return true;
+    case CzResult::MET_FIXED:
+        cross(pCSeg, result.edge);
+        return true;
+    }
+    return true;
+}
+
+bool SegmentInserter::isLocallyDelaunay(const ConstraintSegment2* pCSeg) const {
+    const HalfEdge edge = findEdge(pCSeg->getSrc(), pCSeg->getTrg());
+    Triangle2* const pN = edge.opposite();
+    if (pN == nullptr) return true;
+    return tests.inCircle(*edge.pT, *pN->getCorner(pN->getIntraTriangleIndex(edge.pT))) != CINC2_INCIRCLE;
+}
+
+// False when doubles leave no room for it.
+bool SegmentInserter::splitInTheMiddle(ConstraintSegment2* pCSeg) {
+    Point2 *const a = pCSeg->getSrc(), *const b = pCSeg->getTrg();
+    if (isBelowResolution(*a, *b, tests.getMaxAbsCoord())) return false;
+    const Point2 middle = centerWithShift(*a, *b);
+    if (middle == *a || middle == *b) return false;
+    Point2* const pSplitPoint = insertReleased(middle, a->getIncidentTriangle(), pCSeg);
+    KIVO_ASSERT(pSplitPoint != a, "pSplitPoint!=pCSeg->getSrc()");
+    const bool bOK = pCSeg->split_combinatorialOnly(pSplitPoint);
+    KIVO_ASSERT(bOK, "bOK");
+    legalizeEdge(a, b);
+    pushPieces(pCSeg);
+    return true;
+}
+
+// The segment crosses a constraint edge: both are split there.
+void SegmentInserter::cross(ConstraintSegment2* pCSeg, HalfEdge edge) {
+    Point2 *const a = pCSeg->getSrc(), *const b = pCSeg->getTrg();
+    Point2 *const r = edge.source(), *const l = edge.target();
+    double x, y;
+    getIntersectionCoords(*a, *b, *r, *l, x, y);
+    const Point2 crossing(x, y);
+    if (isCoarse(crossing, *a, *b) || isCoarse(crossing, *r, *l)) {
+        reportWarning("Dt2::treatConstraintZone()",
+                      "intersection point of two constraints has bad numerica accuracy!");
+    }
+    ConstraintSegment2* const pCrossingCSeg = mgr.getConstraintSegment(r, l);
+    mgr.reserveSplits(2);
+    if (crossing == *r || crossing == *l) {
+        pCSeg->split_combinatorialOnly(crossing == *r ? r : l);
+        pushPieces(pCSeg);
+    } else if (crossing == *a || crossing == *b) {
+        pCrossingCSeg->split_combinatorialOnly(crossing == *a ? a : b);
+        vEdges.assign(1, edge); // no constraint any more
+        legalizeEdges(vEdges, tests, &mgr);
+        vStack.push_back(pCSeg);
+        pushPieces(pCrossingCSeg);
+    } else if (!crossInPlace(pCSeg, pCrossingCSeg, edge, crossing)) {
+        Point2* const pSplitPoint = insertReleased(crossing, edge.pT, pCrossingCSeg);
+        pCrossingCSeg->split_combinatorialOnly(pSplitPoint);
+        pCSeg->split_combinatorialOnly(pSplitPoint);
+        legalizeEdge(r, l);
+        pushPieces(pCSeg);
+        pushPieces(pCrossingCSeg);
+    }
+}
+
+// Puts the crossing in the place of the crossed edge, if that makes four proper triangles.
+bool SegmentInserter::crossInPlace(ConstraintSegment2* pCSeg, ConstraintSegment2* pCrossingCSeg,
+                                   HalfEdge edge, const Point2& crossing) {
+    if (!isStarShaped(edge, crossing)) return false;
+    Point2* const pSplitPoint = host.newVertex(crossing);
+    // First, so that the new edges are known as fixed when they are legalised around.
+    pCrossingCSeg->split_combinatorialOnly(pSplitPoint);
+    pCSeg->split_combinatorialOnly(pSplitPoint);
+    host.replaceEdge(edge, pSplitPoint);
+    pushPieces(pCSeg);
+    return true;
+}
+
+// Inserts a point as if this segment were no constraint: it is not split by it, and its edge is not held.
+Point2* SegmentInserter::insertReleased(const Point2& p, Triangle2* pNear, ConstraintSegment2* pReleased) {
+    const SegmentRelease release(*pReleased);
+    return host.insertNear(p, pNear);
+}
+
+// True when the point is strictly inside the two triangles at the edge and sees all of their corners.
+bool SegmentInserter::isStarShaped(HalfEdge edge, const Point2& p) const {
+    const Triangle2 *const pT = edge.pT, *const pN = edge.opposite();
+    const Point2 &r = *edge.source(), &l = *edge.target();
+    const Point2& onT = *pT->getCorner(edge.ith);
+    const Point2& onN = *pN->getCorner(pN->getIntraTriangleIndex(pT));
+    return tests.orientation(onT, r, p) == ORIENTATION2_CCW &&
+           tests.orientation(l, onT, p) == ORIENTATION2_CCW &&
+           tests.orientation(onN, l, p) == ORIENTATION2_CCW &&
+           tests.orientation(r, onN, p) == ORIENTATION2_CCW;
+}
+
+// The edge pq, if it is there, is no constraint any more.
+void SegmentInserter::legalizeEdge(const Point2* p, const Point2* q) {
+    const HalfEdge edge = findEdge(p, q);
+    if (edge.pT == nullptr) return;
+    vEdges.assign(1, edge);
+    legalizeEdges(vEdges, tests, &mgr);
+}
+
+void SegmentInserter::pushPieces(ConstraintSegment2* pCSeg) {
+    ConstraintSegment2 *pKid0 = nullptr, *pKid1 = nullptr;
+    Point2* pSplit = nullptr;
+    pCSeg->getChildrenAndSplitPoint(pKid0, pKid1, pSplit);
+    vStack.push_back(pKid1);
+    vStack.push_back(pKid0);
+}
+
+} // namespace TESK_KIVO2D

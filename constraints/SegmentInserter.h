@@ -1,0 +1,65 @@
+#pragma once
+
+#include "ConstraintSegment2.h"
+#include "Point2.h"
+#include "constraints/ConstraintHost.h"
+#include "constraints/ConstraintMgr.h"
+#include "constraints/CzRetriangulation.h"
+#include "constraints/CzTraversal.h"
+#include "core/HalfEdge.h"
+#include "kernel/TeskTest.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace TESK_KIVO2D {
+
+// Puts constraint segments into a triangulation, one at a time with all that comes of it: its pieces, and
+// those of segments that it crosses.
+//
+// A crossing is a point that rounding has moved, and no decision relies on where to. The new vertex replaces
+// the crossed edge if the four triangles that come out are found counter-clockwise; else it is inserted as
+// any other point, and the pieces of both segments are inserted like new segments, which may cross others
+// than before.
+//
+// It ends: a crossing kills a segment, and the pieces lie in smaller coordinate boxes. How long that may take
+// is bounded by a budget, far beyond what real inputs need.
+class SegmentInserter {
+public:
+    SegmentInserter(ConstraintHost& triangulation, ConstraintMgr& manager)
+        : host(triangulation), mgr(manager), tests(triangulation.predicates()), retriangulation(tests) {}
+
+    // The segment is alive. Returns false, after a warning, when a piece had to be given up.
+    bool insert(ConstraintSegment2* pCSeg);
+
+    void allowSteinerPoints(std::size_t num) { numSteinerPointsLeft = num; }
+    // How many pieces the insertion of one segment may take.
+    void setBudget(std::uint64_t num) { budget = num; }
+
+private:
+    void insertConstrained(ConstraintSegment2* pCSeg);
+    bool insertConforming(ConstraintSegment2* pCSeg);
+    bool splitInTheMiddle(ConstraintSegment2* pCSeg);
+    bool isLocallyDelaunay(const ConstraintSegment2* pCSeg) const;
+
+    void cross(ConstraintSegment2* pCSeg, HalfEdge edge);
+    bool crossInPlace(ConstraintSegment2* pCSeg, ConstraintSegment2* pCrossingCSeg, HalfEdge edge,
+                      const Point2& crossing);
+    Point2* insertReleased(const Point2& p, Triangle2* pNear, ConstraintSegment2* pReleased);
+    bool isStarShaped(HalfEdge edge, const Point2& p) const;
+    void legalizeEdge(const Point2* p, const Point2* q);
+    void pushPieces(ConstraintSegment2* pCSeg);
+
+    ConstraintHost& host;
+    ConstraintMgr& mgr;
+    TeskTest& tests;
+    CzRetriangulation retriangulation;
+    ConstraintZone zone;
+    std::vector<ConstraintSegment2*> vStack; // the last one pushed is next
+    std::vector<HalfEdge> vEdges;
+    std::size_t numSteinerPointsLeft = 0;
+    std::uint64_t budget = 20000000;
+};
+
+} // namespace TESK_KIVO2D

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Point2.h"
+#include "Triangle2.h"
+#include "core/HalfEdge.h"
+#include "kernel/TeskTest.h"
+
+namespace TESK_KIVO2D {
+
+// What a segment from one vertex towards another meets first.
+struct Departure {
+    enum Kind {
+        ALONG_EDGE, // the edge to pVtx, which lies on the segment or is its other end
+        ACROSS_EDGE // the interior of the edge opposite the vertex in a triangle
+    };
+    Kind kind;
+    bool bFromTarget; // seen from the target towards the source, because that was found first
+    Point2* pVtx;     // for ALONG_EDGE
+    HalfEdge across;  // for ACROSS_EDGE
+};
+
+// How the segment from p to q, two vertices of the triangulation, leaves p, or how the one from q to p leaves
+// q. Turns around p, and if that takes long around q as well, so it costs the lower of their degrees: the
+// segments of a star are found from their outer ends.
+Departure findDeparture(Point2* p, Point2* q, TeskTest& tests);
+
+// The edge between two vertices, with a triangle on either side of it; a null triangle when there is none.
+// Costs the lower of their degrees.
+HalfEdge findEdge(const Point2* p, const Point2* q);
+
+} // namespace TESK_KIVO2D
