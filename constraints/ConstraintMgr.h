@@ -32,12 +32,18 @@ public:
     // strategy, or a new one.
     ConstraintSegment2* createConstraint(Point2* p0, Point2* p1, ConstraintInsertionStrategy cis);
     // The live segment between the vertices, or null.
-    ConstraintSegment2* getConstraintSegment(const Point2* p0, const Point2* p1) const;
+    ConstraintSegment2* getConstraintSegment(const Point2* p0, const Point2* p1) const {
+        if (segments.empty() || filter.excludes(p0) || filter.excludes(p1)) return nullptr;
+        ConstraintSegment2* const pCSeg = segments.find(p0, p1);
+        return pCSeg != nullptr && pCSeg->isAlive() ? pCSeg : nullptr;
+    }
     bool isConstraint(const Point2* p0, const Point2* p1) const {
         return getConstraintSegment(p0, p1) != nullptr;
     }
     // True for an end of any segment, dead ones included.
-    bool isConstraint(const Point2* pVtx) const;
+    bool isConstraint(const Point2* pVtx) const { return sVertices.contains(pVtx); }
+    // Gets memory for so many splits at new vertices, so that these need none.
+    void reserveSplits(std::size_t num);
 
     // --- graphs; all of them return a graph of this manager, never null
     ConstraintGraph2* createConstraint(const std::vector<PointerPair>& vPairs,
@@ -53,6 +59,11 @@ public:
     // --- application
     // Makes all pending segments edges, in passes until one splits nothing.
     void apply();
+    // Makes the live segment, or the live leaves of the dead one, edges, if the triangulation is 2-D.
+    void applySegment(ConstraintSegment2* pCSeg);
+    // True while live segments wait to become edges: for a triangulation that is 2-D, or for an `apply` after
+    // an insertion that was cut short.
+    bool hasPending() const { return bPending; }
 
     // --- files
     void writeConstraints(const std::string& prefix) const;
@@ -76,13 +87,64 @@ private:
     friend class ConstraintSegment2;
     friend class ConstraintGraph2;
 
+    using Owner = ConstraintSegment2::Owner;
+    // How a graph is made, and what is said of a pair of equal vertices.
+    struct GraphOrder {
+        ConstraintInsertionStrategy cis;
+        bool bOriented;
+        bool bApplyNow;
+        const char* pSkipLocation;
+        const char* pSkipMessage;
+        bool bPrintsPair;
+    };
+
+    // --- segments: memory first, then changes that do not throw
+    // Builds the filter when the triangulation has become large enough for it.
+    void considerFilter();
+    void reserveSegments(std::size_t num);
+    // Needs a reserved segment and two reserved vertices.
+    ConstraintSegment2* findOrMake(Point2* p0, Point2* p1, ConstraintInsertionStrategy cis);
+    void reserveSplit(ConstraintSegment2* pCSeg, Point2* pSplit);
+    void reserveOwners(std::size_t num);
+    // One owner graph of each split calls this.
+    void registerSplit(ConstraintSegment2* pParentCSeg, ConstraintSegment2* pCSeg0,
+                       ConstraintSegment2* pCSeg1) const;
+    // Calls f with the segment and its descendants, leaving out what the graph owns, which is known to go all
+    // the way down. f may enter the graph. A second walk, or one over fewer segments, takes no memory.
+    template<class F>
+    void forEachNotOwned(ConstraintSegment2* pRoot, const ConstraintGraph2* pGraph, F f) {
+        vStack.assign({nullptr, pRoot}); // one place more, for whoever starts at a parent
+        while (vStack.size() > 1) {
+            ConstraintSegment2* const pCSeg = vStack.back();
+            vStack.pop_back();
+            if (pCSeg->findOwner(pGraph) != nullptr) continue;
+            f(pCSeg);
+            if (pCSeg->hasChildren()) vStack.insert(vStack.end(), {pCSeg->aChildren[1], pCSeg->aChildren[0]});
+        }
+    }
+    std::size_t countNotOwned(ConstraintSegment2* pRoot, const ConstraintGraph2* pGraph);
+
+    // --- graphs
+    ConstraintGraph2* makeGraph(const std::vector<PointerPair>& vPairs, const GraphOrder& order);
+    ConstraintGraph2* establish(const std::vector<PointerPair>& vPairs, const GraphOrder& order,
+                                std::vector<ConstraintSegment2*>& vCSegs);
+    std::vector<PointerPair> insertEnds(const std::vector<Segment2>& vSegments);
+    void applyGraph(const ConstraintGraph2* pGraph, const std::vector<ConstraintSegment2*>& vCSegs,
+                    ProgressHub::Operation& operation);
+    void retreat(const ConstraintGraph2* pGraph);
+    bool applyPass(const std::vector<ConstraintSegment2*>& vWork, std::vector<ConstraintSegment2*>& vNext,
+                   ProgressHub::Operation& operation);
+
     ConstraintHost& dt;
+    bool bPoolsReady = false;
+    bool bPending = false;
     SimplePool<ConstraintSegment2> segmentPool;
-    SimplePool<ConstraintSegment2::Owner> ownerPool;
+    SimplePool<Owner> ownerPool;
     SegmentTable segments; // of all, by the pair of ends
     VertexSet sVertices;   // the ends of all
     EndpointFilter filter;
     std::vector<std::unique_ptr<ConstraintGraph2>> vGraphs;
+    std::vector<ConstraintSegment2*> vStack; // of a walk through descendants; kept for its memory
 };
 
 } // namespace TESK_KIVO2D

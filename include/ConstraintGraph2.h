@@ -4,7 +4,9 @@
 #include "export.h"
 #include "fwd.h"
 
+#include <array>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -59,12 +61,39 @@ private:
     friend class ConstraintMgr;
     friend class ConstraintSegment2;
 
-    // The segments, and for each of them whether its source is the user's end.
-    ConstraintGraph2(ConstraintMgr& manager, ConstraintInsertionStrategy strategy);
+    // Without segments, until `prepare` and `commit`.
+    ConstraintGraph2(ConstraintMgr& manager, ConstraintInsertionStrategy strategy)
+        : mgr(manager), cis(strategy) {}
+
+    // Takes the segments and finds out whether they are a polygon; gets all the memory that `commit` needs.
+    // When it throws, the segments are as they were.
+    void prepare(const std::vector<ConstraintSegment2*>& vCSegs);
+    // Becomes an owner of the segments, and enters their directions: for a polygon along the ring, otherwise
+    // as pDirected has them, which holds the same edges from start to end and pairs of equal vertices to be
+    // left out, and without it from source to target.
+    void commit(const std::vector<std::pair<Point2*, Point2*>>* pDirected);
+    void enterRingDirections();
+    void enterUserDirections(const std::vector<std::pair<Point2*, Point2*>>& vDirected);
+
+    // The segments as one ring from the leftmost, lowest vertex, counter-clockwise, and that vertex; null
+    // when they are no ring.
+    Point2* checkAndSortPolygon(const std::vector<ConstraintSegment2*>& vCSegs,
+                                std::vector<ConstraintSegment2*>& vSorted) const;
+
+    // Enters the directions of what descends from a dead segment: they run along it, or, with bAlong false,
+    // all from source to target. What has a direction keeps it.
+    void enterDescendants(ConstraintSegment2* pRoot, bool bAlong);
+    std::array<bool, 2> directionsAlong(ConstraintSegment2* pParent, ConstraintSegment2* pChild0,
+                                        ConstraintSegment2* pChild1) const;
+    // The segment has just been split. The first of its owners tells the manager.
+    void notifySplit(ConstraintSegment2* pParentCSeg, bool bFirst);
+    // Appends the live leaves in the user's direction.
+    void getOrderedLiveSegments(std::vector<ConstraintSegment2*>& vCSegs) const;
 
     ConstraintMgr& mgr;
     ConstraintInsertionStrategy cis;
     std::vector<ConstraintSegment2*> vCSegParents;
+    Point2* pRingStart = nullptr; // of a polygon
     bool bPolygon = false;
     bool bOriented = false;
 };

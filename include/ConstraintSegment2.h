@@ -77,15 +77,37 @@ private:
 
     // Takes the next number of the process as its label. p0 must have the lower address.
     ConstraintSegment2(Point2* p0, Point2* p1, ConstraintInsertionStrategy strategy);
+    static std::uint32_t takeLabel();
+
+    bool hasChildren() const { return aChildren[0] != nullptr; }
+    // Neither alive nor split: an insertion that failed has taken it out, or it is released at the moment.
+    bool isWithdrawn() const { return !bAlive && !hasChildren(); }
+    bool hasEnd(const Point2* pVtx) const { return pVtx == pSrc || pVtx == pTrg; }
+    Point2* otherEnd(const Point2* pEnd) const { return pEnd == pSrc ? pTrg : pSrc; }
+    bool isInBox(const Point2& p) const;
+    Point2 clampedIntoBox(const Point2& p) const;
+
+    // The entry of this graph, or null.
+    Owner* findOwner(const ConstraintGraph2* pGraph);
+    // Enters the graph, which must be no owner yet, in this segment alone.
+    void enterOwner(ConstraintGraph2* pGraph);
+    // Makes the graph an owner of this segment and of all that descends from it.
+    void addOwner(ConstraintGraph2* pGraph);
+    // Makes the direction known to the graph, an owner. False when it was known: then nothing changes.
+    bool enterDirection(const ConstraintGraph2* pGraph, bool bReverse);
+    // Gives birth to the children, and tells all owners. When it throws nothing has changed.
+    void splitAt(Point2* pSplit);
+    // Makes the children edges of the triangulation.
+    void insertChildren(ConstraintMgr& mgr);
 
     Point2* pSrc;
     Point2* pTrg;
     ConstraintSegment2* aChildren[2] = {nullptr, nullptr};
+    std::uint32_t label;
+    bool bAlive = true;
+    ConstraintInsertionStrategy cis;
     Owner firstOwner = {nullptr, nullptr, false, false}; // a list; the others are kept by the manager
     double adjacentArea = DBL_MAX;
-    std::uint32_t label;
-    ConstraintInsertionStrategy cis;
-    bool bAlive = true;
 };
 
 /// Writes label, address and ends, then both points and the length, on four lines.

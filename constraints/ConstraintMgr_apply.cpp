@@ -1,0 +1,109 @@
+#include "constraints/ConstraintMgr.h"
+
+#include "kernel/assertion.h"
+#include "kernel/messages.h"
+
+#include <algorithm>
+
+namespace TESK_KIVO2D {
+namespace {
+
+constexpr const char* applyLocation = "ConstraintMgr::apply()";
+
+} // namespace
+
+void ConstraintMgr::applySegment(ConstraintSegment2* pCSeg) {
+    if (!dt.is2D()) return;
+    if (!pCSeg->isAlive()) {
+        std::vector<ConstraintSegment2*> vLeaves;
+        pCSeg->getChildrenRec(vLeaves);
+        // An earlier one may have split a later one.
+        for (ConstraintSegment2* pLeaf : vLeaves)
+            applySegment(pLeaf);
+        return;
+    }
+    switch (pCSeg->getCIS()) {
+    case CIS_CONFORMING_DELAUNAY:
+    case CIS_CONSTRAINED_DELAUNAY:
+        dt.insertSegment(pCSeg);
+        return;
+    }
+    reportError(applyLocation, "Unknown CIS");
+    KIVO_ASSERT(false, "false");
+}
+
+void ConstraintMgr::applyGraph(const ConstraintGraph2* pGraph, const std::vector<ConstraintSegment2*>& vCSegs,
+                               ProgressHub::Operation& operation) {
+    try {
+        for (ConstraintSegment2* pCSeg : vCSegs) {
+            applySegment(pCSeg);
+            operation.advance(2);
+        }
+    } catch (...) {
+        retreat(pGraph);
+        throw;
+    }
+}
+
+// After a graph could not be applied to the end. What is no edge was asked for by this graph only, and is
+// forgotten; or others have it too, since a split was cut short: that waits for the next application.
+void ConstraintMgr::retreat(const ConstraintGraph2* pGraph) {
+    segmentPool.forEach([&](ConstraintSegment2* pCSeg) {
+        if (!pCSeg->isAlive() || dt.isEdge(pCSeg->pSrc, pCSeg->pTrg)) return;
+        if (pCSeg->firstOwner.pGraph == pGraph && pCSeg->firstOwner.pNext == nullptr) {
+            pCSeg->bAlive = false;
+        } else {
+            bPending = true;
+        }
+    });
+}
+
+void ConstraintMgr::apply() {
+    std::vector<ConstraintSegment2*> vWork;
+    forEachLiveSegment([&](ConstraintSegment2* pCSeg) { vWork.push_back(pCSeg); });
+    if (vWork.empty()) {
+        bPending = false;
+        return;
+    }
+    // Deliberate: not in the order in which they were made.
+    std::sort(vWork.begin(), vWork.end(),
+              [](const ConstraintSegment2* pA, const ConstraintSegment2* pB) { return *pA < *pB; });
+    bPending = true; // until the end is reached
+    ProgressHub::Operation operation(dt.progressHub(), "apply", vWork.size());
+    std::vector<ConstraintSegment2*> vNext;
+    int budget = 499;
+    while (!applyPass(vWork, vNext, operation)) {
+        vWork.swap(vNext);
+        if (--budget == 0) {
+            reportWarning(applyLocation, "insufficient numeric accuracy, need to skip last insertions");
+            break;
+        }
+    }
+    bPending = !dt.is2D();
+    operation.finish();
+}
+
+// Returns true when nothing was split.
+bool ConstraintMgr::applyPass(const std::vector<ConstraintSegment2*>& vWork,
+                              std::vector<ConstraintSegment2*>& vNext, ProgressHub::Operation& operation) {
+    bool bClean = true;
+    vNext.clear();
+    for (ConstraintSegment2* pCSeg : vWork) {
+        const bool bWasAlive = pCSeg->isAlive();
+        if (bWasAlive) {
+            KIVO_ASSERT(pCSeg->isAlive(), "pCSeg->isAlive()");
+            applySegment(pCSeg);
+        }
+        if (pCSeg->isAlive()) {
+            vNext.push_back(pCSeg);
+            operation.advance(1);
+            continue;
+        }
+        bClean = false;
+        pCSeg->getChildrenRec(vNext);
+        if (bWasAlive) operation.advance(4);
+    }
+    return bClean;
+}
+
+} // namespace TESK_KIVO2D

@@ -1,0 +1,171 @@
+#pragma once
+
+#include "ConstraintSegment2.h"
+#include "Point2.h"
+#include "core/prefetch.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <utility>
+
+namespace TESK_KIVO2D {
+
+// A hash table with open addressing, of slots that fill cache lines. A search begins at the first slot of a
+// line and goes on line by line; no more than half of the slots are in use, so one line mostly answers it,
+// whether the answer is yes or no. Nothing is ever removed. The order of slots follows addresses and differs
+// from run to run: nothing may walk through a table.
+//
+// A slot says whether it is empty, as a slot of zero bytes must be, and knows its hash.
+template<class Slot>
+class LineTable {
+public:
+    bool empty() const { return numUsed == 0; }
+
+    // Makes sure that num more slots can be used. Throws std::bad_alloc, with the table as it was.
+    void reserve(std::size_t num) {
+        if (2 * (numUsed + num) > numLines * slotsPerLine) grow(numUsed + num);
+    }
+    // The slot of this hash that is the same, or the empty one where it would be. Needs a reserved slot.
+    template<class Same>
+    Slot& seek(std::uint64_t hash, Same same) const {
+        for (std::size_t i = hash >> shift;; i = (i + 1) & (numLines - 1)) {
+            for (Slot& slot : pLines[i].aSlots) {
+                if (slot.isEmpty() || same(slot)) return slot;
+            }
+        }
+    }
+    void use(Slot& emptySlot, const Slot& content) {
+        emptySlot = content;
+        ++numUsed;
+    }
+    void prefetchLine(std::uint64_t hash) const {
+        if (numLines != 0) prefetch(static_cast<const void*>(&pLines[hash >> shift]));
+    }
+
+private:
+    static constexpr std::size_t lineBytes = 64;
+    static constexpr std::size_t slotsPerLine = lineBytes / sizeof(Slot);
+    struct alignas(lineBytes) Line {
+        Slot aSlots[slotsPerLine] = {};
+    };
+
+    void grow(std::size_t numNeeded) {
+        const std::size_t num = std::bit_ceil(std::max<std::size_t>(8, 2 * numNeeded / slotsPerLine + 1));
+        std::unique_ptr<Line[]> pOld = std::make_unique<Line[]>(num);
+        pOld.swap(pLines);
+        const std::size_t numOld = std::exchange(numLines, num);
+        shift = 64 - std::countr_zero(num);
+        for (std::size_t i = 0; i < numOld; ++i) {
+            for (const Slot& slot : pOld[i].aSlots) {
+                if (!slot.isEmpty()) seek(slot.getHash(), [](const Slot&) { return false; }) = slot;
+            }
+        }
+    }
+
+    std::unique_ptr<Line[]> pLines;
+    std::size_t numLines = 0; // a power of 2
+    int shift = 0;            // the upper bits of a hash are the index of a line
+    std::size_t numUsed = 0;
+};
+
+// Finds the segment between two vertices. The slots hold the whole hash: a search for what is not there does
+// not touch a segment.
+class SegmentTable {
+public:
+    bool empty() const { return table.empty(); }
+    void reserve(std::size_t num) { table.reserve(num); }
+
+    // In any order of the two vertices; null when there is none.
+    ConstraintSegment2* find(const Point2* p0, const Point2* p1) const {
+        if (std::less<>{}(p1, p0)) std::swap(p0, p1);
+        if (table.empty()) return nullptr;
+        const std::uint64_t hash = hashOf(p0, p1);
+        return table.seek(hash, [=](const Slot& slot) { return slot.holds(hash, p0, p1); }).pCSeg;
+    }
+    // False, and nothing done, when there is one between its ends. Needs a reserved slot.
+    bool insert(ConstraintSegment2* pCSeg) {
+        const std::uint64_t hash = hashOf(pCSeg->getSrc(), pCSeg->getTrg());
+        Slot& slot = table.seek(
+            hash, [=](const Slot& other) { return other.holds(hash, pCSeg->getSrc(), pCSeg->getTrg()); });
+        if (!slot.isEmpty()) return false;
+        table.use(slot, {hash, pCSeg});
+        return true;
+    }
+    void prefetchSlot(const Point2* p0, const Point2* p1) const {
+        table.prefetchLine(std::less<>{}(p1, p0) ? hashOf(p1, p0) : hashOf(p0, p1));
+    }
+
+private:
+    struct Slot {
+        std::uint64_t hash;
+        ConstraintSegment2* pCSeg;
+
+        bool isEmpty() const { return pCSeg == nullptr; }
+        std::uint64_t getHash() const { return hash; }
+        bool holds(std::uint64_t otherHash, const Point2* p0, const Point2* p1) const {
+            return hash == otherHash && pCSeg->getSrc() == p0 && pCSeg->getTrg() == p1;
+        }
+    };
+
+    static std::uint64_t hashOf(const Point2* p0, const Point2* p1) {
+        const std::uint64_t a = reinterpret_cast<std::uintptr_t>(p0),
+                            b = reinterpret_cast<std::uintptr_t>(p1);
+        const std::uint64_t mixed = a * 0x9E3779B97F4A7C15u + b;
+        return (mixed ^ (mixed >> 32)) * 0xD6E8FEB86659FD93u;
+    }
+
+    LineTable<Slot> table;
+};
+
+// A set of vertices, a bit each: those of 64 records that follow one another share a slot. Vertices of a pool
+// mostly come in such runs.
+class VertexSet {
+public:
+    // Makes sure that num more vertices can be inserted, wherever they lie.
+    void reserve(std::size_t num) { table.reserve(num); }
+    // True when the vertex is new. Throws std::bad_alloc, unless a place was reserved.
+    bool insert(const Point2* pVtx) {
+        table.reserve(1);
+        Slot& slot = slotOf(pVtx);
+        const std::uint64_t bit = bitOf(pVtx);
+        if ((slot.bits & bit) != 0) return false;
+        if (slot.isEmpty()) {
+            table.use(slot, {groupOf(pVtx), bit});
+        } else {
+            slot.bits |= bit;
+        }
+        return true;
+    }
+    bool contains(const Point2* pVtx) const {
+        return !table.empty() && (slotOf(pVtx).bits & bitOf(pVtx)) != 0;
+    }
+
+private:
+    struct Slot {
+        std::uint64_t group;
+        std::uint64_t bits;
+
+        bool isEmpty() const { return bits == 0; }
+        std::uint64_t getHash() const { return hashOf(group); }
+    };
+
+    // Records are no smaller than 32 bytes, so two of them never have the same quotient.
+    static_assert(sizeof(Point2) >= 32);
+    static std::uint64_t numberOf(const Point2* pVtx) { return reinterpret_cast<std::uintptr_t>(pVtx) >> 5; }
+    static std::uint64_t groupOf(const Point2* pVtx) { return numberOf(pVtx) >> 6; }
+    static std::uint64_t bitOf(const Point2* pVtx) { return std::uint64_t{1} << (numberOf(pVtx) & 63); }
+    static std::uint64_t hashOf(std::uint64_t group) { return group * 0x9E3779B97F4A7C15u; }
+
+    Slot& slotOf(const Point2* pVtx) const {
+        const std::uint64_t group = groupOf(pVtx);
+        return table.seek(hashOf(group), [=](const Slot& slot) { return slot.group == group; });
+    }
+
+    LineTable<Slot> table;
+};
+
+} // namespace TESK_KIVO2D
