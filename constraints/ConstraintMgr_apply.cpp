@@ -9,6 +9,14 @@ namespace TESK_KIVO2D {
 namespace {
 
 constexpr const char* applyLocation = "ConstraintMgr::apply()";
+constexpr int maxPasses = 499;
+
+// How many Steiner points conforming segments may take in one call; what is left of them then is forced in. Real
+// inputs need one or two a segment. But segments that meet at a small angle split each other for ever, and those that
+// rounding has laid beside each other, a few units in the last place apart, want one every few units.
+std::size_t numSteinerPoints(std::size_t numSegments, std::size_t numVertices) {
+    return 1000 + 16 * (numSegments + numVertices);
+}
 
 } // namespace
 
@@ -35,14 +43,26 @@ void ConstraintMgr::applySegment(ConstraintSegment2* pCSeg) {
 void ConstraintMgr::applyGraph(const ConstraintGraph2* pGraph, const std::vector<ConstraintSegment2*>& vCSegs,
                                ProgressHub::Operation& operation) {
     try {
+        dt.allowSteinerPoints(numSteinerPoints(vCSegs.size(), dt.numberOfPoints()));
         for (ConstraintSegment2* pCSeg : vCSegs) {
             applySegment(pCSeg);
             operation.advance(2);
         }
+        if (pGraph->getInsertionStrategy() == CIS_CONFORMING_DELAUNAY) makeDelaunay(vCSegs);
+        dt.allowSteinerPoints(0);
     } catch (...) {
+        dt.allowSteinerPoints(0);
         retreat(pGraph);
         throw;
     }
+}
+
+// Later segments have put vertices into the circles of earlier ones.
+void ConstraintMgr::makeDelaunay(const std::vector<ConstraintSegment2*>& vCSegs) {
+    ProgressHub::Operation silent(dt.progressHub(), applyLocation, vCSegs.size()); // inside another one
+    std::vector<ConstraintSegment2*> vWork = vCSegs, vNext;
+    for (int i = 0; i < maxPasses && !applyPass(vWork, vNext, silent); ++i)
+        vWork.swap(vNext);
 }
 
 // After a graph could not be applied to the end. What is no edge was asked for by this graph only, and is
@@ -71,7 +91,8 @@ void ConstraintMgr::apply() {
     bPending = true; // until the end is reached
     ProgressHub::Operation operation(dt.progressHub(), "apply", vWork.size());
     std::vector<ConstraintSegment2*> vNext;
-    int budget = 499;
+    int budget = maxPasses;
+    dt.allowSteinerPoints(numSteinerPoints(vWork.size(), dt.numberOfPoints()));
     while (!applyPass(vWork, vNext, operation)) {
         vWork.swap(vNext);
         if (--budget == 0) {
@@ -79,6 +100,7 @@ void ConstraintMgr::apply() {
             break;
         }
     }
+    dt.allowSteinerPoints(0);
     bPending = !dt.is2D();
     operation.finish();
 }

@@ -69,9 +69,10 @@ bool ConstraintSegment2::enterDirection(const ConstraintGraph2* pGraph, bool bRe
 // --- splitting
 
 bool ConstraintSegment2::isInBox(const Point2& p) const {
-    const auto [xMin, xMax] = std::minmax(pSrc->x(), pTrg->x());
-    const auto [yMin, yMax] = std::minmax(pSrc->y(), pTrg->y());
-    return xMin <= p.x() && p.x() <= xMax && yMin <= p.y() && p.y() <= yMax;
+    const auto isBetween = [](double value, double a, double b) {
+        return std::min(a, b) <= value && value <= std::max(a, b);
+    };
+    return isBetween(p.x(), pSrc->x(), pTrg->x()) && isBetween(p.y(), pSrc->y(), pTrg->y());
 }
 
 Point2 ConstraintSegment2::clampedIntoBox(const Point2& p) const {
@@ -126,7 +127,10 @@ Point2* ConstraintSegment2::insertAndSplit(const Point2& p) {
         mgr.bPending = true; // an edge may be missing now
         throw;
     }
-    if (pOwnerDt->is2D()) pOwnerDt->legalizeAround(pSplit);
+    if (pOwnerDt->is2D()) {
+        pOwnerDt->legalizeEdge(pSrc, pTrg); // rounding may have put the vertex beside the edge
+        pOwnerDt->legalizeAround(pSplit);
+    }
     return pSplit;
 }
 

@@ -2,7 +2,6 @@
 
 #include "constraints/SegmentRelease.h"
 #include "core/edgeSearch.h"
-#include "core/legalize.h"
 #include "kernel/assertion.h"
 #include "kernel/intersection.h"
 #include "kernel/messages.h"
@@ -15,6 +14,9 @@
 
 namespace TESK_KIVO2D {
 namespace {
+
+// So many Steiner points a conforming segment may take to be there, even when those of its call are used up.
+constexpr std::size_t numOwnSteinerPoints = 16;
 
 double extent(const Point2& p, const Point2& q) {
     return std::max(std::fabs(p.x() - q.x()), std::fabs(p.y() - q.y()));
@@ -39,8 +41,8 @@ bool isBelowResolution(const Point2& a, const Point2& b, double largestCoordinat
 
 bool SegmentInserter::insert(ConstraintSegment2* pInitialCSeg) {
     KIVO_ASSERT(pInitialCSeg->isAlive(), "pInitialCSeg->isAlive()");
-    bool bComplete = true;
     vStack.assign(1, pInitialCSeg);
+    numOwnLeft = numOwnSteinerPoints;
     for (std::uint64_t numPieces = 0; !vStack.empty(); ++numPieces) {
         if (numPieces == budget) {
             reportWarning("ConstraintMgr::apply()",
@@ -53,11 +55,11 @@ bool SegmentInserter::insert(ConstraintSegment2* pInitialCSeg) {
             pCSeg->getChildrenRec(vStack);
         } else if (pCSeg->getCIS() == CIS_CONSTRAINED_DELAUNAY) {
             insertConstrained(pCSeg);
-        } else if (!insertConforming(pCSeg)) {
-            bComplete = false;
+        } else {
+            insertConforming(pCSeg);
         }
     }
-    return bComplete;
+    return true;
 }
 
 void SegmentInserter::insertConstrained(ConstraintSegment2* pCSeg) {
@@ -78,29 +80,35 @@ void SegmentInserter::insertConstrained(ConstraintSegment2* pCSeg) {
     }
 }
 
-bool SegmentInserter::insertConforming(ConstraintSegment2* pCSeg) {
+void SegmentInserter::insertConforming(ConstraintSegment2* pCSeg) {
     const CzResult result = traverse(pCSeg->getSrc(), pCSeg->getTrg(), tests, &mgr, zone);
     switch (result.end) {
     case CzResult::IS_EDGE:
         // Present, but until the circles are empty it is locked rather than Delaunay.
-        if (numSteinerPointsLeft == 0 || isLocallyDelaunay(pCSeg)) return true;
-        --numSteinerPointsLeft;
-        splitInTheMiddle(pCSeg);
-        return true;
+        if (numSteinerPointsLeft == 0 || isLocallyDelaunay(pCSeg)) return;
+        if (takeSteinerPoint()) splitInTheMiddle(pCSeg);
+        return;
     case CzResult::REACHED:
-        if (splitInTheMiddle(pCSeg)) return true;
+        if (takeSteinerPoint() && splitInTheMiddle(pCSeg)) return;
         reportWarning("Dt2::insertSegmentConformingDelaunay()",
                       "Double precision arithmetic does not allow to split a segment further, giving up. "
                       "Incorrect result!");
-        return false;
+        retriangulation.fill(zone); // at least present, if not Delaunay
+        return;
     case CzResult::MET_VERTEX:
         pCSeg->split_combinatorialOnly(result.pVtx);
         pushPieces(pCSeg);
-        return true;
+        return;
     case CzResult::MET_FIXED:
         cross(pCSeg, result.edge);
-        return true;
+        return;
     }
+}
+
+bool SegmentInserter::takeSteinerPoint() {
+    std::size_t& numLeft = numSteinerPointsLeft > 0 ? numSteinerPointsLeft : numOwnLeft;
+    if (numLeft == 0) return false;
+    --numLeft;
     return true;
 }
 
@@ -121,7 +129,7 @@ bool SegmentInserter::splitInTheMiddle(ConstraintSegment2* pCSeg) {
     KIVO_ASSERT(pSplitPoint != a, "pSplitPoint!=pCSeg->getSrc()");
     const bool bOK = pCSeg->split_combinatorialOnly(pSplitPoint);
     KIVO_ASSERT(bOK, "bOK");
-    legalizeEdge(a, b);
+    host.legalizeEdge(a, b);
     pushPieces(pCSeg);
     return true;
 }
@@ -144,15 +152,14 @@ void SegmentInserter::cross(ConstraintSegment2* pCSeg, HalfEdge edge) {
         pushPieces(pCSeg);
     } else if (crossing == *a || crossing == *b) {
         pCrossingCSeg->split_combinatorialOnly(crossing == *a ? a : b);
-        vEdges.assign(1, edge); // no constraint any more
-        legalizeEdges(vEdges, tests, &mgr);
+        host.legalizeEdge(r, l);
         vStack.push_back(pCSeg);
         pushPieces(pCrossingCSeg);
     } else if (!crossInPlace(pCSeg, pCrossingCSeg, edge, crossing)) {
         Point2* const pSplitPoint = insertReleased(crossing, edge.pT, pCrossingCSeg);
         pCrossingCSeg->split_combinatorialOnly(pSplitPoint);
         pCSeg->split_combinatorialOnly(pSplitPoint);
-        legalizeEdge(r, l);
+        host.legalizeEdge(r, l);
         pushPieces(pCSeg);
         pushPieces(pCrossingCSeg);
     }
@@ -187,14 +194,6 @@ bool SegmentInserter::isStarShaped(HalfEdge edge, const Point2& p) const {
            tests.orientation(l, onT, p) == ORIENTATION2_CCW &&
            tests.orientation(onN, l, p) == ORIENTATION2_CCW &&
            tests.orientation(r, onN, p) == ORIENTATION2_CCW;
-}
-
-// The edge pq, if it is there, is no constraint any more.
-void SegmentInserter::legalizeEdge(const Point2* p, const Point2* q) {
-    const HalfEdge edge = findEdge(p, q);
-    if (edge.pT == nullptr) return;
-    vEdges.assign(1, edge);
-    legalizeEdges(vEdges, tests, &mgr);
 }
 
 void SegmentInserter::pushPieces(ConstraintSegment2* pCSeg) {

@@ -30,7 +30,7 @@ public:
     SegmentInserter(ConstraintHost& triangulation, ConstraintMgr& manager)
         : host(triangulation), mgr(manager), tests(triangulation.predicates()), retriangulation(tests) {}
 
-    // The segment is alive. Returns false, after a warning, when a piece had to be given up.
+    // The segment is alive. Returns false, after a warning, when the budget ran out before all pieces were edges.
     bool insert(ConstraintSegment2* pCSeg);
 
     void allowSteinerPoints(std::size_t num) { numSteinerPointsLeft = num; }
@@ -39,7 +39,8 @@ public:
 
 private:
     void insertConstrained(ConstraintSegment2* pCSeg);
-    bool insertConforming(ConstraintSegment2* pCSeg);
+    void insertConforming(ConstraintSegment2* pCSeg);
+    bool takeSteinerPoint();
     bool splitInTheMiddle(ConstraintSegment2* pCSeg);
     bool isLocallyDelaunay(const ConstraintSegment2* pCSeg) const;
 
@@ -48,7 +49,6 @@ private:
                       const Point2& crossing);
     Point2* insertReleased(const Point2& p, Triangle2* pNear, ConstraintSegment2* pReleased);
     bool isStarShaped(HalfEdge edge, const Point2& p) const;
-    void legalizeEdge(const Point2* p, const Point2* q);
     void pushPieces(ConstraintSegment2* pCSeg);
 
     ConstraintHost& host;
@@ -57,9 +57,9 @@ private:
     CzRetriangulation retriangulation;
     ConstraintZone zone;
     std::vector<ConstraintSegment2*> vStack; // the last one pushed is next
-    std::vector<HalfEdge> vEdges;
-    std::size_t numSteinerPointsLeft = 0;
+    std::size_t numSteinerPointsLeft = 0; // of the call
     std::uint64_t budget = 20000000;
+    std::size_t numOwnLeft = 0; // Steiner points of the segment that is being inserted
 };
 
 } // namespace TESK_KIVO2D

@@ -33,7 +33,7 @@ class Visualizer2;
 //
 // Between calls: the stack vCheckT is empty, no duplicate is registered, and the static bound of the
 // predicates covers the box, which covers every vertex.
-class Dt2 : private ConstraintHost {
+class Dt2 : public ConstraintHost {
 public:
     explicit Dt2(unsigned int numExpectedVertices);
     ~Dt2() override;
@@ -110,6 +110,7 @@ private:
     void allowSteinerPoints(std::size_t num) override;
     bool isEdge(const Point2* p, const Point2* q) const override;
     void legalizeAround(Point2* pVtx) override;
+    void legalizeEdge(const Point2* p, const Point2* q) override;
 
     std::string name;
     MeshStore store;

@@ -6,11 +6,13 @@
 #include "core/edgeSearch.h"
 #include "core/legalize.h"
 #include "core/queries.h"
+#include "core/split.h"
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <string>
 
 namespace TESK_KIVO2D {
@@ -111,6 +113,13 @@ void Dt2::legalizeAround(Point2* pVtx) {
         for (int i = 0; i < 3; ++i)
             vCheckEdges.push_back({pT, i});
     }
+    work.flips += legalizeEdges(vCheckEdges, pTeskPredicates, pEdgeGuard);
+}
+
+void Dt2::legalizeEdge(const Point2* p, const Point2* q) {
+    const HalfEdge edge = findEdge(p, q);
+    if (edge.pT == nullptr) return;
+    vCheckEdges.assign(1, edge);
     work.flips += legalizeEdges(vCheckEdges, pTeskPredicates, pEdgeGuard);
 }
 
