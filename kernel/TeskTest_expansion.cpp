@@ -5,46 +5,9 @@
 namespace TESK_KIVO2D::stages {
 namespace {
 
-// Products of four such numbers are multiples of 2^-1008 and stay below 2^804, so that neither they nor the
-// errors of their products leave the range of doubles.
-bool isModerate(double v) {
-    const double magnitude = std::fabs(v);
-    return v == 0 || (magnitude >= 0x1p-200 && magnitude <= 0x1p200);
-}
-
-// An exact difference of two doubles: one component, or two where it rounds, smallest first.
-struct Difference {
-    double components[2];
-    int num = 0; // 0 when a component is not of moderate size
-
-    Difference(double p, double q) {
-        double high = 0, low = 0;
-        expansion::twoSum(p, -q, high, low);
-        if (!isModerate(high) || !isModerate(low)) return;
-        if (low != 0) components[num++] = low;
-        components[num++] = high;
-    }
-};
-
-// h = e * d; up to 2 * eNum * d.num components for an e of up to maxNum. h must not be e.
-template<int maxNum>
-int times(const double* e, int eNum, const Difference& d, double* h) {
-    if (d.num == 1) return expansion::scale(e, eNum, d.components[0], h);
-    double low[2 * maxNum], high[2 * maxNum];
-    const int numLow = expansion::scale(e, eNum, d.components[0], low);
-    const int numHigh = expansion::scale(e, eNum, d.components[1], high);
-    return expansion::sum(low, numLow, high, numHigh, h);
-}
-
-// h = a * b - c * d; up to 16 components.
-int minorOf(const Difference& a, const Difference& b, const Difference& c, const Difference& d, double* h) {
-    double left[8], right[8];
-    const int numLeft = times<2>(a.components, a.num, b, left);
-    const int numRight = times<2>(c.components, c.num, d, right);
-    for (int i = 0; i < numRight; ++i)
-        right[i] = -right[i];
-    return expansion::sum(left, numLeft, right, numRight, h);
-}
+using expansion::Difference;
+using expansion::minorOf;
+using expansion::times;
 
 // h = (x^2 + y^2) * minor; up to 512 components for a minor of up to 16.
 int timesLift(const double* minor, int num, const Difference& x, const Difference& y, double* h) {

@@ -1,7 +1,7 @@
 // Stages of the in-circle test that settle most of what the static one leaves open: a fixed number of
 // operations, almost without a branch.
 #include "kernel/TeskTest_stages.h"
-#include "kernel/expansion.h"
+#include "kernel/doubleDouble.h"
 
 #include <algorithm>
 #include <bit>
@@ -10,32 +10,17 @@
 namespace TESK_KIVO2D::stages {
 namespace {
 
-// A number as a sum of two.
-struct SplitNumber {
-    double high;
-    double low;
-};
-
-// A corner seen from another point, exactly: the rounded differences and what rounding lost of them, at most
-// half a unit in the last place of each.
-struct Corner {
-    struct {
-        double x, y;
-    } high, low;
-};
-
-Corner difference(const Point2& p, const Point2& q) {
-    Corner d{};
-    expansion::twoSum(p.x(), -q.x(), d.high.x, d.low.x);
-    expansion::twoSum(p.y(), -q.y(), d.high.y, d.low.y);
-    return d;
-}
+using doubleDouble::longMinor;
+using doubleDouble::longProduct;
+using doubleDouble::SplitNumber;
+using Corner = doubleDouble::SplitVector; // a corner seen from another point
 
 struct Corners {
     Corner corners[3];
 
     Corners(const Point2& a, const Point2& b, const Point2& c, const Point2& seenFrom)
-        : corners{difference(a, seenFrom), difference(b, seenFrom), difference(c, seenFrom)} {}
+        : corners{doubleDouble::difference(a, seenFrom), doubleDouble::difference(b, seenFrom),
+                  doubleDouble::difference(c, seenFrom)} {}
 };
 
 double largestMagnitude(const Corners& d) {
@@ -86,17 +71,6 @@ double sumOfProducts(const double (&p)[3], const double (&q)[3]) {
     return (partial + products[2]) + (partialError + (errors[0] + errors[1] + errors[2]));
 }
 
-// p.x * q.y - q.x * p.y
-SplitNumber longMinor(const Corner& p, const Corner& q) {
-    double left = 0, leftError = 0, right = 0, rightError = 0, head = 0, headError = 0;
-    expansion::twoProduct(p.high.x, q.high.y, left, leftError);
-    expansion::twoProduct(q.high.x, p.high.y, right, rightError);
-    expansion::twoSum(left, -right, head, headError);
-    const double leftCross = p.high.x * q.low.y + p.low.x * q.high.y;
-    const double rightCross = q.high.x * p.low.y + q.low.x * p.high.y;
-    return {head, headError + ((leftError - rightError) + (leftCross - rightCross))};
-}
-
 // p.x^2 + p.y^2
 SplitNumber longLift(const Corner& p) {
     double xx = 0, xxError = 0, yy = 0, yyError = 0, head = 0, headError = 0;
@@ -105,12 +79,6 @@ SplitNumber longLift(const Corner& p) {
     expansion::twoSum(xx, yy, head, headError);
     const double cross = p.high.x * p.low.x + p.high.y * p.low.y;
     return {head, headError + ((xxError + yyError) + 2 * cross)};
-}
-
-SplitNumber longProduct(const SplitNumber& p, const SplitNumber& q) {
-    double head = 0, headError = 0;
-    expansion::twoProduct(p.high, q.high, head, headError);
-    return {head, headError + (p.high * q.low + p.low * q.high)};
 }
 
 double permanentOf(const Corner& a, const Corner& b, const Corner& c) {
@@ -150,13 +118,8 @@ Decision inCircleLattice(const Point2& pa, const Point2& pb, const Point2& pc, c
     return UNSURE;
 }
 
-// The error bound, with u = 2^-53. A difference x is X + x', |x'| <= u |X|. All two-sums and two-products are
-// exact (Knuth 1969, Dekker 1971); every other operation rounds with a relative error of at most u. What
-// follows counts errors in units of u^2 and leaves out O(u^3), for which the last step has room.
-//   Minor. N = |X1 Y2| + |X2 Y1|. The errors of the two products are at most u N together, that of their
-//   difference u N, the cross products 2u N; the low part is at most 4u N. Rounded are the cross products (2)
-//   and their sums (2), the differences of the errors (1) and of the sums (2), the sum of both (3) and the
-//   low part (4); the products of two rests are left out (1). The minor is off by at most 15 u^2 N.
+// The error bound, in the units of doubleDouble.
+//   Minor. Off by at most 15 u^2 N, with a low part of at most 4u N.
 //   Lift. L = X^2 + Y^2. In the same way the low part is at most 4u L and the lift off by at most 13 u^2 L.
 //   Term, lift times minor. The low part is at most (1 + 4 + 4) u LN. Rounded are the cross products (4 + 4),
 //   their sum (8) and the low part (9); the product of the low parts is left out (16); lift and minor are off

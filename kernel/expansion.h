@@ -77,5 +77,47 @@ inline int scale(const double* e, int eNum, double b, double* h) {
     return num;
 }
 
+// Products of four such numbers are multiples of 2^-1008 and stay below 2^804, so that neither they nor the
+// errors of their products leave the range of doubles.
+inline bool isModerate(double v) {
+    const double magnitude = std::fabs(v);
+    return v == 0 || (magnitude >= 0x1p-200 && magnitude <= 0x1p200);
+}
+
+// An exact difference of two doubles: one component, or two where it rounds, smallest first.
+struct Difference {
+    double components[2];
+    int num = 0; // 0 when a component is not of moderate size
+
+    Difference(double p, double q) {
+        double high = 0, low = 0;
+        twoSum(p, -q, high, low);
+        if (!isModerate(high) || !isModerate(low)) return;
+        if (low != 0) components[num++] = low;
+        components[num++] = high;
+    }
+};
+
+// h = e * d; up to 2 * eNum * d.num components for an e of up to maxNum. h must not be e.
+template<int maxNum>
+int times(const double* e, int eNum, const Difference& d, double* h) {
+    if (d.num == 1) return scale(e, eNum, d.components[0], h);
+    double low[2 * maxNum], high[2 * maxNum];
+    const int numLow = scale(e, eNum, d.components[0], low);
+    const int numHigh = scale(e, eNum, d.components[1], high);
+    return sum(low, numLow, high, numHigh, h);
+}
+
+// h = a * b - c * d; up to 16 components.
+inline int minorOf(const Difference& a, const Difference& b, const Difference& c, const Difference& d,
+                   double* h) {
+    double left[8], right[8];
+    const int numLeft = times<2>(a.components, a.num, b, left);
+    const int numRight = times<2>(c.components, c.num, d, right);
+    for (int i = 0; i < numRight; ++i)
+        right[i] = -right[i];
+    return sum(left, numLeft, right, numRight, h);
+}
+
 } // namespace expansion
 } // namespace TESK_KIVO2D

@@ -1,68 +1,109 @@
 #include "kernel/intersection.h"
 
-#include "kernel/TeskTest_exact.h"
 #include "kernel/assertion.h"
+#include "kernel/intersection_stages.h"
 #include "kernel/messages.h"
 
+#include <algorithm>
+#include <cfloat>
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+#include <gmp.h>
 #include <mutex>
 
 namespace TESK_KIVO2D {
 namespace {
 
-struct IntersectionRationals {
+// Coordinates are multiplied by one power of two that makes integers of them all: that leaves quotients of
+// integers, whose common factors need not be looked for.
+struct IntersectionIntegers {
     std::mutex mutex;
-    RationalBlock<8> coords;      // x and y of p1 to p4
-    RationalBlock<4> products;    // p1.x p2.y, p1.y p2.x, p3.x p4.y, p3.y p4.x
-    RationalBlock<2> crosses;     // p1 x p2, p3 x p4
-    RationalBlock<4> differences; // p1 - p2, p3 - p4
-    RationalBlock<4> numParts;
-    RationalBlock<2> denomParts;
-    RationalBlock<2> num;
-    RationalBlock<1> denom;
-    RationalBlock<2> result;
+    mpz_t coords[8];      // x and y of p1 to p4
+    mpz_t differences[6]; // x and y of p2 - p1, p4 - p3, p3 - p1
+    mpz_t minors[2];      // (p2 - p1) x (p4 - p3), (p3 - p1) x (p4 - p3)
+    mpq_t result;
+
+    IntersectionIntegers() {
+        for (mpz_t& z : coords)
+            mpz_init(z);
+        for (mpz_t& z : differences)
+            mpz_init(z);
+        for (mpz_t& z : minors)
+            mpz_init(z);
+        mpq_init(result);
+    }
 };
 
 // Created on first use and never cleared, so that it serves to the very end of the process.
-IntersectionRationals& rationals() {
-    static IntersectionRationals* pRationals = new IntersectionRationals;
-    return *pRationals;
+IntersectionIntegers& integers() {
+    static IntersectionIntegers* pIntegers = new IntersectionIntegers;
+    return *pIntegers;
+}
+
+// Sets the coordinates divided by the power of two whose exponent is returned.
+int setCoords(mpz_t (&coords)[8], const double (&values)[8]) {
+    int exponents[8], lowest = INT_MAX;
+    double mantissas[8];
+    for (int i = 0; i < 8; ++i) {
+        mantissas[i] = std::ldexp(std::frexp(values[i], &exponents[i]), DBL_MANT_DIG);
+        if (values[i] != 0) lowest = std::min(lowest, exponents[i]);
+    }
+    for (int i = 0; i < 8; ++i) {
+        mpz_set_d(coords[i], mantissas[i]);
+        if (values[i] != 0)
+            mpz_mul_2exp(coords[i], coords[i], static_cast<mp_bitcnt_t>(exponents[i] - lowest));
+    }
+    return lowest == INT_MAX ? 0 : lowest - DBL_MANT_DIG;
+}
+
+void setMinor(mpz_t& minor, const mpz_t* p, const mpz_t* q) {
+    mpz_mul(minor, p[0], q[1]);
+    mpz_submul(minor, p[1], q[0]);
+}
+
+// p1 + N (p2 - p1) / D along an axis. The quotient is divided once and its bits cut off, which does not need
+// lowest terms.
+double coordinate(IntersectionIntegers& n, int axis, int exponent) {
+    mpz_ptr num = mpq_numref(n.result), denom = mpq_denref(n.result);
+    mpz_mul(num, n.coords[axis], n.minors[0]);
+    mpz_addmul(num, n.differences[axis], n.minors[1]);
+    if (mpz_sgn(n.minors[0]) < 0) mpz_neg(num, num);
+    mpz_abs(denom, n.minors[0]);
+    mpz_ptr scaled = exponent < 0 ? denom : num;
+    mpz_mul_2exp(scaled, scaled, static_cast<mp_bitcnt_t>(std::abs(exponent)));
+    return mpq_get_d(n.result);
+}
+
+void intersectionExact(const double (&coords)[8], double& x, double& y) {
+    IntersectionIntegers& n = integers();
+    const std::lock_guard<std::mutex> lock(n.mutex);
+    const int exponent = setCoords(n.coords, coords);
+    constexpr int ends[3][2] = {{2, 0}, {6, 4}, {4, 0}};
+    for (int i = 0; i < 6; ++i) {
+        const auto& [to, from] = ends[i / 2];
+        mpz_sub(n.differences[i], n.coords[to + i % 2], n.coords[from + i % 2]);
+    }
+    setMinor(n.minors[0], n.differences, n.differences + 2);
+    setMinor(n.minors[1], n.differences + 4, n.differences + 2);
+    if (mpz_sgn(n.minors[0]) == 0) {
+        reportError("TeskTest::getIntersectionCoords()", "denom=0 -> parallel segments");
+        KIVO_ASSERT(false, "false");
+    }
+    x = coordinate(n, 0, exponent);
+    y = coordinate(n, 1, exponent);
 }
 
 } // namespace
 
 void getIntersectionCoords(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4, double& x,
                            double& y) {
-    IntersectionRationals& r = rationals();
-    const std::lock_guard<std::mutex> lock(r.mutex);
-    int next = 0;
-    for (const Point2* p : {&p1, &p2, &p3, &p4}) {
-        mpq_set_d(r.coords[next++], p->x());
-        mpq_set_d(r.coords[next++], p->y());
+    if (const auto certain = stages::intersectionDoubleDouble(p1, p2, p3, p4)) {
+        x = certain->x;
+        y = certain->y;
+        return;
     }
-    for (int line = 0; line < 2; ++line) {
-        const int s = 4 * line, t = s + 2; // where the line's two points begin
-        mpq_mul(r.products[2 * line], r.coords[s], r.coords[t + 1]);
-        mpq_mul(r.products[2 * line + 1], r.coords[s + 1], r.coords[t]);
-        mpq_sub(r.crosses[line], r.products[2 * line], r.products[2 * line + 1]);
-        for (int axis = 0; axis < 2; ++axis) {
-            mpq_sub(r.differences[2 * line + axis], r.coords[s + axis], r.coords[t + axis]);
-        }
-    }
-    mpq_mul(r.denomParts[0], r.differences[0], r.differences[3]);
-    mpq_mul(r.denomParts[1], r.differences[1], r.differences[2]);
-    mpq_sub(r.denom[0], r.denomParts[0], r.denomParts[1]);
-    if (mpq_sgn(r.denom[0]) == 0) {
-        reportError("TeskTest::getIntersectionCoords()", "denom=0 -> parallel segments");
-        KIVO_ASSERT(false, "false");
-    }
-    for (int axis = 0; axis < 2; ++axis) {
-        mpq_mul(r.numParts[2 * axis], r.crosses[0], r.differences[2 + axis]);
-        mpq_mul(r.numParts[2 * axis + 1], r.differences[axis], r.crosses[1]);
-        mpq_sub(r.num[axis], r.numParts[2 * axis], r.numParts[2 * axis + 1]);
-        mpq_div(r.result[axis], r.num[axis], r.denom[0]);
-    }
-    x = mpq_get_d(r.result[0]);
-    y = mpq_get_d(r.result[1]);
+    intersectionExact({p1.x(), p1.y(), p2.x(), p2.y(), p3.x(), p3.y(), p4.x(), p4.y()}, x, y);
 }
 
 } // namespace TESK_KIVO2D

@@ -4,9 +4,10 @@
 
 namespace TESK_KIVO2D {
 
-// The point where the lines p1p2 and p3p4 meet, computed in rationals and rounded once, towards zero.
+// The point where the lines p1p2 and p3p4 meet: the exact coordinates, rounded once, towards zero.
 // Parallel lines are a programming error: "denom=0 -> parallel segments" is reported and the assertion fails.
-// The rationals are the process's own, behind a lock, so any thread may call.
+// Any thread may call. Double-double arithmetic settles nearly all calls (see intersection_stages.h); the
+// integers for the others are the process's own, behind a lock.
 void getIntersectionCoords(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4, double& x,
                            double& y);
 
