@@ -1,27 +1,13 @@
 #include "bench/distributions.h"
 
+#include "bench/RandomSource.h"
+
 #include <algorithm>
 #include <cmath>
-#include <random>
 #include <stdexcept>
 
 namespace bench {
 namespace {
-
-constexpr double pi = 3.14159265358979323846;
-
-class Source {
-public:
-    double uniform() { return static_cast<double>(engine() >> 11) * 0x1p-53; }
-    double gaussian() { // Box and Muller 1958
-        const double r = std::sqrt(-2 * std::log(1 - uniform()));
-        return r * std::cos(2 * pi * uniform());
-    }
-    std::mt19937_64& bits() { return engine; }
-
-private:
-    std::mt19937_64 engine{20240229};
-};
 
 template<class Make>
 Coordinates repeat(std::size_t num, Make make) {
@@ -44,7 +30,7 @@ Coordinates onGrid(std::size_t num, Make make) {
 } // namespace
 
 Coordinates makePoints(const std::string& kind, std::size_t num) {
-    Source source;
+    RandomSource source(20240229);
     Coordinates points;
     const auto square = [&](double width, double x0, double y0) {
         const double x = source.uniform(), y = source.uniform();

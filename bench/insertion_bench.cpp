@@ -1,5 +1,6 @@
 // Insertion and location against the rival, in one run: for each input the two take turns.
 #include "Kivo_2D.h"
+#include "bench/constraint_bench.h"
 #include "bench/counters.h"
 #include "bench/inputs.h"
 #include "bench/peakMemory.h"
@@ -137,6 +138,7 @@ int main(int argc, char** argv) {
     if (argc == 2 && std::strncmp(argv[1], peakOption, std::strlen(peakOption)) == 0)
         return bench::printPeakMemory(argv[1] + std::strlen(peakOption));
     addAll();
+    bench::addConstraintBenchmarks();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return EXIT_FAILURE;
     benchmark::RunSpecifiedBenchmarks();

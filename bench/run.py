@@ -3,7 +3,7 @@
 
 usage: bench/run.py BUILD_DIR [OUT.md] [--peak-memory] [benchmark options]
 
-All of it takes some five minutes. With --benchmark_filter=REGEX, for example --benchmark_filter=uniform/1000000/,
+All of it takes some seven minutes. With --benchmark_filter=REGEX, for example --benchmark_filter=uniform/1000000/,
 only what was measured appears; --peak-memory adds the memory to that.
 """
 import json
@@ -32,6 +32,14 @@ TARGETS = [
     ("oneByOne/uniform/1000000", "batch/uniform/1000000/cgal", "CGAL batch", 3.0, 1.5),
     ("oneByOne/uniform/1000000", "oneByOne/uniform/1000000/cgal", "CGAL hierarchy", 0.6, 0.35),
     ("locate/uniform/1000000", "locate/uniform/1000000/cgal", "CGAL hierarchy", 0.5, 0.3),
+    *[(f"{task}/{kind}/{num}", f"constraints/{kind}/{num}/cgal", "CGAL constrained", 0.7, 0.45) for task, kind, num in [
+        ("constraints", "ring", MILLION),
+        ("constraints", "polygons", MILLION),
+        ("constraintByPolygon", "polygons", MILLION),
+        ("constraints", "crossings", 40000),
+    ]],
+    ("batchInto/ring/1000000", "batchInto/corners/1000000/kivo", "own, no constraints", 1.3, 1.1),
+    ("oneByOneInto/ring/1000000", "oneByOneInto/corners/1000000/kivo", "own, no constraints", 1.3, 1.1),
 ]
 PEAK_AT_MOST, PEAK_AIM = 190, 160
 
@@ -136,7 +144,7 @@ def insertion_runs(runs):
     """One run of each of our insertions of a million points: only very long walks differ, in the edges they draw."""
     for name, measured in runs.items():
         task, kind, num, who = name.split("/")
-        if who == "kivo" and task != "locate" and int(num) == MILLION:
+        if who == "kivo" and task in ("batch", "oneByOne") and int(num) == MILLION:
             yield task, kind, measured[0]
 
 
@@ -175,6 +183,22 @@ def growth_table(runs):
     return table(["points", *columns, *[column + ", CPU user" for column in columns]], rows, 0)
 
 
+def long_segment_table(runs):
+    rows = []
+    for name, measured in runs.items():
+        if name.startswith("longSegment/"):
+            edges = measured[0]["crossedEdges"]
+            times = [text_of(median(runs, name, key) * 1e6 / edges) for key in ("real_time", "userMs")]
+            rows.append([f"{int(name.split('/')[2]):,}", f"{edges:,.0f}", *times])
+    return table(["points", "edges crossed in all", "ns an edge", "CPU user"], rows, 0)
+
+
+def crossings_table(runs):
+    rows = [[name, f"{measured[0]['crossings']:,.0f}"] for name, measured in runs.items()
+            if name.startswith("constraints/crossings/")]
+    return table(["measurement", "crossings"], rows, 1)
+
+
 def peak_table(program):
     peaks = [float(output([program, "--peak-memory=" + who])) for who in ("kivo", "cgal")]
     return table(["Kivo 2D", "CGAL", "at most", "aim"],
@@ -197,6 +221,10 @@ def sections(program, runs, with_peak):
            "Asked are three and two more a flip for a point inside a triangle.", stages_table(runs, "inCircle"))
     yield ("Growth: nanoseconds a point, uniform",
            f"Medians of {repetitions}; ten million one by one are run once.", growth_table(runs))
+    yield ("Growth: nanoseconds an edge that a long constraint crosses",
+           "A strip of random points and one segment along it all, as many times as make a million points.",
+           long_segment_table(runs))
+    yield ("Crossings of constraints", "Vertices beyond those of the input.", crossings_table(runs))
     if with_peak:
         yield ("Peak memory: bytes a point", "A batch of ten million uniform points in a process of its own, beyond "
                "the caller's points and handles.", peak_table(program))
