@@ -42,7 +42,7 @@ void addPolygons(ConstraintInput& input) {
 
 void addCrossings(ConstraintInput& input, std::size_t numSegments) {
     RandomSource source(20240303);
-    constexpr double halfLength = 0.036;
+    constexpr double halfLength = 0.04;
     for (std::size_t i = 0; i < numSegments; ++i) {
         const double x = source.uniform(), y = source.uniform(), angle = pi * source.uniform();
         const double dx = halfLength * std::cos(angle), dy = halfLength * std::sin(angle);
