@@ -129,10 +129,10 @@ private:
     ConstraintGraph2* establish(const std::vector<PointerPair>& vPairs, const GraphOrder& order,
                                 std::vector<ConstraintSegment2*>& vCSegs);
     std::vector<PointerPair> insertEnds(const std::vector<Segment2>& vSegments);
-    void applyGraph(const ConstraintGraph2* pGraph, const std::vector<ConstraintSegment2*>& vCSegs,
+    void applyGraph(ConstraintGraph2* pGraph, const std::vector<ConstraintSegment2*>& vCSegs,
                     ProgressHub::Operation& operation);
     void makeDelaunay(const std::vector<ConstraintSegment2*>& vCSegs);
-    void retreat(const ConstraintGraph2* pGraph);
+    void retreat(ConstraintGraph2* pGraph);
     bool applyPass(const std::vector<ConstraintSegment2*>& vWork, std::vector<ConstraintSegment2*>& vNext,
                    ProgressHub::Operation& operation);
 

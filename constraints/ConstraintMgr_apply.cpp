@@ -40,7 +40,7 @@ void ConstraintMgr::applySegment(ConstraintSegment2* pCSeg) {
     KIVO_ASSERT(false, "false");
 }
 
-void ConstraintMgr::applyGraph(const ConstraintGraph2* pGraph, const std::vector<ConstraintSegment2*>& vCSegs,
+void ConstraintMgr::applyGraph(ConstraintGraph2* pGraph, const std::vector<ConstraintSegment2*>& vCSegs,
                                ProgressHub::Operation& operation) {
     try {
         dt.allowSteinerPoints(numSteinerPoints(vCSegs.size(), dt.numberOfPoints()));
@@ -65,16 +65,17 @@ void ConstraintMgr::makeDelaunay(const std::vector<ConstraintSegment2*>& vCSegs)
         vWork.swap(vNext);
 }
 
-// After a graph could not be applied to the end. What is no edge was asked for by this graph only, and is
-// forgotten; or others have it too, since a split was cut short: that waits for the next application.
-void ConstraintMgr::retreat(const ConstraintGraph2* pGraph) {
+// After a graph could not be applied to the end. What is no edge and was asked for by nobody else is
+// forgotten; what others have too is in a split that was cut short, and waits for the next application.
+void ConstraintMgr::retreat(ConstraintGraph2* pGraph) {
+    pGraph->bAbandoned = true;
     segmentPool.forEach([&](ConstraintSegment2* pCSeg) {
         if (!pCSeg->isAlive() || dt.isEdge(pCSeg->pSrc, pCSeg->pTrg)) return;
-        if (pCSeg->firstOwner.pGraph == pGraph && pCSeg->firstOwner.pNext == nullptr) {
-            pCSeg->bAlive = false;
-        } else {
-            bPending = true;
-        }
+        bool bWanted = false;
+        for (const Owner* p = &pCSeg->firstOwner; p != nullptr && p->pGraph != nullptr; p = p->pNext)
+            bWanted = bWanted || !p->pGraph->bAbandoned;
+        pCSeg->bAlive = bWanted;
+        bPending = bPending || bWanted;
     });
 }
 

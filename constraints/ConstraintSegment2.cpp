@@ -68,12 +68,7 @@ bool ConstraintSegment2::enterDirection(const ConstraintGraph2* pGraph, bool bRe
 
 // --- splitting
 
-bool ConstraintSegment2::isInBox(const Point2& p) const {
-    const auto isBetween = [](double value, double a, double b) {
-        return std::min(a, b) <= value && value <= std::max(a, b);
-    };
-    return isBetween(p.x(), pSrc->x(), pTrg->x()) && isBetween(p.y(), pSrc->y(), pTrg->y());
-}
+bool ConstraintSegment2::isInBox(const Point2& p) const { return clampedIntoBox(p) == p; }
 
 Point2 ConstraintSegment2::clampedIntoBox(const Point2& p) const {
     Point2 clamped(std::clamp(p.x(), std::min(pSrc->x(), pTrg->x()), std::max(pSrc->x(), pTrg->x())),

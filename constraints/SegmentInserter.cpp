@@ -22,6 +22,11 @@ double extent(const Point2& p, const Point2& q) {
     return std::max(std::fabs(p.x() - q.x()), std::fabs(p.y() - q.y()));
 }
 
+bool isInBox(const Point2& p, const Point2& a, const Point2& b) {
+    return std::min(a.x(), b.x()) <= p.x() && p.x() <= std::max(a.x(), b.x()) &&
+           std::min(a.y(), b.y()) <= p.y() && p.y() <= std::max(a.y(), b.y());
+}
+
 // True when rounding to doubles may turn the segment by a thousandth or more.
 bool isCoarse(const Point2& rounded, const Point2& p, const Point2& q) {
     const double size = rounded.getMaxAbs();
@@ -135,34 +140,48 @@ bool SegmentInserter::splitInTheMiddle(ConstraintSegment2* pCSeg) {
 }
 
 // The segment crosses a constraint edge: both are split there.
+//
+// Unless an end of one lies on the other but for a unit in the last place. Then the other one is split at that end: a new
+// vertex would be no better, and among many segments that lie on each other but for rounding each would make more.
 void SegmentInserter::cross(ConstraintSegment2* pCSeg, HalfEdge edge) {
-    Point2 *const a = pCSeg->getSrc(), *const b = pCSeg->getTrg();
-    Point2 *const r = edge.source(), *const l = edge.target();
-    double x, y;
-    getIntersectionCoords(*a, *b, *r, *l, x, y);
-    const Point2 crossing(x, y);
-    if (isCoarse(crossing, *a, *b) || isCoarse(crossing, *r, *l)) {
-        reportWarning("Dt2::treatConstraintZone()",
-                      "intersection point of two constraints has bad numerica accuracy!");
-    }
-    ConstraintSegment2* const pCrossingCSeg = mgr.getConstraintSegment(r, l);
+    ConstraintSegment2* const pCrossingCSeg = mgr.getConstraintSegment(edge.source(), edge.target());
     mgr.reserveSplits(2);
-    if (crossing == *r || crossing == *l) {
-        pCSeg->split_combinatorialOnly(crossing == *r ? r : l);
+    if (splitAtEnd(pCSeg, pCrossingCSeg)) {
         pushPieces(pCSeg);
-    } else if (crossing == *a || crossing == *b) {
-        pCrossingCSeg->split_combinatorialOnly(crossing == *a ? a : b);
-        host.legalizeEdge(r, l);
+        return;
+    }
+    if (splitAtEnd(pCrossingCSeg, pCSeg)) {
+        host.legalizeEdge(edge.source(), edge.target());
         vStack.push_back(pCSeg);
         pushPieces(pCrossingCSeg);
-    } else if (!crossInPlace(pCSeg, pCrossingCSeg, edge, crossing)) {
-        Point2* const pSplitPoint = insertReleased(crossing, edge.pT, pCrossingCSeg);
-        pCrossingCSeg->split_combinatorialOnly(pSplitPoint);
-        pCSeg->split_combinatorialOnly(pSplitPoint);
-        host.legalizeEdge(r, l);
-        pushPieces(pCSeg);
-        pushPieces(pCrossingCSeg);
+        return;
     }
+    Point2 *const a = pCSeg->getSrc(), *const b = pCSeg->getTrg();
+    Point2 *const r = edge.source(), *const l = edge.target();
+    // To nearest: rounding towards zero each time lets segments that meet at a small angle slide past each other,
+    // unit by unit, for as long as they are.
+    const Point2 crossing = getNearestIntersection(*a, *b, *r, *l);
+    if (isCoarse(crossing, *a, *b) || isCoarse(crossing, *r, *l)) {
+        reportWarning("Dt2::treatConstraintZone()",
+                      "intersection point of two constraints has bad numerica accuracy!"); // text kept as it is
+    }
+    if (crossInPlace(pCSeg, pCrossingCSeg, edge, crossing)) return;
+    Point2* const pSplitPoint = insertReleased(crossing, edge.pT, pCrossingCSeg);
+    pCrossingCSeg->split_combinatorialOnly(pSplitPoint);
+    pCSeg->split_combinatorialOnly(pSplitPoint);
+    host.legalizeEdge(r, l);
+    pushPieces(pCSeg);
+    pushPieces(pCrossingCSeg);
+}
+
+// Splits the segment at an end of the other one that lies on it but for a unit in the last place.
+bool SegmentInserter::splitAtEnd(ConstraintSegment2* pCSeg, const ConstraintSegment2* pOther) {
+    for (Point2* pEnd : {pOther->getSrc(), pOther->getTrg()}) {
+        if (!isInBox(*pEnd, *pCSeg->getSrc(), *pCSeg->getTrg())) continue;
+        if (!isWithinUnitOfLine(*pEnd, *pCSeg->getSrc(), *pCSeg->getTrg())) continue;
+        return pCSeg->split_combinatorialOnly(pEnd);
+    }
+    return false;
 }
 
 // Puts the crossing in the place of the crossed edge, if that makes four proper triangles.

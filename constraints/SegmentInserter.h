@@ -45,6 +45,7 @@ private:
     bool isLocallyDelaunay(const ConstraintSegment2* pCSeg) const;
 
     void cross(ConstraintSegment2* pCSeg, HalfEdge edge);
+    bool splitAtEnd(ConstraintSegment2* pCSeg, const ConstraintSegment2* pOther);
     bool crossInPlace(ConstraintSegment2* pCSeg, ConstraintSegment2* pCrossingCSeg, HalfEdge edge,
                       const Point2& crossing);
     Point2* insertReleased(const Point2& p, Triangle2* pNear, ConstraintSegment2* pReleased);

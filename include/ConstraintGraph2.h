@@ -96,6 +96,7 @@ private:
     Point2* pRingStart = nullptr; // of a polygon
     bool bPolygon = false;
     bool bOriented = false;
+    bool bAbandoned = false; // its application failed, and the caller never got it
 };
 
 } // namespace TESK_KIVO2D

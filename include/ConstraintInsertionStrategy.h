@@ -3,7 +3,7 @@
 namespace TESK_KIVO2D {
 
 /// How a constraint segment becomes part of the triangulation.
-enum ConstraintInsertionStrategy {
+enum ConstraintInsertionStrategy : int {
     /// The segment is divided by new vertices until each piece is a Delaunay edge: the triangulation stays
     /// Delaunay.
     CIS_CONFORMING_DELAUNAY = 0,

@@ -1,6 +1,7 @@
 #include "kernel/intersection.h"
 
 #include "kernel/assertion.h"
+#include "kernel/doubleDouble.h"
 #include "kernel/intersection_stages.h"
 #include "kernel/messages.h"
 
@@ -62,9 +63,33 @@ void setMinor(mpz_t& minor, const mpz_t* p, const mpz_t* q) {
     mpz_submul(minor, p[1], q[0]);
 }
 
+int compareMagnitudes(mpq_t& p, mpq_t& q) {
+    mpq_abs(p, p);
+    mpq_abs(q, q);
+    return mpq_cmp(p, q);
+}
+
+// Of the double towards zero from the quotient and the next one the nearer.
+double nearestOf(mpq_t& quotient, double truncated) {
+    const double away = mpq_sgn(quotient) < 0 ? -HUGE_VAL : HUGE_VAL, next = std::nextafter(truncated, away);
+    if (std::isinf(next)) return truncated;
+    mpq_t middle, other;
+    mpq_init(middle);
+    mpq_init(other);
+    mpq_set_d(middle, truncated);
+    mpq_set_d(other, next);
+    mpq_add(middle, middle, other);
+    mpq_div_2exp(middle, middle, 1);
+    mpq_canonicalize(quotient);
+    const int order = compareMagnitudes(quotient, middle);
+    mpq_clear(middle);
+    mpq_clear(other);
+    return order > 0 ? next : truncated;
+}
+
 // p1 + N (p2 - p1) / D along an axis. The quotient is divided once and its bits cut off, which does not need
 // lowest terms.
-double coordinate(IntersectionIntegers& n, int axis, int exponent) {
+double coordinate(IntersectionIntegers& n, int axis, int exponent, stages::Rounding rounding) {
     mpz_ptr num = mpq_numref(n.result), denom = mpq_denref(n.result);
     mpz_mul(num, n.coords[axis], n.minors[0]);
     mpz_addmul(num, n.differences[axis], n.minors[1]);
@@ -72,10 +97,11 @@ double coordinate(IntersectionIntegers& n, int axis, int exponent) {
     mpz_abs(denom, n.minors[0]);
     mpz_ptr scaled = exponent < 0 ? denom : num;
     mpz_mul_2exp(scaled, scaled, static_cast<mp_bitcnt_t>(std::abs(exponent)));
-    return mpq_get_d(n.result);
+    const double truncated = mpq_get_d(n.result);
+    return rounding == stages::TO_NEAREST ? nearestOf(n.result, truncated) : truncated;
 }
 
-void intersectionExact(const double (&coords)[8], double& x, double& y) {
+stages::Coordinates intersectionExact(const double (&coords)[8], stages::Rounding rounding) {
     IntersectionIntegers& n = integers();
     const std::lock_guard<std::mutex> lock(n.mutex);
     const int exponent = setCoords(n.coords, coords);
@@ -90,20 +116,36 @@ void intersectionExact(const double (&coords)[8], double& x, double& y) {
         reportError("TeskTest::getIntersectionCoords()", "denom=0 -> parallel segments");
         KIVO_ASSERT(false, "false");
     }
-    x = coordinate(n, 0, exponent);
-    y = coordinate(n, 1, exponent);
+    return {coordinate(n, 0, exponent, rounding), coordinate(n, 1, exponent, rounding)};
+}
+
+stages::Coordinates intersection(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4,
+                                 stages::Rounding rounding) {
+    if (const auto certain = stages::intersectionDoubleDouble(p1, p2, p3, p4, rounding)) return *certain;
+    return intersectionExact({p1.x(), p1.y(), p2.x(), p2.y(), p3.x(), p3.y(), p4.x(), p4.y()}, rounding);
 }
 
 } // namespace
 
 void getIntersectionCoords(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4, double& x,
                            double& y) {
-    if (const auto certain = stages::intersectionDoubleDouble(p1, p2, p3, p4)) {
-        x = certain->x;
-        y = certain->y;
-        return;
-    }
-    intersectionExact({p1.x(), p1.y(), p2.x(), p2.y(), p3.x(), p3.y(), p4.x(), p4.y()}, x, y);
+    const stages::Coordinates at = intersection(p1, p2, p3, p4, stages::TOWARDS_ZERO);
+    x = at.x;
+    y = at.y;
+}
+
+Point2 getNearestIntersection(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4) {
+    const stages::Coordinates at = intersection(p1, p2, p3, p4, stages::TO_NEAREST);
+    return Point2(at.x, at.y);
+}
+
+bool isWithinUnitOfLine(const Point2& p, const Point2& a, const Point2& b) {
+    const double size = std::max(std::fabs(a.x() - b.x()), std::fabs(a.y() - b.y()));
+    if (!(size > 0x1p-400 && size < 0x1p400 && p.getMaxAbs() > 0x1p-400 && p.getMaxAbs() < 0x1p400)) return false;
+    const double minor =
+        doubleDouble::longMinor(doubleDouble::difference(b, a), doubleDouble::difference(p, a)).high;
+    const double unit = std::nextafter(p.getMaxAbs(), HUGE_VAL) - p.getMaxAbs();
+    return std::fabs(minor) <= unit * size; // the length is no smaller
 }
 
 } // namespace TESK_KIVO2D

@@ -76,10 +76,11 @@ std::optional<Parameter> parameter(const SplitVector& d, const SplitVector& e, c
 //
 // high + low is the rounded sum and what rounding lost, so that low is at most half the distance to the next
 // double on its side. With an error of at most 2^-56 |high|, an eighth of a unit in the last place, the exact
-// coordinate lies strictly between the neighbours of high: it remains to see on which side of high. Where the
+// coordinate lies strictly between the neighbours of high, which serves for the nearest double. For the one towards
+// zero it remains to see on which side of high. Where the
 // error leaves that open, mostly since the coordinate is high, expansions tell.
 std::optional<double> coordinate(const Ends& along, const Ends& across, const SplitNumber& d,
-                                 const Parameter& at) {
+                                 const Parameter& at, Rounding rounding) {
     // On lines parallel to the other axis; a sum with 0 is never -0.
     if (along.p1 == along.p2) return along.p1 + 0.0;
     if (along.p3 == along.p4) return along.p3 + 0.0;
@@ -92,6 +93,7 @@ std::optional<double> coordinate(const Ends& along, const Ends& across, const Sp
         return compareExactly(0, along, across) == ZERO ? std::optional(0.0) : std::nullopt;
     }
     if (!(error <= 0x1p-56 * std::fabs(high))) return std::nullopt;
+    if (rounding == TO_NEAREST) return high;
     const Decision side = low > error    ? POSITIVE
                           : low < -error ? NEGATIVE
                                          : compareExactly(high, along, across);
@@ -102,16 +104,16 @@ std::optional<double> coordinate(const Ends& along, const Ends& across, const Sp
 } // namespace
 
 std::optional<Coordinates> intersectionDoubleDouble(const Point2& p1, const Point2& p2, const Point2& p3,
-                                                    const Point2& p4) {
+                                                    const Point2& p4, Rounding rounding) {
     const Ends x{p1.x(), p2.x(), p3.x(), p4.x()}, y{p1.y(), p2.y(), p3.y(), p4.y()};
     if (!areModerate(x) || !areModerate(y)) return std::nullopt;
     const SplitVector d = doubleDouble::difference(p2, p1);
     const std::optional<Parameter> at =
         parameter(d, doubleDouble::difference(p4, p3), doubleDouble::difference(p3, p1));
     if (!at) return std::nullopt;
-    const std::optional<double> atX = coordinate(x, y, {d.high.x, d.low.x}, *at);
+    const std::optional<double> atX = coordinate(x, y, {d.high.x, d.low.x}, *at, rounding);
     if (!atX) return std::nullopt;
-    const std::optional<double> atY = coordinate(y, x, {d.high.y, d.low.y}, *at);
+    const std::optional<double> atY = coordinate(y, x, {d.high.y, d.low.y}, *at, rounding);
     if (!atY) return std::nullopt;
     return Coordinates{*atX, *atY};
 }
