@@ -48,7 +48,7 @@ void ConstraintMgr::reserveOwners(std::size_t num) {
 
 void ConstraintMgr::reserveSplits(std::size_t num) {
     considerFilter();
-    sVertices.reserve(num);
+    sVertices.reserve(num + 1); // each split asks for one more than it uses
     reserveSegments(2 * num);
     reserveOwners(2 * num);
 }

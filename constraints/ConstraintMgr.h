@@ -44,6 +44,11 @@ public:
     bool isConstraint(const Point2* pVtx) const { return sVertices.contains(pVtx); }
     // Gets memory for so many splits at new vertices, so that these need none.
     void reserveSplits(std::size_t num);
+    // Fetches what a split at this vertex will look at. Best called as soon as the vertex is known.
+    void prefetchSplit(const ConstraintSegment2* pCSeg, const Point2* pSplit) const {
+        segments.prefetchSlot(pCSeg->pSrc, pSplit);
+        segments.prefetchSlot(pCSeg->pTrg, pSplit);
+    }
 
     // --- graphs; all of them return a graph of this manager, never null
     ConstraintGraph2* createConstraint(const std::vector<PointerPair>& vPairs,

@@ -82,6 +82,7 @@ bool ConstraintSegment2::split_combinatorialOnly(Point2* pSplit) {
     KIVO_ASSERT(isAlive(), "isAlive()");
     KIVO_ASSERT(!hasEnd(pSplit), "p0!=pSplit && p1!=pSplit");
     KIVO_ASSERT(firstOwner.pGraph != nullptr, "!sOwners.empty()");
+    firstOwner.pGraph->mgr.prefetchSplit(this, pSplit);
     // A vertex beyond the ends would make a child as large as its parent, and trees with loops.
     if (!isInBox(*pSplit)) {
         reportWarning("ConstraintSegment2::split_combinatorialOnly()",
@@ -133,8 +134,8 @@ void ConstraintSegment2::splitAt(Point2* pSplit) {
     ConstraintMgr& mgr = firstOwner.pGraph->mgr;
     mgr.reserveSplit(this, pSplit);
     // From here on nothing throws but failing conditions.
-    ConstraintSegment2* const pKid0 = mgr.createConstraint(pSrc, pSplit, cis);
-    ConstraintSegment2* const pKid1 = mgr.createConstraint(pTrg, pSplit, cis);
+    ConstraintSegment2* const pKid0 = mgr.findOrMake(pSrc, pSplit, cis);
+    ConstraintSegment2* const pKid1 = mgr.findOrMake(pTrg, pSplit, cis);
     aChildren[0] = pKid0;
     aChildren[1] = pKid1;
     bAlive = false;
