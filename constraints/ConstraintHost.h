@@ -41,7 +41,8 @@ public:
     virtual bool isEdge(const Point2* p, const Point2* q) const = 0;
     // Flips around the vertex until no edge there is illegal.
     virtual void legalizeAround(Point2* pVtx) = 0;
-    // The same for one edge, if it is there, that is no constraint any more, and for what is flipped on the way.
+    // The same for one edge, if it is there, that is no constraint any more, and for what is flipped on the
+    // way.
     virtual void legalizeEdge(const Point2* p, const Point2* q) = 0;
 };
 

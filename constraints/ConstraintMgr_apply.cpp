@@ -11,11 +11,12 @@ namespace {
 constexpr const char* applyLocation = "ConstraintMgr::apply()";
 constexpr int maxPasses = 499;
 
-// How many Steiner points conforming segments may take in one call; what is left of them then is forced in. Real
-// inputs need one or two a segment. But segments that meet at a small angle split each other for ever, and those that
-// rounding has laid beside each other, a few units in the last place apart, want one every few units.
+// How many Steiner points conforming segments may take in one call; what is left of them then is forced in.
+// Real inputs need one or two a segment. But segments that meet at a small angle split each other for ever,
+// and those that rounding has laid beside each other, a few units in the last place apart, want one every few
+// units.
 std::size_t numSteinerPoints(std::size_t numSegments, std::size_t numVertices) {
-    return 1000 + 16 * (numSegments + numVertices);
+    return 1000 + 16 * numSegments + 2 * numVertices;
 }
 
 } // namespace

@@ -141,29 +141,31 @@ bool SegmentInserter::splitInTheMiddle(ConstraintSegment2* pCSeg) {
 
 // The segment crosses a constraint edge: both are split there.
 //
-// Unless an end of one lies on the other but for a unit in the last place. Then the other one is split at that end: a new
-// vertex would be no better, and among many segments that lie on each other but for rounding each would make more.
+// Unless an end of one lies on the other but for a unit in the last place. Then the other one is split at
+// that end: a new vertex would be no better, and among many segments that lie on each other but for rounding
+// each would make more.
 void SegmentInserter::cross(ConstraintSegment2* pCSeg, HalfEdge edge) {
-    ConstraintSegment2* const pCrossingCSeg = mgr.getConstraintSegment(edge.source(), edge.target());
+    Point2 *const a = pCSeg->getSrc(), *const b = pCSeg->getTrg();
+    Point2 *const r = edge.source(), *const l = edge.target();
+    ConstraintSegment2* const pCrossingCSeg = mgr.getConstraintSegment(r, l);
     mgr.reserveSplits(2);
-    if (splitAtEnd(pCSeg, pCrossingCSeg)) {
+    // To nearest: rounding towards zero each time lets segments that meet at a small angle slide past each
+    // other, unit by unit, for as long as they are.
+    const Point2 crossing = getNearestIntersection(*a, *b, *r, *l);
+    if (splitAtEnd(pCSeg, *pCrossingCSeg, crossing)) {
         pushPieces(pCSeg);
         return;
     }
-    if (splitAtEnd(pCrossingCSeg, pCSeg)) {
-        host.legalizeEdge(edge.source(), edge.target());
+    if (splitAtEnd(pCrossingCSeg, *pCSeg, crossing)) {
+        host.legalizeEdge(r, l);
         vStack.push_back(pCSeg);
         pushPieces(pCrossingCSeg);
         return;
     }
-    Point2 *const a = pCSeg->getSrc(), *const b = pCSeg->getTrg();
-    Point2 *const r = edge.source(), *const l = edge.target();
-    // To nearest: rounding towards zero each time lets segments that meet at a small angle slide past each other,
-    // unit by unit, for as long as they are.
-    const Point2 crossing = getNearestIntersection(*a, *b, *r, *l);
     if (isCoarse(crossing, *a, *b) || isCoarse(crossing, *r, *l)) {
-        reportWarning("Dt2::treatConstraintZone()",
-                      "intersection point of two constraints has bad numerica accuracy!"); // text kept as it is
+        reportWarning(
+            "Dt2::treatConstraintZone()",
+            "intersection point of two constraints has bad numerica accuracy!"); // text kept as it is
     }
     if (crossInPlace(pCSeg, pCrossingCSeg, edge, crossing)) return;
     Point2* const pSplitPoint = insertReleased(crossing, edge.pT, pCrossingCSeg);
@@ -174,12 +176,15 @@ void SegmentInserter::cross(ConstraintSegment2* pCSeg, HalfEdge edge) {
     pushPieces(pCrossingCSeg);
 }
 
-// Splits the segment at an end of the other one that lies on it but for a unit in the last place.
-bool SegmentInserter::splitAtEnd(ConstraintSegment2* pCSeg, const ConstraintSegment2* pOther) {
-    for (Point2* pEnd : {pOther->getSrc(), pOther->getTrg()}) {
-        if (!isInBox(*pEnd, *pCSeg->getSrc(), *pCSeg->getTrg())) continue;
-        if (!isWithinUnitOfLine(*pEnd, *pCSeg->getSrc(), *pCSeg->getTrg())) continue;
-        return pCSeg->split_combinatorialOnly(pEnd);
+// Splits the segment at an end of the other one that lies on it but for a unit in the last place, or on which
+// the crossing was rounded.
+bool SegmentInserter::splitAtEnd(ConstraintSegment2* pCSeg, const ConstraintSegment2& other,
+                                 const Point2& crossing) {
+    const Point2 &src = *pCSeg->getSrc(), &trg = *pCSeg->getTrg();
+    for (Point2* pEnd : {other.getSrc(), other.getTrg()}) {
+        const bool bOnIt =
+            *pEnd == crossing || (isInBox(*pEnd, src, trg) && isWithinUnitOfLine(*pEnd, src, trg));
+        if (bOnIt) return pCSeg->split_combinatorialOnly(pEnd);
     }
     return false;
 }

@@ -30,7 +30,8 @@ public:
     SegmentInserter(ConstraintHost& triangulation, ConstraintMgr& manager)
         : host(triangulation), mgr(manager), tests(triangulation.predicates()), retriangulation(tests) {}
 
-    // The segment is alive. Returns false, after a warning, when the budget ran out before all pieces were edges.
+    // The segment is alive. Returns false, after a warning, when the budget ran out before all pieces were
+    // edges.
     bool insert(ConstraintSegment2* pCSeg);
 
     void allowSteinerPoints(std::size_t num) { numSteinerPointsLeft = num; }
@@ -45,7 +46,7 @@ private:
     bool isLocallyDelaunay(const ConstraintSegment2* pCSeg) const;
 
     void cross(ConstraintSegment2* pCSeg, HalfEdge edge);
-    bool splitAtEnd(ConstraintSegment2* pCSeg, const ConstraintSegment2* pOther);
+    bool splitAtEnd(ConstraintSegment2* pCSeg, const ConstraintSegment2& other, const Point2& crossing);
     bool crossInPlace(ConstraintSegment2* pCSeg, ConstraintSegment2* pCrossingCSeg, HalfEdge edge,
                       const Point2& crossing);
     Point2* insertReleased(const Point2& p, Triangle2* pNear, ConstraintSegment2* pReleased);
@@ -58,7 +59,7 @@ private:
     CzRetriangulation retriangulation;
     ConstraintZone zone;
     std::vector<ConstraintSegment2*> vStack; // the last one pushed is next
-    std::size_t numSteinerPointsLeft = 0; // of the call
+    std::size_t numSteinerPointsLeft = 0;    // of the call
     std::uint64_t budget = 20000000;
     std::size_t numOwnLeft = 0; // Steiner points of the segment that is being inserted
 };

@@ -141,7 +141,8 @@ Point2 getNearestIntersection(const Point2& p1, const Point2& p2, const Point2& 
 
 bool isWithinUnitOfLine(const Point2& p, const Point2& a, const Point2& b) {
     const double size = std::max(std::fabs(a.x() - b.x()), std::fabs(a.y() - b.y()));
-    if (!(size > 0x1p-400 && size < 0x1p400 && p.getMaxAbs() > 0x1p-400 && p.getMaxAbs() < 0x1p400)) return false;
+    const double largest = std::max({p.getMaxAbs(), a.getMaxAbs(), b.getMaxAbs()});
+    if (!(size > 0x1p-500 && largest < 0x1p500)) return false;
     const double minor =
         doubleDouble::longMinor(doubleDouble::difference(b, a), doubleDouble::difference(p, a)).high;
     const double unit = std::nextafter(p.getMaxAbs(), HUGE_VAL) - p.getMaxAbs();

@@ -76,9 +76,9 @@ std::optional<Parameter> parameter(const SplitVector& d, const SplitVector& e, c
 //
 // high + low is the rounded sum and what rounding lost, so that low is at most half the distance to the next
 // double on its side. With an error of at most 2^-56 |high|, an eighth of a unit in the last place, the exact
-// coordinate lies strictly between the neighbours of high, which serves for the nearest double. For the one towards
-// zero it remains to see on which side of high. Where the
-// error leaves that open, mostly since the coordinate is high, expansions tell.
+// coordinate lies strictly between the neighbours of high, which serves for the nearest double. For the one
+// towards zero it remains to see on which side of high. Where the error leaves that open, mostly since the
+// coordinate is high, expansions tell.
 std::optional<double> coordinate(const Ends& along, const Ends& across, const SplitNumber& d,
                                  const Parameter& at, Rounding rounding) {
     // On lines parallel to the other axis; a sum with 0 is never -0.
