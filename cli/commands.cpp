@@ -1,16 +1,19 @@
 #include "cli/commands.h"
 
+#include "cli/constraints.h"
 #include "cli/errors.h"
+#include "cli/formats.h"
+#include "cli/input.h"
+#include "cli/insertion.h"
 #include "cli/progress.h"
-#include "cli/readers.h"
+#include "cli/regions.h"
 #include "cli/writers.h"
 
 #include <Kivo_2D.h>
 
-#include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <filesystem>
+#include <utility>
 
 namespace cli {
 
@@ -30,23 +33,25 @@ private:
 };
 
 // Everything that can be refused is refused before the work, which may be long.
-void checkOutputNames(const TriangulateOptions& options) {
-    for (const std::string& output : options.vOutputs) {
+void checkUsage(const TriangulateOptions& options) {
+    for (const std::string& output : options.vOutputs)
         formatOf(output);
-        std::error_code notThere;
-        if (std::filesystem::equivalent(options.input, output, notThere)) {
-            throw UsageError(output + ": the output would overwrite the input");
-        }
+    if (options.bConforming && options.segments.empty() && formatOf(options.input) != FORMAT_POLY) {
+        throw UsageError("--conforming is about segments: give --segments or a .poly file");
     }
 }
 
-// Exact; a difference, because that makes no negative zero.
-void flipY(std::vector<Point2>& vPoints) {
-    for (Point2& point : vPoints) {
-        const int index = point.getCustomIndex();
-        point = Point2(point.x(), 0.0 - point.y());
-        point.setCustomIndex(index);
+void checkOutputs(const std::vector<std::string>& vOutputs, const Input& input) {
+    for (const std::string& output : vOutputs) {
+        for (const std::string& filename : input.vFilenames) {
+            std::error_code notThere;
+            if (!std::filesystem::equivalent(filename, output, notThere)) continue;
+            throw UsageError(output + ": the output would overwrite the input");
+        }
+        checkHolds(output, input.table);
     }
+    for (const std::string& output : vOutputs)
+        checkWritable(output);
 }
 
 Box boxOf(const std::vector<Point2>& vPoints) {
@@ -54,29 +59,20 @@ Box boxOf(const std::vector<Point2>& vPoints) {
     return {box.get_minX(), box.get_minY(), box.get_maxX(), box.get_maxY()};
 }
 
-// Of equal points the first one becomes the vertex; what the others carry is lost, and that is said.
-void warnOfLostAttributes(const PointTable& table, const std::vector<Point2*>& vHandles,
-                          const std::string& input) {
-    std::size_t numLost = 0;
-    for (std::size_t i = 0; i < vHandles.size(); ++i) {
-        const auto kept = static_cast<std::size_t>(vHandles[i]->getCustomIndex());
-        const double* const pOwn = table.getAttributes(i);
-        if (!std::equal(pOwn, pOwn + table.numAttributes, table.getAttributes(kept))) ++numLost;
+Input readAll(const TriangulateOptions& options, Report& report) {
+    const StopWatch watch;
+    Input input = readInput(options.input, options.segments, options.bFlipY);
+    report.readTime = watch.seconds();
+    report.numPoints = input.numPoints;
+    if (!input.table.vPoints.empty()) report.boundingBox = boxOf(input.table.vPoints);
+    if (formatOf(options.input) == FORMAT_POLY || !options.segments.empty()) {
+        report.segments.emplace();
+        report.segments->numRead = input.domain.vSegments.size();
+        report.segments->numHoles = input.domain.vHoles.size();
+        report.segments->numRegions = input.domain.vRegions.size();
     }
-    if (numLost == 0) return;
-    std::fprintf(stderr,
-                 "kivo2d: %s: %zu points equal an earlier one but for their heights or attributes, %s\n",
-                 input.c_str(), numLost, "which were dropped");
-}
-
-void insertPoints(Kivo_2D& triangulation, const PointTable& table, const std::string& input) {
-    if (table.numAttributes == 0) {
-        triangulation.insert(table.vPoints);
-        return;
-    }
-    std::vector<Point2*> vHandles;
-    triangulation.insert(table.vPoints, vHandles);
-    warnOfLostAttributes(table, vHandles, input);
+    checkOutputs(options.vOutputs, input);
+    return input;
 }
 
 void fillCounts(Report& report, const Kivo_2D& triangulation) {
@@ -90,69 +86,80 @@ void fillCounts(Report& report, const Kivo_2D& triangulation) {
     report.numHullVertices = vHull.size();
 }
 
-void writeOutputs(const Kivo_2D& triangulation, const PointTable& table,
-                  const std::vector<std::string>& vOutputs) {
-    const Mesh mesh = meshOf(triangulation, table);
+// Returns the pieces of the segments.
+std::vector<ConstraintEdge> insertAll(Kivo_2D& triangulation, const TriangulateOptions& options, Input& input,
+                                      Report& report) {
+    const StopWatch pointsWatch;
+    const Insertion insertion = insertPoints(triangulation, input, options.input);
+    report.numDuplicates = insertion.numDuplicates;
+    report.triangulateTime = pointsWatch.seconds();
+    if (!report.segments) return {};
+    const StopWatch watch;
+    Constraints constraints = insertSegments(triangulation, input, insertion.vHandles,
+                                             options.bConforming ? TESK_KIVO2D::CIS_CONFORMING_DELAUNAY
+                                                                 : TESK_KIVO2D::CIS_CONSTRAINED_DELAUNAY);
+    report.segmentsTime = watch.seconds();
+    SegmentReport& segments = *report.segments;
+    segments.numSkipped = constraints.numSkipped;
+    segments.numEdges = triangulation.is2D() ? constraints.vEdges.size() : 0;
+    segments.numMissing = constraints.numMissing;
+    segments.numNewEnds = insertion.numNewEnds;
+    segments.numSteinerPoints = constraints.numSteinerPoints;
+    segments.numCrossings = constraints.numCrossings;
+    return std::move(constraints.vEdges);
+}
+
+void check(const Kivo_2D& triangulation, Report& report) {
+    const StopWatch watch;
+    report.bValid = triangulation.checkValidity(true, "kivo2d_");
+    if (report.segments && report.segments->numMissing > 0) report.bValid = false;
+    report.checkTime = watch.seconds();
+}
+
+void writeOutputs(const Kivo_2D& triangulation, const Mesh& mesh, const std::vector<std::string>& vOutputs) {
     for (const std::string& output : vOutputs) {
         if (formatOf(output) == FORMAT_PS) {
             writeDrawing(output, triangulation);
         } else {
-            writeMesh(output, mesh, table);
+            writeMesh(output, mesh);
         }
     }
-}
-
-PointTable readInput(const TriangulateOptions& options, Report& report) {
-    const StopWatch watch;
-    PointTable table = readPoints(options.input);
-    if (options.bFlipY) flipY(table.vPoints);
-    report.readTime = watch.seconds();
-    report.numPoints = table.vPoints.size();
-    if (!table.vPoints.empty()) report.boundingBox = boxOf(table.vPoints);
-    for (const std::string& output : options.vOutputs) {
-        checkHolds(output, table);
-        checkWritable(output);
-    }
-    return table;
 }
 
 } // namespace
 
 Report runTriangulate(const TriangulateOptions& options) {
-    checkOutputNames(options);
+    checkUsage(options);
     Report report;
     report.command = "triangulate";
     report.input = options.input;
     report.vOutputs = options.vOutputs;
-    const PointTable table = readInput(options, report);
+    Input input = readAll(options, report);
 
-    Kivo_2D triangulation(static_cast<unsigned int>(table.vPoints.size()));
+    Kivo_2D triangulation(static_cast<unsigned int>(input.table.vPoints.size()));
     report.numThreads = triangulation.setNumCPU(options.numThreads);
     ProgressBar progressBar;
     if (options.bProgress || isErrorStreamTerminal()) {
         triangulation.subscribe(TESK_KIVO2D::MSG_PROGRESS, &progressBar);
     }
-    const StopWatch triangulateWatch;
-    insertPoints(triangulation, table, options.input);
-    report.triangulateTime = triangulateWatch.seconds();
+    std::vector<ConstraintEdge> vEdges = insertAll(triangulation, options, input, report);
     fillCounts(report, triangulation);
-    if (options.bCheck) {
-        const StopWatch watch;
-        report.bValid = triangulation.checkValidity(true, "kivo2d_");
-        report.checkTime = watch.seconds();
+    if (options.bCheck) check(triangulation, report);
+    const StopWatch watch;
+    Mesh mesh;
+    if (!options.vOutputs.empty()) mesh = meshOf(triangulation, input);
+    mesh.vEdges = std::move(vEdges);
+    if (!input.domain.vRegions.empty()) {
+        mesh.vTriangleAttributes = attributesOfTriangles(triangulation, input.domain.vRegions, options.input);
     }
-    if (!options.vOutputs.empty()) {
-        const StopWatch watch;
-        writeOutputs(triangulation, table, options.vOutputs);
-        report.writeTime = watch.seconds();
-    }
+    writeOutputs(triangulation, mesh, options.vOutputs);
+    if (!options.vOutputs.empty()) report.writeTime = watch.seconds();
     triangulation.unsubscribe(TESK_KIVO2D::MSG_PROGRESS, &progressBar);
     return report;
 }
 
 Report runGenerate(const GenerateOptions& options, const std::string& output) {
-    const FileFormat format = formatOf(output);
-    if (!isReadable(format) || format == FORMAT_XYZ) {
+    if (!holdsBarePoints(formatOf(output))) {
         throw UsageError(output + ": generated points have neither heights nor triangles to write");
     }
     checkWritable(output);
@@ -164,7 +171,7 @@ Report runGenerate(const GenerateOptions& options, const std::string& output) {
     if (!table.vPoints.empty()) report.boundingBox = boxOf(table.vPoints);
     report.vOutputs = {output};
     const StopWatch watch;
-    writeMesh(output, meshOfPoints(table), table);
+    writeMesh(output, meshOfPoints(table));
     report.writeTime = watch.seconds();
     return report;
 }

@@ -10,8 +10,10 @@ namespace cli {
 
 struct TriangulateOptions {
     std::string input;
+    std::string segments; // a file of segments beside the points; empty for none
     std::vector<std::string> vOutputs;
-    bool bFlipY = false; // the input's y axis points downwards
+    bool bFlipY = false;      // the input's y axis points downwards
+    bool bConforming = false; // segments are divided until the triangulation is Delaunay
     bool bCheck = false;
     bool bProgress = false; // also where nobody looks
     int numThreads = 1;     // 0: as many as the hardware has

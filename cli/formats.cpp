@@ -10,13 +10,16 @@ namespace cli {
 
 namespace {
 
-constexpr std::array<std::pair<const char*, FileFormat>, 7> EXTENSIONS{{
+constexpr std::array<std::pair<const char*, FileFormat>, 10> EXTENSIONS{{
     {".xy", FORMAT_XY},
     {".txt", FORMAT_XY},
     {".xyz", FORMAT_XYZ},
     {".bin", FORMAT_BIN},
     {".node", FORMAT_NODE},
+    {".poly", FORMAT_POLY},
+    {".seg", FORMAT_SEG},
     {".ele", FORMAT_ELE},
+    {".edge", FORMAT_EDGE},
     {".ps", FORMAT_PS},
 }};
 
@@ -40,6 +43,8 @@ FileFormat formatOf(const std::string& filename) {
     throw UsageError(filename + ": unknown kind of file; the extension decides: " + known);
 }
 
-bool isReadable(FileFormat format) { return format != FORMAT_ELE && format != FORMAT_PS; }
+bool holdsBarePoints(FileFormat format) {
+    return format == FORMAT_XY || format == FORMAT_BIN || format == FORMAT_NODE;
+}
 
 } // namespace cli

@@ -22,17 +22,28 @@ struct CommandLine {
 
 CLI::App* addTriangulate(CLI::App& app, CommandLine& commandLine) {
     TriangulateOptions& options = commandLine.triangulate;
-    CLI::App* const pCommand = app.add_subcommand("triangulate", "Delaunay triangulation of a point file");
-    pCommand->add_option("IN", options.input, "points: .xy .txt .xyz .bin .node")->required();
+    CLI::App* const pCommand = app.add_subcommand(
+        "triangulate", "Delaunay triangulation of a file of points, with segments as edges");
+    pCommand
+        ->add_option(
+            "IN", options.input,
+            "points: .xy .txt .xyz .bin .node; points and segments: .poly, whose points may be in the "
+            ".node file of the same name")
+        ->required();
+    pCommand->add_option("--segments", options.segments,
+                         "segments that become edges: .seg with \"x1 y1 x2 y2\" a line, or .bin");
+    pCommand->add_flag("--conforming", options.bConforming,
+                       "divide segments until every triangle's circle is empty, instead of forcing them in");
     pCommand
         ->add_option("-o,--output", options.vOutputs,
-                     "file to write, may be repeated: .ps .xy .txt .xyz .bin .node .ele")
+                     "file to write, may be repeated: .ps .xy .txt .xyz .bin .node .ele .poly .edge .seg")
         ->type_size(1)
         ->allow_extra_args(false);
     pCommand->add_flag("--flip-y", options.bFlipY,
                        "turn y round: the input's y axis points down, as on screens");
-    pCommand->add_flag("--check", options.bCheck,
-                       "check links and empty circles; exit code 1 when a check fails");
+    pCommand->add_flag(
+        "--check", options.bCheck,
+        "check links, empty circles and that all segments are edges; exit code 1 when a check fails");
     pCommand
         ->add_option("--threads", options.numThreads, "threads for large inputs, 0 for all of the machine")
         ->check(CLI::Range(0, 4096))
@@ -40,6 +51,11 @@ CLI::App* addTriangulate(CLI::App& app, CommandLine& commandLine) {
     pCommand->add_flag("--progress", options.bProgress,
                        "progress on standard error even where that is no terminal");
     pCommand->add_flag("--json", commandLine.bJson, "report as JSON");
+    pCommand->footer(
+        "All of the convex hull is triangulated, holes included; a .poly output hands holes and regions on.\n"
+        "A region point's attribute goes to all triangles (.ele) that it reaches without crossing a "
+        "segment.\n"
+        "New vertices on a segment inherit its marker, and attributes interpolated along it.");
     return pCommand;
 }
 

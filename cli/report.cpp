@@ -26,9 +26,10 @@ std::string milliseconds(double seconds) {
 }
 
 using NamedTime = std::pair<const char*, std::optional<double>>;
-std::array<NamedTime, 4> namedTimes(const Report& report) {
+std::array<NamedTime, 5> namedTimes(const Report& report) {
     return {{{"read", report.readTime},
              {"triangulate", report.triangulateTime},
+             {"segments", report.segmentsTime},
              {"check", report.checkTime},
              {"write", report.writeTime}}};
 }
@@ -44,11 +45,39 @@ std::string hullText(const Report& report) {
 }
 
 std::string triangulationLines(const Report& report) {
-    std::string text = line("duplicates", std::to_string(report.numPoints - report.numVertices));
+    std::string text = line("duplicates", std::to_string(report.numDuplicates));
     text += line("vertices", std::to_string(report.numVertices));
     text += line("triangles", std::to_string(report.numTriangles));
     text += line("hull", hullText(report));
     return text;
+}
+
+// "1 edge", "0 edges".
+std::string counted(std::size_t count, const char* noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string segmentLines(const SegmentReport& segments) {
+    std::string text =
+        std::to_string(segments.numRead) + " read, " + std::to_string(segments.numSkipped) + " skipped";
+    if (segments.numNewEnds > 0) text += ", " + counted(segments.numNewEnds, "new end");
+    text = line("segments", text);
+    std::string edges = counted(segments.numEdges, "edge") + ", " +
+                        counted(segments.numSteinerPoints, "Steiner point") + ", " +
+                        counted(segments.numCrossings, "crossing");
+    if (segments.numMissing > 0) edges += ", " + std::to_string(segments.numMissing) + " MISSING";
+    text += line("constraints", edges);
+    if (segments.numHoles + segments.numRegions == 0) return text;
+    return text +
+           line("domain", counted(segments.numHoles, "hole") + ", " + counted(segments.numRegions, "region"));
+}
+
+Json segmentsToJson(const SegmentReport& segments) {
+    return {{"read", segments.numRead},           {"skipped", segments.numSkipped},
+            {"newEnds", segments.numNewEnds},     {"edges", segments.numEdges},
+            {"missing", segments.numMissing},     {"steinerPoints", segments.numSteinerPoints},
+            {"crossings", segments.numCrossings}, {"holes", segments.numHoles},
+            {"regions", segments.numRegions}};
 }
 
 Json boxToJson(const Box& box) {
@@ -61,6 +90,7 @@ std::string toText(const Report& report) {
     std::string text = (report.input.empty() ? report.kind : report.input) + "\n";
     text += line("points", std::to_string(report.numPoints));
     if (report.bTriangulated) text += triangulationLines(report);
+    if (report.segments) text += segmentLines(*report.segments);
     if (report.boundingBox) {
         const Box& box = *report.boundingBox;
         text += line("bounding box", "[" + shortest(box.minX) + ", " + shortest(box.maxX) + "] x [" +
@@ -88,12 +118,13 @@ std::string toJson(const Report& report) {
         json["input"] = report.input;
     json["points"] = report.numPoints;
     if (report.bTriangulated) {
-        json["duplicates"] = report.numPoints - report.numVertices;
+        json["duplicates"] = report.numDuplicates;
         json["vertices"] = report.numVertices;
         json["triangles"] = report.numTriangles;
         json["hullVertices"] = report.numHullVertices;
         json["is2D"] = report.bIs2D;
     }
+    if (report.segments) json["segments"] = segmentsToJson(*report.segments);
     json["boundingBox"] = report.boundingBox ? boxToJson(*report.boundingBox) : Json(nullptr);
     if (report.bTriangulated) json["threads"] = report.numThreads;
     if (report.bValid) json["valid"] = *report.bValid;

@@ -11,6 +11,19 @@ struct Box {
     double minX, minY, maxX, maxY;
 };
 
+// What became of the input's segments.
+struct SegmentReport {
+    std::size_t numRead = 0;
+    std::size_t numSkipped = 0;       // both ends are one vertex
+    std::size_t numEdges = 0;         // edges of the triangulation that are pieces of segments
+    std::size_t numMissing = 0;       // pieces that are no edges
+    std::size_t numNewEnds = 0;       // ends that are no given points
+    std::size_t numSteinerPoints = 0; // vertices inside segments that are no given points either
+    std::size_t numCrossings = 0;     // those of them where segments cross
+    std::size_t numHoles = 0;
+    std::size_t numRegions = 0;
+};
+
 // What a run of the command tells on standard output. Times are seconds; what did not take place is not set.
 struct Report {
     std::string command;
@@ -21,15 +34,18 @@ struct Report {
     std::vector<std::string> vOutputs;
 
     bool bTriangulated = false;
-    std::size_t numVertices = 0; // different points
+    std::size_t numDuplicates = 0;
+    std::size_t numVertices = 0;
     std::size_t numTriangles = 0;
     std::size_t numHullVertices = 0; // those inside straight pieces of the hull included
     bool bIs2D = false;
     int numThreads = 1;
+    std::optional<SegmentReport> segments; // of inputs that can hold some
     std::optional<bool> bValid;
 
     std::optional<double> readTime;
     std::optional<double> triangulateTime;
+    std::optional<double> segmentsTime;
     std::optional<double> checkTime;
     std::optional<double> writeTime;
 };

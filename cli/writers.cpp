@@ -1,14 +1,11 @@
 #include "cli/writers.h"
 
 #include "cli/errors.h"
+#include "cli/formats.h"
+#include "cli/meshWriters.h"
 
-#include <cerrno>
-#include <charconv>
 #include <cstdint>
-#include <cstdio>
-#include <cstring>
 #include <memory>
-#include <string_view>
 
 namespace cli {
 
@@ -16,115 +13,65 @@ namespace {
 
 using TESK_KIVO2D::Kivo_2D;
 using TESK_KIVO2D::Point2;
-using TESK_KIVO2D::Triangle2;
 
-constexpr std::size_t NO_NUMBER = static_cast<std::size_t>(-1);
-
-std::size_t positionOf(const Point2* pVertex) { return static_cast<std::size_t>(pVertex->getCustomIndex()); }
-
-// A buffered file that reports every failure, that of closing included: a full disk may show only there.
-class OutputFile {
-public:
-    explicit OutputFile(const std::string& filename_)
-        : filename(filename_), pFile(std::fopen(filename_.c_str(), "wb")) {
-        if (pFile == nullptr) fail();
-        buffer.reserve(BUFFER_SIZE + 1024);
-    }
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
-    ~OutputFile() {
-        if (pFile != nullptr) std::fclose(pFile);
-    }
-
-    OutputFile& operator<<(std::string_view text) {
-        buffer += text;
-        if (buffer.size() > BUFFER_SIZE) flush();
-        return *this;
-    }
-    OutputFile& operator<<(double value) { return addNumber(value); }
-    OutputFile& operator<<(std::size_t value) { return addNumber(value); }
-    OutputFile& operator<<(int value) { return addNumber(value); }
-    template<class Value>
-    void raw(Value value) {
-        *this << std::string_view(reinterpret_cast<const char*>(&value), sizeof value);
-    }
-
-    void close() {
-        flush();
-        std::FILE* const pClosing = pFile;
-        pFile = nullptr;
-        if (std::fclose(pClosing) != 0) fail();
-    }
-
-private:
-    static constexpr std::size_t BUFFER_SIZE = 1 << 20;
-
-    template<class Value>
-    OutputFile& addNumber(Value value) {
-        char aText[40];
-        const auto result = std::to_chars(aText, aText + sizeof aText, value);
-        return *this << std::string_view(aText, static_cast<std::size_t>(result.ptr - aText));
-    }
-    void flush() {
-        if (std::fwrite(buffer.data(), 1, buffer.size(), pFile) != buffer.size()) fail();
-        buffer.clear();
-    }
-    [[noreturn]] void fail() const {
-        throw FileError(filename, "can't be written: " + std::string(std::strerror(errno)));
-    }
-
-    const std::string& filename;
-    std::FILE* pFile;
-    std::string buffer;
-};
+double heightOf(const Mesh& mesh, const Point2* pVertex) {
+    return mesh.pTable->getAttributes(static_cast<std::size_t>(pVertex->getCustomIndex()))[0];
+}
 
 void writeXy(OutputFile& out, const Mesh& mesh) {
     for (const Point2* pVertex : mesh.vVertices)
         out << pVertex->x() << " " << pVertex->y() << "\n";
 }
 
-void writeXyz(OutputFile& out, const Mesh& mesh, const PointTable& table) {
-    for (const Point2* pVertex : mesh.vVertices) {
-        const double height = table.getAttributes(positionOf(pVertex))[0];
-        out << pVertex->x() << " " << pVertex->y() << " " << height << "\n";
+void writeXyz(OutputFile& out, const Mesh& mesh) {
+    for (const Point2* pVertex : mesh.vVertices)
+        out << pVertex->x() << " " << pVertex->y() << " " << heightOf(mesh, pVertex) << "\n";
+}
+
+void writeSeg(OutputFile& out, const Mesh& mesh) {
+    for (const ConstraintEdge& edge : mesh.vEdges) {
+        const Point2& source = mesh.pTable->vPoints[edge.source];
+        const Point2& target = mesh.pTable->vPoints[edge.target];
+        out << source.x() << " " << source.y() << " " << target.x() << " " << target.y() << "\n";
     }
 }
 
 // The library's own writer knows no heights; both write the same bytes where there are none.
-void writeBinary(OutputFile& out, const Mesh& mesh, const PointTable& table) {
-    const bool bHeights = table.numAttributes > 0;
+void writeBinary(OutputFile& out, const Mesh& mesh) {
+    const bool bHeights = mesh.pTable->numAttributes > 0;
     out.raw(static_cast<std::int32_t>(bHeights ? 30 : 20));
     out.raw(static_cast<std::uint64_t>(mesh.vVertices.size()));
     for (const Point2* pVertex : mesh.vVertices) {
         out.raw(pVertex->x());
         out.raw(pVertex->y());
-        if (bHeights) out.raw(table.getAttributes(positionOf(pVertex))[0]);
+        if (bHeights) out.raw(heightOf(mesh, pVertex));
     }
 }
 
-void writeNode(OutputFile& out, const Mesh& mesh, const PointTable& table) {
-    out << mesh.vVertices.size() << " 2 " << table.numAttributes << (table.bWithMarkers ? " 1\n" : " 0\n");
-    std::size_t number = table.firstIndex;
-    for (const Point2* pVertex : mesh.vVertices) {
-        out << number++ << " " << pVertex->x() << " " << pVertex->y();
-        const std::size_t position = positionOf(pVertex);
-        for (std::size_t i = 0; i < table.numAttributes; ++i)
-            out << " " << table.getAttributes(position)[i];
-        if (table.bWithMarkers) out << " " << table.vMarkers[position];
-        out << "\n";
-    }
-}
+using Writer = void (*)(OutputFile& out, const Mesh& mesh);
 
-void writeEle(OutputFile& out, const Mesh& mesh, const PointTable& table) {
-    out << mesh.vTriangles.size() << " 3 0\n";
-    std::size_t number = table.firstIndex;
-    for (const Triangle2* pTriangle : mesh.vTriangles) {
-        out << number++;
-        for (int i = 0; i < 3; ++i) {
-            out << " " << mesh.vNumberOf[positionOf(pTriangle->getCorner(i))] + table.firstIndex;
-        }
-        out << "\n";
+Writer writerOf(FileFormat format) {
+    switch (format) {
+    case FORMAT_XY:
+        return &writeXy;
+    case FORMAT_XYZ:
+        return &writeXyz;
+    case FORMAT_BIN:
+        return &writeBinary;
+    case FORMAT_NODE:
+        return &writeNode;
+    case FORMAT_POLY:
+        return &writePoly;
+    case FORMAT_SEG:
+        return &writeSeg;
+    case FORMAT_ELE:
+        return &writeEle;
+    case FORMAT_EDGE:
+        return &writeEdge;
+    case FORMAT_PS:
+        break;
     }
+    return nullptr;
 }
 
 // Only the end is read: drawings are large.
@@ -138,32 +85,6 @@ bool endsWith(const std::string& filename, std::string_view text) {
 
 } // namespace
 
-Mesh meshOfPoints(const PointTable& table) {
-    Mesh mesh;
-    mesh.vVertices.reserve(table.vPoints.size());
-    for (const Point2& point : table.vPoints)
-        mesh.vVertices.push_back(&point);
-    return mesh;
-}
-
-Mesh meshOf(const Kivo_2D& triangulation, const PointTable& table) {
-    std::vector<Point2*> vVertices;
-    triangulation.getVertexPointers(vVertices);
-    std::vector<const Point2*> vByPosition(table.vPoints.size(), nullptr);
-    for (const Point2* pVertex : vVertices)
-        vByPosition.at(positionOf(pVertex)) = pVertex;
-    Mesh mesh;
-    mesh.vVertices.reserve(vVertices.size());
-    mesh.vNumberOf.assign(vByPosition.size(), NO_NUMBER);
-    for (std::size_t position = 0; position < vByPosition.size(); ++position) {
-        if (vByPosition[position] == nullptr) continue; // equal to an earlier point
-        mesh.vNumberOf[position] = mesh.vVertices.size();
-        mesh.vVertices.push_back(vByPosition[position]);
-    }
-    triangulation.getTrianglePointers(mesh.vTriangles);
-    return mesh;
-}
-
 void checkWritable(const std::string& filename) {
     std::FILE* const pFile = std::fopen(filename.c_str(), "ab");
     if (pFile == nullptr) throw FileError(filename, "can't be written: " + std::string(std::strerror(errno)));
@@ -176,27 +97,11 @@ void checkHolds(const std::string& filename, const PointTable& table) {
     }
 }
 
-void writeMesh(const std::string& filename, const Mesh& mesh, const PointTable& table) {
+void writeMesh(const std::string& filename, const Mesh& mesh) {
+    const Writer write = writerOf(formatOf(filename));
+    if (write == nullptr) throw UsageError(filename + ": points alone are not drawn");
     OutputFile out(filename);
-    switch (formatOf(filename)) {
-    case FORMAT_XY:
-        writeXy(out, mesh);
-        break;
-    case FORMAT_XYZ:
-        writeXyz(out, mesh, table);
-        break;
-    case FORMAT_BIN:
-        writeBinary(out, mesh, table);
-        break;
-    case FORMAT_NODE:
-        writeNode(out, mesh, table);
-        break;
-    case FORMAT_ELE:
-        writeEle(out, mesh, table);
-        break;
-    case FORMAT_PS:
-        throw UsageError(filename + ": points alone are not drawn");
-    }
+    write(out, mesh);
     out.close();
 }
 

@@ -1,0 +1,75 @@
+#include "cli/input.h"
+
+#include "cli/errors.h"
+#include "cli/formats.h"
+#include "cli/nodeReader.h"
+#include "cli/polyReader.h"
+#include "cli/readers.h"
+#include "cli/segmentReader.h"
+
+#include <limits>
+
+namespace cli {
+
+namespace {
+
+using TESK_KIVO2D::Point2;
+using TESK_KIVO2D::Segment2;
+
+Input readMain(const std::string& filename) {
+    if (formatOf(filename) == FORMAT_POLY) return readPoly(filename);
+    Input input;
+    input.table = readPoints(filename);
+    input.numPoints = input.table.vPoints.size();
+    input.vFilenames = {filename};
+    return input;
+}
+
+std::size_t addEnd(PointTable& table, const Point2& end) {
+    addPoint(table, end.x(), end.y());
+    table.vAttributes.resize(table.vPoints.size() * table.numAttributes, 0.0);
+    if (table.bWithMarkers) table.vMarkers.push_back(0);
+    return table.vPoints.size() - 1;
+}
+
+void addSegments(Input& input, const std::string& filename) {
+    const std::vector<Segment2> vSegments = readSegments(filename);
+    const auto maxPoints = static_cast<std::size_t>(std::numeric_limits<int>::max());
+    if (vSegments.size() > (maxPoints - input.numPoints) / 2) {
+        throw FileError(filename, "more ends of segments than can be numbered");
+    }
+    for (const Segment2& segment : vSegments) {
+        InputSegment added;
+        added.source = addEnd(input.table, segment.getSrc());
+        added.target = addEnd(input.table, segment.getTrg());
+        input.domain.vSegments.push_back(added);
+    }
+    input.vFilenames.push_back(filename);
+}
+
+// Exact; a difference, because that makes no negative zero.
+void flipY(Point2& point) {
+    const int index = point.getCustomIndex();
+    point = Point2(point.x(), 0.0 - point.y());
+    point.setCustomIndex(index);
+}
+
+void flipY(Input& input) {
+    for (Point2& point : input.table.vPoints)
+        flipY(point);
+    for (Point2& hole : input.domain.vHoles)
+        flipY(hole);
+    for (Region& region : input.domain.vRegions)
+        flipY(region.point);
+}
+
+} // namespace
+
+Input readInput(const std::string& filename, const std::string& segmentsFilename, bool bFlipY) {
+    Input input = readMain(filename);
+    if (!segmentsFilename.empty()) addSegments(input, segmentsFilename);
+    if (bFlipY) flipY(input);
+    return input;
+}
+
+} // namespace cli
