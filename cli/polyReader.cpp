@@ -114,6 +114,9 @@ Input readPoly(const std::string& filename) {
     input.table = readNumberedPoints(lines, filename);
     if (input.table.vPoints.empty()) {
         const std::string nodeFilename = nodeFilenameOf(filename);
+        if (!std::filesystem::exists(nodeFilename)) {
+            throw FileError(filename, "holds no points, and there is no " + nodeFilename + " with them");
+        }
         input.vFilenames.push_back(nodeFilename);
         input.table = readNode(nodeFilename);
     }

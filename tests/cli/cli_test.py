@@ -217,6 +217,223 @@ class RoundTrips(CommandTest):
         self.assertTrue(drawing.endswith("showpage\n%%Trailer\n"))
 
 
+class BadSegments(CommandTest):
+    SQUARE = "4 2 0 0\n1 0 0\n2 4 0\n3 4 4\n4 0 4\n"
+
+    def test_poly_file_that_contradicts_itself_is_refused(self):
+        for content, words in (("", ["header"]), ("4 2 0 0\n1 0 0\n", ["1 of 4 points"]), (self.SQUARE, ["number of segments"]),
+                               (self.SQUARE + "1 0\n1 1 2\n", ["number of holes"]), (self.SQUARE + "2 0\n1 1 2\n", ["1 of 2 segments"]),
+                               (self.SQUARE + "-1 0\n", ["line 6", "negative"]), (self.SQUARE + "1 2\n", ["line 6", "markers"]),
+                               (self.SQUARE + "1 0 0\n", ["line 6", "3 numbers"]), (self.SQUARE + "x\n", ["line 6", "'x'"]),
+                               (self.SQUARE + "1 1\n1 1 2\n", ["line 7", "3 numbers"]), (self.SQUARE + "1 0\n1 1 2 5\n", ["line 7"]),
+                               (self.SQUARE + "1 0\n1 1 5\n", ["line 7", "point 5", "1 to 4"]),
+                               (self.SQUARE + "# none\n1 0\n1 0 1\n", ["line 8", "point 0"]),
+                               (self.SQUARE + "1 0\n2 1 2\n", ["line 7", "neither"]), (self.SQUARE + "1 1\n1 1 2 1.5\n", ["line 7", "'1.5'"]),
+                               (self.SQUARE + "2 0\n0 1 2\n2 2 3\n", ["line 8", "segment 2 where 1"]),
+                               (self.SQUARE + "0\n1 1\n", ["line 7"]), (self.SQUARE + "0\n1\n1 2\n", ["line 8", "2 numbers"]),
+                               (self.SQUARE + "0\n2\n1 2 2\n", ["1 of 2 holes"]), (self.SQUARE + "0\n1\n1 2 nan\n", ["line 8", "'nan'"]),
+                               (self.SQUARE + "0\n0\n1\n1 2 2\n", ["line 9", "3 numbers"]), (self.SQUARE + "0\n0\n1\n", ["0 of 1 regions"]),
+                               (self.SQUARE + "0\n0\n1\n1 2 2 1 1 1\n", ["line 9"]), (self.SQUARE + "0\n0\n0\n7\n", ["line 9", "follows"])):
+            self.expect_refusal("bad.poly", content, *words)
+        self.expect_refusal("alone.poly", "0 2 0 0\n0\n0\n", "alone.node")
+        self.write("other.node", "1 2 0 0\n1 0\n")
+        self.assertIn("other.node: line 2", self.run_kivo("triangulate", self.write("other.poly", "0 2 0 0\n0\n0\n"), exit_code=1).stderr)
+
+    def refuse_segments(self, name, content, *words):
+        self.write("a.xy", "0 0\n1 0\n0 1\n")
+        done = self.run_kivo("triangulate", "a.xy", "--segments", self.write(name, content), exit_code=1)
+        for word in (name, *words):
+            self.assertIn(word, done.stderr)
+
+    def test_bad_file_of_segments_is_refused_with_the_line(self):
+        for bad, word in (("1 2 3", "3 numbers"), ("1 2 3 4 5", "5 numbers"), ("1 2 x 4", "'x'"), ("1 2 3 inf", "'inf'")):
+            self.refuse_segments("bad.seg", f"# comment\n0 0 1 1\n\n{bad}\n", "line 4", word)
+        for kind, dimension in ((21, 2), (31, 3)):
+            whole = struct.pack("=iQ", kind, 2) + struct.pack("=%dd" % (4 * dimension), *range(4 * dimension))
+            for length in (0, 11, 12, 13, len(whole) - 1):
+                self.refuse_segments("cut.bin", whole[:length])
+            self.refuse_segments("cut.bin", whole + b"\0", "2 segments")
+        self.refuse_segments("points.bin", struct.pack("=iQ2d", 20, 1, 0, 0), "20", "21 or 31")
+        self.refuse_segments("nan.bin", struct.pack("=iQ4d", 21, 1, 0, 0, 0, float("nan")), "segment 1")
+
+    def test_wrong_use_of_segments_returns_2_and_overwrites_nothing(self):
+        self.write("a.xy", "0 0\n1 0\n0 1\n")
+        self.write("a.seg", "0 0 1 0\n")
+        self.write("a.node", "3 2\n1 0 0\n2 1 0\n3 0 1\n")
+        self.write("a.poly", "0 2\n1\n1 1 2\n0\n")
+        names = ("a.xy", "a.seg", "a.node", "a.poly")
+        before = [self.read(name) for name in names]
+        for arguments in (["a.xy", "--conforming"], ["a.seg"], ["a.xy", "--segments", "a.xy"], ["a.xy", "--segments", "a.seg", "-o", "a.seg"],
+                          ["a.poly", "-o", "a.node"], ["a.poly", "-o", "./a.poly"]):
+            self.assertNotEqual(self.run_kivo("triangulate", *arguments, exit_code=2).stderr, "")
+        self.run_kivo("generate", "grid", "-n", "4", "-o", "b.poly", exit_code=2)
+        self.assertEqual([self.read(name) for name in names], before)
+
+
+class Segments(CommandTest):
+    def poly(self, name):
+        """Points, segments, holes and regions of a .poly file, each a list of lists of fields."""
+        rows = iter(self.rows(name))
+        return [[next(rows) for _ in range(int(next(rows)[0]))] for _ in range(3)] + [list(rows)[1:]]
+
+    def edges(self, name):
+        """Marker by edge of an .edge file."""
+        rows = self.rows(name)
+        marker_of = {frozenset(row[1:3]): int(row[3]) for row in rows[1:]}
+        self.assertEqual((len(marker_of), "1"), (int(rows[0][0]), rows[0][1]))
+        return marker_of
+
+    def test_poly_file_that_needs_no_new_vertex_comes_back_as_it_was(self):
+        points = ["0 0 1.5 7", "4 0 2.5 8", "5 5 3.5 9", "0 4 4.5 -1", "1 1 0 0", "2 1 0 0", "1 2 0 0"]
+        for first in (0, 1):
+            number = lambda lines: [f"{first + i} {line}" for i, line in enumerate(lines)]
+            ends = [(0, 1), (2, 1), (2, 3), (3, 0), (4, 5), (6, 5), (6, 4)]
+            segments = number([f"{p + first} {q + first} {10 + p}" for p, q in ends])
+            lines = ["7 2 1 1", *number(points), "7 1", *segments, "1", *number(["1.25 1.25"]), "2", *number(["0.5 0.5 3 0.125", "1.5 1.25 -2"])]
+            self.write("a.poly", "# made by hand\n\n" + "  # inner\n".join(lines) + "\n# end\n")
+            report = self.report("a.poly", "--check", "-o", "b.poly", "-o", "b.ele", "-o", "b.edge")
+            self.assertEqual(self.read("b.poly").decode(), "\n".join(lines) + "\n")
+            self.assertEqual(report["segments"], {"read": 7, "skipped": 0, "newEnds": 0, "edges": 7, "missing": 0, "steinerPoints": 0,
+                                                  "crossings": 0, "holes": 1, "regions": 2})
+            self.assertEqual((report["points"], report["valid"], "segments" in report["times"]), (7, True, True))
+            inner = {frozenset((str(4 + first), str(5 + first), str(6 + first)))}
+            regions = {frozenset(row[1:4]): row[4] for row in self.rows("b.ele")[1:]}
+            self.assertEqual({corners for corners, region in regions.items() if region == "-2"}, inner)
+            self.assertTrue(all(region == "3" for corners, region in regions.items() if corners not in inner))
+            marked = {edge: marker for edge, marker in self.edges("b.edge").items() if marker}
+            self.assertEqual(marked, {frozenset(row.split()[1:3]): int(row.split()[3]) for row in segments})
+            self.write("c.node", "\n".join(lines[:8]))
+            self.write("c.poly", "\n".join(["0 2 1 1"] + lines[8:]))
+            self.report("c.poly", "-o", "d.poly")
+            self.assertEqual(self.read("d.poly"), self.read("b.poly"))
+
+    def test_new_vertex_inherits_marker_and_interpolates_attributes_of_its_segment(self):
+        corners = ["0 0 0 100", "8 8 16 100", "0 8 1 -4", "8 0 2 4"]
+        points = "4 2 2 0\n" + "".join(f"{i + 1} {line}\n" for i, line in enumerate(corners))
+        for first, second, steiner in ((0, 5, ["1.5", "0", "5"]), (6, 5, ["8", "100", "6"]), (0, 0, ["8", "100", "0"])):
+            self.write("a.poly", points + f"2 1\n1 1 2 {first}\n2 3 4 {second}\n0\n")
+            segments = self.report("a.poly", "--check", "-o", "b.poly", "-o", "b.edge")["segments"]
+            self.assertEqual((segments["edges"], segments["steinerPoints"], segments["crossings"]), (4, 1, 1))
+            points_out, pieces, _, _ = self.poly("b.poly")
+            self.assertEqual([row[-1] for row in points_out[:4]], ["0"] * 4)
+            self.assertEqual(points_out[4], ["5", "4", "4", *steiner])
+            self.assertEqual([row[1:] for row in pieces], [["1", "5", str(first)], ["5", "2", str(first)], ["3", "5", str(second)], ["5", "4", str(second)]])
+            marker_of = self.edges("b.edge")
+            self.assertEqual({marker_of.pop(frozenset(row[1:3])) for row in pieces}, {first, second})
+            self.assertEqual(list(marker_of.values()), [1] * 4)
+            self.report("b.poly", "-o", "c.poly")
+            self.assertEqual(self.read("c.poly"), self.read("b.poly"))
+
+    def test_equal_points_and_overlapping_segments_are_one(self):
+        self.write("a.poly", "6 2 0 0\n0 0 0\n1 4 0\n2 4 0\n3 8 0\n4 0 5\n5 8 0\n5 1\n1 0 3 0\n2 2 1 9\n3 1 5 4\n4 5 0 3\n5 0 4 0\n0\n")
+        report = self.report("a.poly", "--check", "-o", "b.poly", "-o", "b.edge")
+        self.assertEqual((report["duplicates"], report["segments"]["skipped"], report["segments"]["edges"]), (2, 1, 3))
+        points, pieces, _, _ = self.poly("b.poly")
+        self.assertEqual([row[1:] for row in points], [["0", "0"], ["4", "0"], ["8", "0"], ["0", "5"]])
+        self.assertEqual([row[1:] for row in pieces], [["1", "2", "4"], ["1", "0", "3"], ["0", "3", "0"]])
+        self.assertEqual(self.edges("b.edge"), {frozenset("01"): 3, frozenset("12"): 4, frozenset("23"): 1, frozenset("03"): 1, frozenset("13"): 0})
+
+    def test_segments_beside_points_give_what_a_poly_file_gives(self):
+        rows = [("0 0", "9 1"), ("1 5", "2 -5"), ("9 9", "0 0"), ("5 9", "5 0")]
+        points = list(dict.fromkeys(point for row in rows for point in row))
+        self.write("a.poly", f"{len(points)} 2\n" + "".join(f"{i} {point}\n" for i, point in enumerate(points)) +
+                   "4\n" + "".join(f"{i} {points.index(p)} {points.index(q)}\n" for i, (p, q) in enumerate(rows)) + "0\n")
+        self.write("a.seg", "# four\n" + "".join(f"{p}\t{q}\r\n" for p, q in rows))
+        numbers = [[float(field) for field in f"{p} {q}".split()] for p, q in rows]
+        self.write("a2.bin", struct.pack("=iQ", 21, 4) + b"".join(struct.pack("=4d", *row) for row in numbers))
+        self.write("a3.bin", struct.pack("=iQ", 31, 4) + b"".join(struct.pack("=6d", *row[:2], 7, *row[2:], 8) for row in numbers))
+        self.write("some.xy", "".join(point + "\n" for point in points[:3]))
+        self.write("none.xy", "")
+        wanted = self.report("a.poly", "-o", "b.xy", "-o", "b.seg")["segments"]
+        for points_file, ends in (("some.xy", 4), ("none.xy", 7)):
+            for segment_file in ("a.seg", "a2.bin", "a3.bin"):
+                report = self.report(points_file, "--segments", segment_file, "--check", "-o", "c.xy", "-o", "c.seg")
+                self.assertEqual(report["segments"], {**wanted, "newEnds": ends})
+                self.assertEqual((report["points"], report["duplicates"]), (7 - ends, 0))
+                for ending in ("xy", "seg"):
+                    self.assertEqual(self.read("c." + ending), self.read("b." + ending))
+
+    def test_end_that_is_no_point_has_the_height_of_the_triangle_around_it(self):
+        self.write("a.xyz", "0 0 0\n8 0 8\n0 8 16\n8 8 24\n")
+        self.write("a.seg", "1 2 6 5\n8 8 20 8\n")
+        done = self.run_kivo("triangulate", "a.xyz", "--segments", "a.seg", "-o", "b.xyz")
+        self.assertIn("1 ends of segments lie beyond", done.stderr)
+        heights = {tuple(map(float, row[:2])): float(row[2]) for row in self.rows("b.xyz")}
+        self.assertEqual(heights.pop((20, 8)), 0)
+        self.assertEqual(len(heights), 6)
+        for (x, y), height in heights.items():
+            self.assertAlmostEqual(height, x + 2 * y, places=12)
+
+    def test_region_ends_at_constraints_and_the_rest_is_0(self):
+        self.write("a.poly", "6 2\n1 0 0\n2 9 0\n3 9 9\n4 0 9\n5 15 4\n6 20 5\n5 0\n1 1 2\n2 2 3\n3 3 4\n4 4 1\n5 1 3\n0\n"
+                   "4\n1 8 1 2.5\n2 1 8 7\n3 50 50 1\n4 7 1 9\n")
+        done = self.run_kivo("triangulate", "a.poly", "-o", "b.ele")
+        self.assertIn("(50, 50) lies in no triangle", done.stderr)
+        self.assertIn("(7, 1) lies in a region that has an earlier one", done.stderr)
+        rows = self.rows("b.ele")
+        self.assertEqual(rows[0][1:], ["3", "1"])
+        region = {frozenset(row[1:4]): row[4] for row in rows[1:]}
+        self.assertEqual((region.pop(frozenset("123")), region.pop(frozenset("134"))), ("2.5", "7"))
+        self.assertEqual(set(region.values()), {"0"})
+
+    def test_flipped_y_turns_all_that_a_poly_file_holds(self):
+        self.write("a.poly", "4 2\n1 0 0\n2 4 1\n3 4 4\n4 0 4\n1 0\n1 2 4\n1\n1 1 0.5\n1\n1 3 3 5 1\n")
+        self.write("a.seg", "0 0 4 4\n")
+        self.report("a.poly", "--segments", "a.seg", "--flip-y", "-o", "b.poly", "-o", "b.ele")
+        points, pieces, holes, regions = self.poly("b.poly")
+        self.assertEqual([row[2] for row in points[:4]], ["0", "-1", "-4", "-4"])
+        self.assertEqual((len(pieces), holes, regions), (4, [["1", "1", "-0.5"]], [["1", "3", "-3", "5", "1"]]))
+        self.assertEqual([row[4] for row in self.rows("b.ele")[1:]].count("5"), 1)
+
+    def test_conforming_segment_is_divided_and_its_pieces_keep_what_it_had(self):
+        self.write("a.poly", "4 2 1 0\n1 0 0 0\n2 16 0 4\n3 8 1 9\n4 8 -1 9\n1 1\n1 1 2 6\n0\n")
+        forced = self.report("a.poly", "--check", "-o", "b.poly")
+        self.assertEqual((forced["segments"]["steinerPoints"], forced["valid"]), (0, True))
+        report = self.report("a.poly", "--conforming", "--check", "-o", "b.poly")
+        segments = report["segments"]
+        self.assertGreater(segments["steinerPoints"], 0)
+        self.assertEqual((segments["crossings"], segments["edges"], report["valid"]), (0, segments["steinerPoints"] + 1, True))
+        points, pieces, _, _ = self.poly("b.poly")
+        for row in points[4:]:
+            self.assertEqual((float(row[3]), row[4]), (float(row[1]) / 4, "6"))
+        self.assertEqual((pieces[0][1], pieces[-1][2], {row[3] for row in pieces}), ("1", "2", {"6"}))
+        self.assertEqual([row[2] for row in pieces[:-1]], [row[1] for row in pieces[1:]])
+
+    def test_segments_of_points_on_one_line_wait_and_are_not_lost(self):
+        text = "3 2 0 0\n1 0 0\n2 1 1\n3 2 2\n2 0\n1 1 2\n2 2 3\n0\n"
+        report = self.report(self.write("a.poly", text), "--check", "-o", "b.poly", "-o", "b.edge")
+        self.assertEqual((report["is2D"], report["segments"]["edges"], self.read("b.poly").decode()), (False, 0, text))
+        self.assertEqual(self.read("b.edge"), b"0 1\n")
+
+    def test_random_segments_are_all_edges_and_come_back_unchanged(self):
+        source = random.Random(11)
+        for size in (4, 7, 30, 1000):
+            number = lambda: str(source.randrange(size))
+            points = [f"{i} {number()} {number()} {source.randrange(3)}\n" for i in range(60)]
+            segments = [f"{i} {source.randrange(60)} {source.randrange(60)} {source.randrange(4)}\n" for i in range(80)]
+            self.write("a.poly", "60 2 0 1\n" + "".join(points) + "80 1\n" + "".join(segments) + "0\n")
+            for options in ([], ["--conforming"]):
+                report = self.report("a.poly", "--check", *options, "-o", "b.poly", "-o", "b.edge", "-o", "b.ele")
+                self.assertEqual((report["segments"]["missing"], report["valid"]), (0, True))
+                marker_of = self.edges("b.edge")
+                corners = [row[1:] for row in self.rows("b.ele")[1:]]
+                self.assertEqual({frozenset(row[:i] + row[i + 1:]) for row in corners for i in range(3)}, set(marker_of))
+                _, pieces, _, _ = self.poly("b.poly")
+                for piece in pieces:
+                    marker = marker_of[frozenset(piece[1:3])]
+                    self.assertIn(int(piece[3]), (marker, marker - 1 if marker == 1 else marker))
+                self.assertEqual(len({frozenset(piece[1:3]) for piece in pieces}), len(pieces))
+                again = self.report("b.poly", "-o", "c.poly")
+                self.assertEqual((again["segments"]["steinerPoints"], self.read("c.poly")), (0, self.read("b.poly")))
+
+    def test_coast_with_lakes_needs_no_new_vertex_where_the_segments_are_forced_in(self):
+        coast = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "data", "co_iceland_h")
+        report = self.report(coast + ".xy", "--segments", coast + ".seg", "--check", "-o", "b.edge", "-o", "b.ps")
+        self.assertEqual(report["segments"], {"read": 9551, "skipped": 0, "newEnds": 0, "edges": 9551, "missing": 0, "steinerPoints": 0,
+                                              "crossings": 0, "holes": 0, "regions": 0})
+        self.assertEqual((report["triangles"], report["valid"]), (19078, True))
+
+
 class Generators(CommandTest):
     def generate(self, kind, count, name, *options):
         self.run_kivo("generate", kind, "-n", str(count), "-o", name, *options)
