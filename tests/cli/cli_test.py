@@ -426,12 +426,18 @@ class Segments(CommandTest):
                 again = self.report("b.poly", "-o", "c.poly")
                 self.assertEqual((again["segments"]["steinerPoints"], self.read("c.poly")), (0, self.read("b.poly")))
 
-    def test_coast_with_lakes_needs_no_new_vertex_where_the_segments_are_forced_in(self):
-        coast = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "data", "co_iceland_h")
-        report = self.report(coast + ".xy", "--segments", coast + ".seg", "--check", "-o", "b.edge", "-o", "b.ps")
-        self.assertEqual(report["segments"], {"read": 9551, "skipped": 0, "newEnds": 0, "edges": 9551, "missing": 0, "steinerPoints": 0,
-                                              "crossings": 0, "holes": 0, "regions": 0})
-        self.assertEqual((report["triangles"], report["valid"]), (19078, True))
+    def test_counts_of_real_segments_are_those_found_without_this_library(self):
+        data = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "data")
+        for name in ("co_iceland_h", "ps_usatlas_states", "ps_worldatlas_110m"):
+            path = os.path.join(data, name)
+            with open(path + ".json", encoding="utf-8") as file:
+                facts = json.load(file)["derived"]["segments"]
+            crossings = facts["pairs_crossing"]
+            report = self.report(path + ".xy", "--segments", path + ".seg", "--check", "-o", "b.edge", "-o", "b.ps")
+            self.assertEqual(report["segments"], {"read": facts["segments"], "skipped": facts["zero_length"], "newEnds": 0,
+                                                  "edges": facts["unique"] + 2 * crossings, "missing": 0,
+                                                  "steinerPoints": crossings, "crossings": crossings, "holes": 0, "regions": 0})
+            self.assertEqual((report["duplicates"], report["valid"]), (0, True))
 
 
 class Generators(CommandTest):
