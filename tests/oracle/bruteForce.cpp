@@ -129,7 +129,7 @@ std::string checkHull(const Kivo_2D& kivo, const Mesh& mesh, bool bAll) {
     return bAll ? "the hull with all vertices is wrong" : "the hull without collinear vertices is wrong";
 }
 
-std::string checkEmptyCircles(const Mesh& mesh, EmptyCircleCheck check) {
+std::string checkEmptyCircles(const Mesh& mesh, EmptyCircleCheck check, const EdgePredicate& isConstraint) {
     for (Index t = 0; t < mesh.vTriangles.size(); ++t) {
         const auto holds = [&](const ExactPoint& q) {
             return inCircle(mesh.corner(t, 0), mesh.corner(t, 1), mesh.corner(t, 2), q) > 0;
@@ -139,6 +139,9 @@ std::string checkEmptyCircles(const Mesh& mesh, EmptyCircleCheck check) {
         for (Index i = 0; check == ONLY_NEIGHBOURS && i < 3; ++i) {
             const Index n = across(mesh, t, i);
             if (n > t) continue; // the hull, or seen from the other side
+            const auto& c = mesh.vCorners[t];
+            if (isConstraint && isConstraint(mesh.vVertices[c[(i + 1) % 3]], mesh.vVertices[c[(i + 2) % 3]]))
+                continue;
             for (Index j = 0; j < 3; ++j) {
                 if (holds(mesh.corner(n, j)))
                     return message("a circle holds a neighbour's corner, triangle", t);
@@ -148,9 +151,8 @@ std::string checkEmptyCircles(const Mesh& mesh, EmptyCircleCheck check) {
     return "";
 }
 
-} // namespace
-
-std::string findFault(const Kivo_2D& kivo, const std::vector<Point2>& vInput, EmptyCircleCheck check) {
+std::string findFault(const Kivo_2D& kivo, const std::vector<Point2>& vInput, EmptyCircleCheck check,
+                      const EdgePredicate& isConstraint) {
     Mesh mesh;
     std::string fault = readVertices(kivo, different(vInput), mesh);
     if (fault.empty()) fault = checkDimension(kivo, mesh);
@@ -160,17 +162,31 @@ std::string findFault(const Kivo_2D& kivo, const std::vector<Point2>& vInput, Em
     if (fault.empty()) fault = checkCountsAndArea(mesh, hull(mesh.vExact, true));
     if (fault.empty()) fault = checkHull(kivo, mesh, true);
     if (fault.empty()) fault = checkHull(kivo, mesh, false);
-    return fault.empty() ? checkEmptyCircles(mesh, check) : fault;
+    return fault.empty() ? checkEmptyCircles(mesh, check, isConstraint) : fault;
 }
 
-std::string findFault(const Kivo_2D& kivo, EmptyCircleCheck check) {
+std::string findFaultWithin(const Kivo_2D& kivo, EmptyCircleCheck check, const EdgePredicate& isConstraint) {
     std::vector<Point2*> vVertices;
     kivo.getVertexPointers(vVertices);
     std::vector<Point2> vPoints;
     for (const Point2* p : vVertices)
         vPoints.push_back(*p);
     if (different(vPoints).size() != vPoints.size()) return "two vertices have equal coordinates";
-    return findFault(kivo, vPoints, check);
+    return findFault(kivo, vPoints, check, isConstraint);
+}
+
+} // namespace
+
+std::string findFault(const Kivo_2D& kivo, const std::vector<Point2>& vInput, EmptyCircleCheck check) {
+    return findFault(kivo, vInput, check, {});
+}
+
+std::string findFault(const Kivo_2D& kivo, EmptyCircleCheck check) {
+    return findFaultWithin(kivo, check, {});
+}
+
+std::string findFault(const Kivo_2D& kivo, const EdgePredicate& isConstraint) {
+    return findFaultWithin(kivo, ONLY_NEIGHBOURS, isConstraint);
 }
 
 std::vector<Corners> triangleList(const Kivo_2D& kivo) {

@@ -3,6 +3,7 @@
 #include "Kivo_2D.h"
 
 #include <array>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,10 @@ std::string findFault(const TESK_KIVO2D::Kivo_2D& kivo, const std::vector<TESK_K
 
 // The same for what is in the triangulation, whatever was inserted.
 std::string findFault(const TESK_KIVO2D::Kivo_2D& kivo, EmptyCircleCheck check);
+
+// The same, neighbour by neighbour, where the edges for which the predicate holds need not be Delaunay.
+using EdgePredicate = std::function<bool(TESK_KIVO2D::Point2*, TESK_KIVO2D::Point2*)>;
+std::string findFault(const TESK_KIVO2D::Kivo_2D& kivo, const EdgePredicate& isConstraint);
 
 using Corners = std::array<std::pair<double, double>, 3>;
 // Coordinates of the corners, rotated so that the smallest comes first, in the triangulation's own order.

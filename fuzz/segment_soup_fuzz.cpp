@@ -1,0 +1,122 @@
+#include "fuzz/check.h"
+
+#include "Kivo_2D.h"
+#include "tests/oracle/constraints.h"
+
+#include <cmath>
+#include <cstring>
+
+// Points and segments in any order, by both strategies, with directions and without. After each call the
+// triangulation is valid, and all laws of constraints hold. The first byte says what coordinates are: small
+// integers (one byte each, everything touches everything) or any doubles, and at which scale.
+
+using namespace TESK_KIVO2D;
+
+namespace {
+
+constexpr int MAX_OPERATIONS = 48;
+
+class Input {
+public:
+    Input(const std::uint8_t* pBytes, std::size_t num) : pNext(pBytes), pEnd(pBytes + num) {
+        const std::uint8_t mode = byte();
+        bIntegers = mode & 1;
+        offset = mode & 2 ? 4e6 : 0;
+        exponent = mode & 4 ? 400 - 100 * (mode >> 4) : 0;
+    }
+    bool atEnd() const { return pNext == pEnd; }
+    std::uint8_t byte() { return atEnd() ? std::uint8_t(0) : *pNext++; }
+    Point2 point() {
+        const double x = coordinate();
+        return {x, coordinate()};
+    }
+
+private:
+    double coordinate() {
+        if (bIntegers) return std::ldexp(byte() % 16 + offset, exponent);
+        double value = 0;
+        const std::size_t num = std::min<std::size_t>(sizeof value, static_cast<std::size_t>(pEnd - pNext));
+        if (num != 0) std::memcpy(&value, pNext, num);
+        pNext += num;
+        return value;
+    }
+
+    const std::uint8_t *pNext, *pEnd;
+    bool bIntegers;
+    double offset;
+    int exponent;
+};
+
+class Soup {
+public:
+    void run(Input& input) {
+        for (int i = 0; i < MAX_OPERATIONS && !input.atEnd(); ++i) {
+            const int operation = input.byte() % 7;
+            if (operation < 3) {
+                const Point2 source = input.point();
+                vPending.emplace_back(source, input.point());
+                continue;
+            }
+            switch (operation) {
+            case 3:
+            case 4:
+                constrain(ConstraintInsertionStrategy(operation - 3), input.byte() % 2 != 0);
+                break;
+            case 5:
+                kivo.insert(input.point());
+                break;
+            case 6:
+                insertEnds();
+                break;
+            }
+            check();
+        }
+        constrain(CIS_CONSTRAINED_DELAUNAY, false);
+        kivo.insert({{0, 0}, {15, 0}, {0, 15}}); // now it is 2-D
+        if (kivo.is2D()) kivo.applyConstraintsAndZones();
+        check();
+    }
+
+    bool bGivenUp = false; // some segments, with a warning
+
+private:
+    void constrain(ConstraintInsertionStrategy cis, bool bOriented) {
+        if (vPending.empty()) return;
+        vGraphs.push_back({kivo.createConstraint(vPending, cis, bOriented), vPending});
+        vPending.clear();
+    }
+
+    // As a batch, so that later constraints find all their ends there.
+    void insertEnds() {
+        std::vector<Point2> vPoints;
+        for (const Segment2& s : vPending)
+            vPoints.insert(vPoints.end(), {s.getSrc(), s.getTrg()});
+        kivo.insert(vPoints);
+    }
+
+    void check() const {
+        const std::string fault = oracle::findConstraintFault(kivo, vGraphs, bGivenUp);
+        if (!fault.empty()) std::fprintf(stderr, "%s\n", fault.c_str());
+        CHECK(fault.empty());
+        CHECK(bGivenUp || kivo.checkValidity(true, "soup"));
+    }
+
+    Kivo_2D kivo;
+    std::vector<oracle::GivenGraph> vGraphs;
+    std::vector<Segment2> vPending;
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pBytes, std::size_t num) {
+    Input input(pBytes, num);
+    Soup soup;
+    setMessageSink([&soup](MessageChannel, const std::string& text) {
+        if (text.find("giving up") != std::string::npos) soup.bGivenUp = true;
+        CHECK(text.find("insufficient") == std::string::npos);
+        CHECK(text.find("ERROR") == std::string::npos);
+    });
+    soup.run(input);
+    setMessageSink({});
+    return 0;
+}

@@ -1,0 +1,52 @@
+#!/usr/bin/env python3
+"""Makes the first inputs of the fuzz targets from the point sets of the tests.
+
+usage: fuzz_seeds.py DATA_DIR CORPUS_DIR
+"""
+
+import struct
+import sys
+from pathlib import Path
+
+LINES = 40  # of each file: short inputs are tried more often
+
+
+def numbers(path):
+    return [[float(word) for word in line.split()] for line in path.read_text().splitlines()[:LINES]]
+
+
+def binary(file_type, rows):
+    return struct.pack("<iQ", file_type, len(rows)) + b"".join(struct.pack(f"<{len(row)}d", *row) for row in rows)
+
+
+def soup(mode, rows, per_call):
+    """As fuzz/segment_soup_fuzz.cpp reads it: a mode, then operations."""
+    parts = [bytes([mode])]
+    for i, row in enumerate(rows):
+        values = [int(value * 8) & 255 for value in row] if mode & 1 else row
+        parts.append(b"\0" + struct.pack("<4B" if mode & 1 else "<4d", *values))
+        if i % per_call == per_call - 1:
+            parts.append(bytes([3 + i // per_call % 2, i & 1]))
+    return b"".join(parts)
+
+
+def main():
+    data, corpus = Path(sys.argv[1]), Path(sys.argv[2])
+    for target in ("point_file_fuzz", "segment_soup_fuzz"):
+        (corpus / target).mkdir(parents=True, exist_ok=True)
+    for path in sorted(data.glob("*.xy")):
+        rows, segments = numbers(path), numbers(path.with_suffix(".seg"))
+        files = {"text": path.read_bytes()[:2000]}
+        for dimension, types in ((2, (20, 21)), (3, (30, 31))):
+            flat = [row + [1.0] * (dimension - 2) for row in rows]
+            files[f"points{dimension}"] = binary(types[0], flat)
+            files[f"segments{dimension}"] = binary(types[1], [p + q for p, q in zip(flat, flat[1:])])
+        for kind, content in files.items():
+            (corpus / "point_file_fuzz" / f"{path.stem}_{kind}").write_bytes(content)
+        for mode in range(4):
+            seed = corpus / "segment_soup_fuzz" / f"{path.stem}_{mode}"
+            seed.write_bytes(soup(mode, segments[:16], 4))
+
+
+if __name__ == "__main__":
+    main()
