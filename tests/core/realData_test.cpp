@@ -3,65 +3,22 @@
 #include "tests/oracle/exact.h"
 #include "tests/support/capture.h"
 #include "tests/support/expectSound.h"
+#include "tests/support/realData.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 using namespace TESK_KIVO2D;
+using namespace realData;
 using nlohmann::json;
-using Path = std::filesystem::path;
 
 namespace {
 
-struct Folder {
-    const char* name;
-    Path path;
-};
-void PrintTo(const Folder& folder, std::ostream* pStream) { *pStream << folder.path; }
-
-// What ships with the project always; more where the environment names a folder of inputs, which then must
-// hold some.
-std::vector<Folder> folders() {
-    std::vector<Folder> vFolders = {{"shipped", KIVO2D_TEST_DATA}};
-    if (const char* given = std::getenv("KIVO2D_DATA")) {
-        vFolders.push_back({"open", Path(given) / "open"});
-        vFolders.push_back({"mesh", Path(given) / "mesh"});
-    }
-    return vFolders;
-}
-
 struct RealData : testing::TestWithParam<Folder> {
-    static std::vector<Path> files(const std::string& ending) {
-        std::vector<Path> vFiles;
-        std::error_code noFolder;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(GetParam().path, noFolder)) {
-            const std::string name = entry.path().filename().string();
-            if (name.size() > ending.size() && name.ends_with(ending)) vFiles.push_back(entry.path());
-        }
-        std::sort(vFiles.begin(), vFiles.end());
-        return vFiles;
-    }
+    static std::vector<Path> files(const std::string& ending) { return filesIn(GetParam(), ending); }
 };
 INSTANTIATE_TEST_SUITE_P(in, RealData, testing::ValuesIn(folders()),
                          [](const auto& info) { return info.param.name; });
-
-json factsBeside(Path path) {
-    std::ifstream file(path.replace_extension(".json"));
-    return file ? json::parse(file) : json::object();
-}
-
-std::vector<Point2> readPoints(const Path& path) {
-    std::vector<Point2> vPoints;
-    std::ifstream file(path);
-    for (double x = 0, y = 0; file >> x >> y;)
-        vPoints.emplace_back(x, y);
-    EXPECT_TRUE(file.eof()) << path << " holds something else than pairs of numbers";
-    return vPoints;
-}
 
 std::vector<oracle::Xy> hullOf(const Kivo_2D& kivo, bool bAll) {
     std::vector<Point2*> vHull;
