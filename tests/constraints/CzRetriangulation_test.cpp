@@ -31,7 +31,9 @@ public:
         for (std::size_t i = 3; i < vPoints.size(); ++i)
             add(vPoints[i]);
     }
-    bool isFixed(const Point2* p, const Point2* q) const override { return sFixed.count(std::minmax(p, q)) > 0; }
+    bool isFixed(const Point2* p, const Point2* q) const override {
+        return sFixed.count(std::minmax(p, q)) > 0;
+    }
     void wasSplit(Point2*, Point2*, Point2*) override {}
 
     // Forces the segment in, from vertex to vertex, unless it crosses a fixed edge.
@@ -94,7 +96,8 @@ TEST(CzRetriangulation, manySegmentsThroughFewPointsLeaveIslandsAndHangingEdges)
         const bool bLattice = run % 2 == 0;
         for (int i = 0; i < 12 + run / 4; ++i) {
             const double x = between(random, 0, 1), y = between(random, 0, 1);
-            vPoints.emplace_back(bLattice ? std::floor(12 * x) / 12 : x, bLattice ? std::floor(12 * y) / 12 : y);
+            vPoints.emplace_back(bLattice ? std::floor(12 * x) / 12 : x,
+                                 bLattice ? std::floor(12 * y) / 12 : y);
         }
         Mesh mesh(vPoints);
         for (int i = 0; i < 60; ++i) {
@@ -113,7 +116,8 @@ TEST(CzRetriangulation, longZonesWithFansFollowAGuide) {
             std::vector<Point2> vPoints = inLargeTriangle();
             const double lowest = height < 0 ? 0.01 - height : 0.01;
             for (int i = 0; i <= num; ++i) {
-                const double x = (i + between(random, 0.1, 0.9)) / (num + 2), bulge = 4 * x * (1 - x) * height;
+                const double x = (i + between(random, 0.1, 0.9)) / (num + 2),
+                             bulge = 4 * x * (1 - x) * height;
                 vPoints.emplace_back(x, 0.5 + lowest + bulge);
                 vPoints.emplace_back(x, 0.5 - lowest - bulge);
             }

@@ -83,8 +83,8 @@ TEST_P(RealConstraints, giveTheRivalsEdgesAndThePublishedCountsWhereNoneCross) {
         if (hasCrossings(facts)) continue;
         const std::size_t numTriangles =
             expectSameAsRival(readPoints(Path(path).replace_extension(".xy")), readSegments(path));
-        if (facts.contains("derived") && facts["derived"].contains("cdt_triangles_in_hull"))
-            EXPECT_EQ(facts["derived"]["cdt_triangles_in_hull"], numTriangles);
+        if (!facts.contains("derived") || !facts["derived"].contains("cdt_triangles_in_hull")) continue;
+        EXPECT_EQ(facts["derived"]["cdt_triangles_in_hull"], numTriangles);
     }
 }
 

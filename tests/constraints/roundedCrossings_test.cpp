@@ -1,0 +1,127 @@
+#include "Kivo_2D.h"
+#include "tests/oracle/exact.h"
+#include "tests/support/constrained.h"
+
+#include <algorithm>
+
+// Where two constraints cross a vertex is made at the rounded crossing. It may lie beyond the triangles at
+// the crossed edge, on another vertex, or on the far side of other constraints: nothing may rest on where it
+// lies. Coordinates from 2^52 on are integers, so that rounding moves a crossing by up to a whole step of the
+// grid.
+
+using namespace TESK_KIVO2D;
+using doubles::below;
+using doubles::Points;
+using doubles::Rng;
+
+namespace {
+
+constexpr double coarse = 0x1p52;
+
+// Integers in a box, with one step as the unit in the last place of both coordinates, or of x alone.
+struct CoarseGrid {
+    int width, height;
+    double dx, dy;
+
+    Point2 any(Rng& rng) const {
+        const double x = below(rng, width);
+        return {x + dx, below(rng, height) + dy};
+    }
+    Segment2 anySegment(Rng& rng) const {
+        const Point2 source = any(rng);
+        for (;;) {
+            const Point2 target = any(rng);
+            if (target != source) return {source, target};
+        }
+    }
+};
+
+constexpr CoarseGrid aGrids[] = {{6, 6, coarse, coarse},    {20, 4, coarse, coarse},
+                                 {300, 3, coarse, -coarse}, {40, 40, -coarse, coarse},
+                                 {16, 6, coarse, 0},        {9, 9, -5, -coarse}};
+
+// Whether the point that the crossing of s and t is rounded to lies in neither triangle at the edge s.
+bool leavesBothTriangles(const Kivo_2D& kivo, ConstraintSegment2* s, const Segment2& t) {
+    Point2 *p = s->getSrc(), *q = s->getTrg();
+    const auto side = [](const Point2& a, const Point2& b, const Point2& c) {
+        return oracle::orientation(a, b, c);
+    };
+    if (side(*p, *q, t.getSrc()) * side(*p, *q, t.getTrg()) >= 0) return false;
+    if (side(t.getSrc(), t.getTrg(), *p) * side(t.getSrc(), t.getTrg(), *q) >= 0) return false;
+    const auto exact = oracle::lineIntersection(*p, *q, t.getSrc(), t.getTrg());
+    const Point2 rounded(exact.x.get_d(), exact.y.get_d()); // towards zero
+    const auto isOutside = [&](const Triangle2* pT) {
+        for (int i = 0; pT != nullptr && i < 3; ++i) {
+            if (side(*pT->getCorner(i), *pT->getCorner((i + 1) % 3), rounded) < 0) return true;
+        }
+        return pT == nullptr;
+    };
+    return isOutside(kivo.getAdjacentTriangle(p, q)) && isOutside(kivo.getAdjacentTriangle(q, p));
+}
+
+// Adds the segments one by one. How many leaves were crossed at points that rounding moved away from them.
+int addAll(Constrained& c, const Segments& vSegments, int strategies) {
+    int numAway = 0;
+    for (const Segment2& t : vSegments) {
+        std::vector<ConstraintSegment2*> vLeaves;
+        for (const oracle::GivenGraph& given : c.vGraphs)
+            given.pGraph->getChildConstraintSegments(vLeaves);
+        for (ConstraintSegment2* s : vLeaves)
+            numAway += leavesBothTriangles(c.kivo, s, t) ? 1 : 0;
+        const auto i = static_cast<int>(c.vGraphs.size());
+        c.add({t}, ConstraintInsertionStrategy(strategies == 2 ? i % 2 : strategies));
+        expectConstrained(c, true);
+    }
+    return numAway;
+}
+
+} // namespace
+
+TEST(CrossingsRoundedAway, fromTheCrossedTrianglesKeepAllLaws) {
+    Rng rng(10);
+    int numAway = 0;
+    for (int round = 0; round < 600 && !testing::Test::HasFailure(); ++round) {
+        SCOPED_TRACE(round);
+        const CoarseGrid& grid = aGrids[round % 6];
+        Constrained c;
+        c.kivo.insert({grid.any(rng),
+                       {grid.dx, grid.dy},
+                       {grid.dx + grid.width, grid.dy},
+                       {grid.dx, grid.dy + grid.height}});
+        Segments vSegments;
+        for (int i = 3 + below(rng, 8); i > 0; --i)
+            vSegments.push_back(grid.anySegment(rng));
+        numAway += addAll(c, vSegments, round % 3);
+        c.kivo.insert({grid.any(rng), grid.any(rng)});
+        expectConstrained(c, true);
+    }
+    EXPECT_LT(300, numAway);
+}
+
+TEST(CrossingsRoundedAway, besideSliversOfAFewStepsKeepAllLaws) {
+    Rng rng(11);
+    int numAway = 0;
+    for (int round = 0; round < 400 && !testing::Test::HasFailure(); ++round) {
+        SCOPED_TRACE(round);
+        // Vertices within a few steps of the edge that is crossed, in map coordinates.
+        const Point2 p(448262 + doubles::uniform(rng), 5411932 + doubles::uniform(rng));
+        const Point2 q(p.x() + doubles::uniform(rng, 1, 2), p.y() + doubles::uniform(rng, -1, 1));
+        Points vPoints = {{p.x() + 0.6, p.y() + 7}, {p.x() + 0.4, p.y() - 7}};
+        const auto alongEdge = [&](double t) {
+            return Point2(p.x() + t * (q.x() - p.x()), p.y() + t * (q.y() - p.y()));
+        };
+        for (int i = 0; i < 6; ++i)
+            vPoints.push_back(doubles::jittered(rng, alongEdge(doubles::uniform(rng, 0.3, 0.7)), 2));
+        Segments vSegments = {{p, q}};
+        for (int i = 0; i < 5; ++i) {
+            const double x = p.x() + doubles::uniform(rng, 0, 2), turn = doubles::uniform(rng, -1, 1);
+            vSegments.emplace_back(Point2(x, p.y() + 4), Point2(x + turn, p.y() - 3));
+            const Point2 beside = doubles::jittered(rng, alongEdge(doubles::uniform(rng, 0.2, 0.8)), 3);
+            vSegments.emplace_back(doubles::jittered(rng, p, 3), doubles::jittered(rng, beside, 3));
+        }
+        Constrained c;
+        c.kivo.insert(vPoints);
+        numAway += addAll(c, vSegments, round % 3);
+    }
+    EXPECT_LT(300, numAway);
+}
