@@ -2,7 +2,6 @@
 
 #include "ConstraintSegment2.h"
 #include "Point2.h"
-#include "core/HalfEdge.h"
 #include "kernel/ProgressHub.h"
 #include "kernel/TeskTest.h"
 
@@ -10,7 +9,7 @@
 
 namespace TESK_KIVO2D {
 
-// What constraints ask of the triangulation that they belong to.
+// What segments, graphs and their manager ask of the triangulation that they belong to.
 class ConstraintHost {
 public:
     virtual ~ConstraintHost() = default;
@@ -23,13 +22,6 @@ public:
     // The vertex at these finite coordinates, a new one if there is none.
     virtual Point2* insert(const Point2& p) = 0;
     virtual void insertVector(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) = 0;
-    // The same, for a point near a triangle.
-    virtual Point2* insertNear(const Point2& p, Triangle2* pNear) = 0;
-    // A vertex that is not in the triangulation yet, and its way in: instead of the edge, which it replaces
-    // by two, or back. The four triangles that come out must be strictly counter-clockwise.
-    virtual Point2* newVertex(const Point2& p) = 0;
-    virtual void replaceEdge(HalfEdge edge, Point2* pVtx) = 0;
-    virtual void recycleVertex(Point2* pVtx) = 0;
 
     // Makes the live segment, or its leaves if it has to be split, edges of the triangulation, which is 2-D,
     // by the strategy of each. Returns false when some had to be given up, which has been reported.

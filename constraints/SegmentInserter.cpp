@@ -134,7 +134,7 @@ bool SegmentInserter::splitInTheMiddle(ConstraintSegment2* pCSeg) {
     KIVO_ASSERT(pSplitPoint != a, "pSplitPoint!=pCSeg->getSrc()");
     const bool bOK = pCSeg->split_combinatorialOnly(pSplitPoint);
     KIVO_ASSERT(bOK, "bOK");
-    host.legalizeEdge(a, b);
+    site.legalizeEdge(a, b);
     pushPieces(pCSeg);
     return true;
 }
@@ -157,7 +157,7 @@ void SegmentInserter::cross(ConstraintSegment2* pCSeg, HalfEdge edge) {
         return;
     }
     if (splitAtEnd(pCrossingCSeg, *pCSeg, crossing)) {
-        host.legalizeEdge(r, l);
+        site.legalizeEdge(r, l);
         vStack.push_back(pCSeg);
         pushPieces(pCrossingCSeg);
         return;
@@ -171,7 +171,7 @@ void SegmentInserter::cross(ConstraintSegment2* pCSeg, HalfEdge edge) {
     Point2* const pSplitPoint = insertReleased(crossing, edge.pT, pCrossingCSeg);
     pCrossingCSeg->split_combinatorialOnly(pSplitPoint);
     pCSeg->split_combinatorialOnly(pSplitPoint);
-    host.legalizeEdge(r, l);
+    site.legalizeEdge(r, l);
     pushPieces(pCSeg);
     pushPieces(pCrossingCSeg);
 }
@@ -193,11 +193,11 @@ bool SegmentInserter::splitAtEnd(ConstraintSegment2* pCSeg, const ConstraintSegm
 bool SegmentInserter::crossInPlace(ConstraintSegment2* pCSeg, ConstraintSegment2* pCrossingCSeg,
                                    HalfEdge edge, const Point2& crossing) {
     if (!isStarShaped(edge, crossing)) return false;
-    Point2* const pSplitPoint = host.newVertex(crossing);
+    Point2* const pSplitPoint = site.newVertex(crossing);
     // First, so that the new edges are known as fixed when they are legalised around.
     pCrossingCSeg->split_combinatorialOnly(pSplitPoint);
     pCSeg->split_combinatorialOnly(pSplitPoint);
-    host.replaceEdge(edge, pSplitPoint);
+    site.replaceEdge(edge, pSplitPoint);
     pushPieces(pCSeg);
     return true;
 }
@@ -205,7 +205,7 @@ bool SegmentInserter::crossInPlace(ConstraintSegment2* pCSeg, ConstraintSegment2
 // Inserts a point as if this segment were no constraint: it is not split by it, and its edge is not held.
 Point2* SegmentInserter::insertReleased(const Point2& p, Triangle2* pNear, ConstraintSegment2* pReleased) {
     const SegmentRelease release(*pReleased);
-    return host.insertNear(p, pNear);
+    return site.insertNear(p, pNear);
 }
 
 // True when the point is strictly inside the two triangles at the edge and sees all of their corners.

@@ -2,10 +2,10 @@
 
 #include "ConstraintSegment2.h"
 #include "Point2.h"
-#include "constraints/ConstraintHost.h"
 #include "constraints/ConstraintMgr.h"
 #include "constraints/CzRetriangulation.h"
 #include "constraints/CzTraversal.h"
+#include "constraints/SegmentSite.h"
 #include "core/HalfEdge.h"
 #include "kernel/TeskTest.h"
 
@@ -27,8 +27,8 @@ namespace TESK_KIVO2D {
 // is bounded by a budget, far beyond what real inputs need.
 class SegmentInserter {
 public:
-    SegmentInserter(ConstraintHost& triangulation, ConstraintMgr& manager)
-        : host(triangulation), mgr(manager), tests(triangulation.predicates()), retriangulation(tests) {}
+    SegmentInserter(SegmentSite& triangulation, ConstraintMgr& manager)
+        : site(triangulation), mgr(manager), tests(triangulation.predicates()), retriangulation(tests) {}
 
     // The segment is alive. Returns false, after a warning, when the budget ran out before all pieces were
     // edges.
@@ -53,7 +53,7 @@ private:
     bool isStarShaped(HalfEdge edge, const Point2& p) const;
     void pushPieces(ConstraintSegment2* pCSeg);
 
-    ConstraintHost& host;
+    SegmentSite& site;
     ConstraintMgr& mgr;
     TeskTest& tests;
     CzRetriangulation retriangulation;

@@ -7,6 +7,7 @@
 #include "Segment2.h"
 #include "Triangle2.h"
 #include "constraints/ConstraintHost.h"
+#include "constraints/SegmentSite.h"
 #include "core/EdgeGuard.h"
 #include "core/HC2.h"
 #include "core/MeshStore.h"
@@ -33,7 +34,7 @@ class Visualizer2;
 //
 // Between calls: the stack vCheckT is empty, no duplicate is registered, and the static bound of the
 // predicates covers the box, which covers every vertex.
-class Dt2 : public ConstraintHost {
+class Dt2 : public ConstraintHost, public SegmentSite {
 public:
     explicit Dt2(unsigned int numExpectedVertices);
     ~Dt2() override;
@@ -100,12 +101,11 @@ private:
     void draw(Visualizer2& vis, bool bWithConstraints) const;
     bool checkConstraintSegments(const std::string& label) const;
 
-    // --- ConstraintHost
+    // --- ConstraintHost and SegmentSite
     TeskTest& predicates() override { return pTeskPredicates; }
     Point2* insertNear(const Point2& p, Triangle2* pNear) override;
     Point2* newVertex(const Point2& p) override;
     void replaceEdge(HalfEdge edge, Point2* pVtx) override;
-    void recycleVertex(Point2* pVtx) override;
     bool insertSegment(ConstraintSegment2* pCSeg) override;
     void allowSteinerPoints(std::size_t num) override;
     bool isEdge(const Point2* p, const Point2* q) const override;

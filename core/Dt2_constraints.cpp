@@ -89,8 +89,6 @@ Point2* Dt2::newVertex(const Point2& p) {
     return store.createVertex(p);
 }
 
-void Dt2::recycleVertex(Point2* pVtx) { store.recycleVertex(pVtx); }
-
 void Dt2::replaceEdge(HalfEdge edge, Point2* pVtx) {
     const Triangle2 *const pT = edge.pT, *const pN = edge.opposite();
     const Point2* const onT = pT->getCorner(edge.ith);

@@ -63,6 +63,8 @@ struct FakeHost : TESK_KIVO2D::ConstraintHost {
         return sEdges.count(std::minmax(p, q)) > 0;
     }
     void legalizeAround(Point2* pVtx) override { vLegalized.push_back(pVtx); }
+    void legalizeEdge(const Point2*, const Point2*) override {}
+    void allowSteinerPoints(std::size_t) override {}
 
     Point2* at(double x, double y) { return insert(Point2(x, y)); }
 };
