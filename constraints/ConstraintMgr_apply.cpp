@@ -4,6 +4,7 @@
 #include "kernel/messages.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace TESK_KIVO2D {
 namespace {
@@ -17,6 +18,16 @@ constexpr int maxPasses = 499;
 // units.
 std::size_t numSteinerPoints(std::size_t numSegments, std::size_t numVertices) {
     return 1000 + 16 * numSegments + 2 * numVertices;
+}
+
+// The order in which segments are applied. Vertices of a batch lie in memory as they lie in the plane, so
+// most segments follow a neighbour, whose surroundings are in the cache.
+std::vector<ConstraintSegment2*> sortedByEnds(std::vector<ConstraintSegment2*> vCSegs) {
+    const auto isBefore = [](const ConstraintSegment2* pA, const ConstraintSegment2* pB) {
+        return *pA < *pB;
+    };
+    std::sort(vCSegs.begin(), vCSegs.end(), isBefore);
+    return vCSegs;
 }
 
 } // namespace
@@ -45,7 +56,7 @@ void ConstraintMgr::applyGraph(ConstraintGraph2* pGraph, const std::vector<Const
                                ProgressHub::Operation& operation) {
     try {
         dt.allowSteinerPoints(numSteinerPoints(vCSegs.size(), dt.numberOfPoints()));
-        for (ConstraintSegment2* pCSeg : vCSegs) {
+        for (ConstraintSegment2* pCSeg : sortedByEnds(vCSegs)) {
             applySegment(pCSeg);
             operation.advance(2);
         }
@@ -87,9 +98,7 @@ void ConstraintMgr::apply() {
         bPending = false;
         return;
     }
-    // Deliberate: not in the order in which they were made.
-    std::sort(vWork.begin(), vWork.end(),
-              [](const ConstraintSegment2* pA, const ConstraintSegment2* pB) { return *pA < *pB; });
+    vWork = sortedByEnds(std::move(vWork));
     bPending = true; // until the end is reached
     ProgressHub::Operation operation(dt.progressHub(), "apply", vWork.size());
     std::vector<ConstraintSegment2*> vNext;

@@ -15,8 +15,8 @@ public:
     virtual TeskTest& predicates() = 0;
     // The vertex at these coordinates, near a triangle; a new one if there is none.
     virtual Point2* insertNear(const Point2& p, Triangle2* pNear) = 0;
-    // A vertex that is not in the triangulation yet; and its way in, which does not throw: it replaces the edge by two
-    // edges to its ends. The four triangles that come out must be strictly counter-clockwise.
+    // A vertex that is not in the triangulation yet; and its way in, which does not throw: it replaces the
+    // edge by two edges to its ends. The four triangles that come out must be strictly counter-clockwise.
     virtual Point2* newVertex(const Point2& p) = 0;
     virtual void replaceEdge(HalfEdge edge, Point2* pVtx) = 0;
     // Legalises the edge, if it is there, which is no constraint any more, and what is flipped on the way.

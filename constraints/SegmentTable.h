@@ -72,53 +72,91 @@ private:
     std::size_t numUsed = 0;
 };
 
-// Finds the segment between two vertices. The slots hold the whole hash: a search for what is not there does
-// not touch a segment.
+// Finds the segment between two vertices: a hash table with lines of eight slots, one word each. Nothing is
+// ever removed.
+//
+// The line is that of the later vertex in memory, unscrambled. So segments whose vertices were made one after
+// the other, as happens along a segment that crosses others, lie beside each other, and the search for them
+// stays in the cache. Only what finds its line full goes to lines in scrambled order; a vertex with many
+// segments costs no more than others.
 class SegmentTable {
 public:
-    bool empty() const { return table.empty(); }
-    void reserve(std::size_t num) { table.reserve(num); }
+    bool empty() const { return numUsed == 0; }
+    // Makes sure that num more segments can be inserted. Throws std::bad_alloc, with the table as it was.
+    void reserve(std::size_t num) {
+        if (numUsed + num > numLines * slotsPerLine / 2) grow(numUsed + num);
+    }
 
     // In any order of the two vertices; null when there is none.
     ConstraintSegment2* find(const Point2* p0, const Point2* p1) const {
-        if (std::less<>{}(p1, p0)) std::swap(p0, p1);
-        if (table.empty()) return nullptr;
-        const std::uint64_t hash = hashOf(p0, p1);
-        return table.seek(hash, [=](const Slot& slot) { return slot.holds(hash, p0, p1); }).pCSeg;
+        if (numLines == 0) return nullptr;
+        return segmentOf(*seek(p0, p1));
     }
     // False, and nothing done, when there is one between its ends. Needs a reserved slot.
     bool insert(ConstraintSegment2* pCSeg) {
-        const std::uint64_t hash = hashOf(pCSeg->getSrc(), pCSeg->getTrg());
-        Slot& slot = table.seek(
-            hash, [=](const Slot& other) { return other.holds(hash, pCSeg->getSrc(), pCSeg->getTrg()); });
-        if (!slot.isEmpty()) return false;
-        table.use(slot, {hash, pCSeg});
+        std::uint64_t* const pSlot = seek(pCSeg->getSrc(), pCSeg->getTrg());
+        if (*pSlot != 0) return false;
+        *pSlot = slotOf(pCSeg);
+        ++numUsed;
         return true;
     }
     void prefetchSlot(const Point2* p0, const Point2* p1) const {
-        table.prefetchLine(std::less<>{}(p1, p0) ? hashOf(p1, p0) : hashOf(p0, p1));
+        if (numLines == 0) return;
+        const Point2* const pLater = std::less<>{}(p1, p0) ? p0 : p1;
+        prefetch(static_cast<const void*>(&pLines[numberOf(pLater) & (numLines - 1)]));
     }
 
 private:
-    struct Slot {
-        std::uint64_t hash;
-        ConstraintSegment2* pCSeg;
-
-        bool isEmpty() const { return pCSeg == nullptr; }
-        std::uint64_t getHash() const { return hash; }
-        bool holds(std::uint64_t otherHash, const Point2* p0, const Point2* p1) const {
-            return hash == otherHash && pCSeg->getSrc() == p0 && pCSeg->getTrg() == p1;
-        }
+    static constexpr std::size_t slotsPerLine = 8;
+    struct alignas(64) Line {
+        std::uint64_t aSlots[slotsPerLine] = {}; // 16 bits of the hash above the address; 0 while empty
     };
+    static constexpr int addressBits = 48;
 
+    static std::uint64_t numberOf(const Point2* p) { return reinterpret_cast<std::uintptr_t>(p) >> 5; }
     static std::uint64_t hashOf(const Point2* p0, const Point2* p1) {
-        const std::uint64_t a = reinterpret_cast<std::uintptr_t>(p0),
-                            b = reinterpret_cast<std::uintptr_t>(p1);
-        const std::uint64_t mixed = a * 0x9E3779B97F4A7C15u + b;
+        const std::uint64_t mixed = numberOf(p0) * 0x9E3779B97F4A7C15u + numberOf(p1);
         return (mixed ^ (mixed >> 32)) * 0xD6E8FEB86659FD93u;
     }
+    static ConstraintSegment2* segmentOf(std::uint64_t slot) {
+        return reinterpret_cast<ConstraintSegment2*>(slot & ((std::uint64_t{1} << addressBits) - 1));
+    }
+    static std::uint64_t slotOf(const ConstraintSegment2* pCSeg) {
+        const std::uint64_t tag = hashOf(pCSeg->getSrc(), pCSeg->getTrg()) >> addressBits;
+        return tag << addressBits | reinterpret_cast<std::uintptr_t>(pCSeg);
+    }
 
-    LineTable<Slot> table;
+    // The slot of the segment between the two, or the empty one where it would be.
+    std::uint64_t* seek(const Point2* p0, const Point2* p1) const {
+        if (std::less<>{}(p1, p0)) std::swap(p0, p1);
+        const std::uint64_t hash = hashOf(p0, p1);
+        std::size_t line = numberOf(p1) & (numLines - 1);
+        for (std::size_t i = 0;; ++i) {
+            for (std::uint64_t& slot : pLines[line].aSlots) {
+                if (slot == 0) return &slot;
+                if ((slot ^ hash) >> addressBits != 0) continue;
+                const ConstraintSegment2* const pCSeg = segmentOf(slot);
+                if (pCSeg->getSrc() == p0 && pCSeg->getTrg() == p1) return &slot;
+            }
+            line = (hash + i) & (numLines - 1);
+        }
+    }
+
+    void grow(std::size_t numNeeded) {
+        const std::size_t num = std::bit_ceil(std::max<std::size_t>(8, 2 * numNeeded / slotsPerLine + 1));
+        std::unique_ptr<Line[]> pOld = std::make_unique<Line[]>(num);
+        pOld.swap(pLines);
+        const std::size_t numOld = std::exchange(numLines, num);
+        for (std::size_t i = 0; i < numOld; ++i) {
+            for (const std::uint64_t slot : pOld[i].aSlots) {
+                if (slot != 0) *seek(segmentOf(slot)->getSrc(), segmentOf(slot)->getTrg()) = slot;
+            }
+        }
+    }
+
+    std::unique_ptr<Line[]> pLines;
+    std::size_t numLines = 0; // a power of 2
+    std::size_t numUsed = 0;
 };
 
 // A set of vertices, a bit each: those of 64 records that follow one another share a slot. Vertices of a pool
