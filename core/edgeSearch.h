@@ -28,4 +28,19 @@ Departure findDeparture(Point2* p, Point2* q, TeskTest& tests);
 // Costs the lower of their degrees.
 HalfEdge findEdge(const Point2* p, const Point2* q);
 
+// Calls f with the other end of each edge at the vertex, as long as it returns true.
+template<class F>
+void forEachSpoke(const Point2* pVtx, F f) {
+    for (int side = 0; side < 2; ++side) { // on the hull, the second time the other way round
+        Triangle2* const pStart = pVtx->getIncidentTriangle();
+        for (Triangle2* pT = pStart; pT != nullptr;) {
+            const int i = pT->getIntraTriangleIndex(pVtx);
+            const int far = side == 0 ? Triangle2::incIndexBy2(i) : Triangle2::incIndexBy1(i);
+            if (!f(pT->getCorner(far))) return;
+            pT = pT->getOppositeTriangle(side == 0 ? Triangle2::incIndexBy1(i) : Triangle2::incIndexBy2(i));
+            if (pT == pStart) return;
+        }
+    }
+}
+
 } // namespace TESK_KIVO2D
