@@ -52,11 +52,6 @@ Segments gridSegments(Rng& rng, int num, int size, const Frame& frame) {
     return vSegments;
 }
 
-bool haveCommonEnd(const Segment2& s, const Segment2& t) {
-    return s.getSrc() == t.getSrc() || s.getSrc() == t.getTrg() || s.getTrg() == t.getSrc() ||
-           s.getTrg() == t.getTrg();
-}
-
 bool isOn(const Segment2& s, const Point2& p) { return oracle::meeting(s.getSrc(), s.getTrg(), p, p) != 0; }
 
 // Both have inner points on different sides of the other.

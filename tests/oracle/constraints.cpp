@@ -68,7 +68,7 @@ public:
         demand(vChildren == vLeaves, "getChildConstraintSegments does not give the leaves");
         // Where originals overlap, what they share can run along one of them only.
         const bool bOverlap = std::adjacent_find(vLeaves.begin(), vLeaves.end()) != vLeaves.end();
-        demand(bRunsOn || bOverlap, "the leaves do not run along their original");
+        demand(bRunsOn || bOverlap || !pGraph->isOriented(), "the leaves do not run along their original");
         sLeaves.insert(vLeaves.begin(), vLeaves.end());
     }
 
