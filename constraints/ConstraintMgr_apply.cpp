@@ -20,7 +20,7 @@ std::size_t numSteinerPoints(std::size_t numSegments, std::size_t numVertices) {
     return 1000 + 16 * numSegments + 2 * numVertices;
 }
 
-// The order in which segments are applied. Vertices of a batch lie in memory as they lie in the plane, so
+// An order in which segments are applied fast. Vertices of a batch lie in memory as they lie in the plane, so
 // most segments follow a neighbour, whose surroundings are in the cache.
 std::vector<ConstraintSegment2*> sortedByEnds(std::vector<ConstraintSegment2*> vCSegs) {
     const auto isBefore = [](const ConstraintSegment2* pA, const ConstraintSegment2* pB) {
@@ -56,7 +56,9 @@ void ConstraintMgr::applyGraph(ConstraintGraph2* pGraph, const std::vector<Const
                                ProgressHub::Operation& operation) {
     try {
         dt.allowSteinerPoints(numSteinerPoints(vCSegs.size(), dt.numberOfPoints()));
-        for (ConstraintSegment2* pCSeg : sortedByEnds(vCSegs)) {
+        // Small sets in the order given, which users expect of the new vertices.
+        constexpr std::size_t large = 4096;
+        for (ConstraintSegment2* pCSeg : vCSegs.size() < large ? vCSegs : sortedByEnds(vCSegs)) {
             applySegment(pCSeg);
             operation.advance(2);
         }
