@@ -138,7 +138,7 @@ TEST(CreateConstraint, reportsProgressThatEndsOnceForEachOperation) {
 TEST(CreateConstraint, thatAListenerStopsLeavesAValidTriangulation) {
     const Segments vSegments = manySegments();
     bool bStopped = true;
-    for (int numMessages = 0; bStopped; numMessages += 3) {
+    for (int numMessages = 0; bStopped; numMessages += 10) {
         for (int way = 0; way < 4 && !testing::Test::HasFailure(); ++way) {
             SCOPED_TRACE(numMessages);
             Constrained c;

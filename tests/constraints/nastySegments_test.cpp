@@ -175,7 +175,7 @@ TEST(SegmentsThatForm, starsThroughOnePointOrAlmostSurvive) {
     expectSurvival(star(500, 0), {}, CONSTRAINED_AT_ONCE + 1, true);
     expectSurvival(star(500, 1e-16), {}, CONSTRAINED_AT_ONCE + 1, true);
     for (const double maxMiss : {1e-15, 1e-9, 1e-3})
-        expectSurvival(star(60, maxMiss), {}, NUM_WAYS, true);
+        expectSurvival(star(24, maxMiss), {}, NUM_WAYS, true);
 }
 
 TEST(SegmentsThatCross, withinAStepOfVerticesAndOtherCrossingsSurvive) {

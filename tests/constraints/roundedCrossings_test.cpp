@@ -101,7 +101,7 @@ TEST(CrossingsRoundedAway, fromTheCrossedTrianglesKeepAllLaws) {
 TEST(CrossingsRoundedAway, besideSliversOfAFewStepsKeepAllLaws) {
     Rng rng(11);
     int numAway = 0;
-    for (int round = 0; round < 60 && !testing::Test::HasFailure(); ++round) {
+    for (int round = 0; round < 15 && !testing::Test::HasFailure(); ++round) {
         SCOPED_TRACE(round);
         // Vertices within a few steps of the edge that is crossed, in map coordinates.
         const Point2 p(448262 + doubles::uniform(rng), 5411932 + doubles::uniform(rng));
@@ -123,5 +123,5 @@ TEST(CrossingsRoundedAway, besideSliversOfAFewStepsKeepAllLaws) {
         c.kivo.insert(vPoints);
         numAway += addAll(c, vSegments, round % 3);
     }
-    EXPECT_LT(40, numAway);
+    EXPECT_LT(10, numAway);
 }
