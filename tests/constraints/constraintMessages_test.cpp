@@ -45,7 +45,7 @@ struct Listener : MsgBase {
 
 Segments manySegments() {
     Segments vSegments;
-    generateRandomSegments(150, 0, 1, 0.3, vSegments, 3);
+    generateRandomSegments(40, 0, 1, 0.4, vSegments, 3);
     return vSegments;
 }
 
@@ -138,7 +138,7 @@ TEST(CreateConstraint, reportsProgressThatEndsOnceForEachOperation) {
 TEST(CreateConstraint, thatAListenerStopsLeavesAValidTriangulation) {
     const Segments vSegments = manySegments();
     bool bStopped = true;
-    for (int numMessages = 0; bStopped; numMessages += 10) {
+    for (int numMessages = 0; bStopped; numMessages += 5) {
         for (int way = 0; way < 4 && !testing::Test::HasFailure(); ++way) {
             SCOPED_TRACE(numMessages);
             Constrained c;
