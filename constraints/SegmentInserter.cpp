@@ -59,47 +59,30 @@ bool SegmentInserter::insert(ConstraintSegment2* pInitialCSeg) {
         vStack.pop_back();
         if (!pCSeg->isAlive()) {
             pCSeg->getChildrenRec(vStack);
-        } else if (pCSeg->getCIS() == CIS_CONSTRAINED_DELAUNAY) {
-            insertConstrained(pCSeg);
         } else {
-            insertConforming(pCSeg);
+            insertPiece(pCSeg);
         }
     }
     return true;
 }
 
-void SegmentInserter::insertConstrained(ConstraintSegment2* pCSeg) {
-    const CzResult result = traverse(pCSeg->getSrc(), pCSeg->getTrg(), tests, &mgr, zone);
-    switch (result.end) {
-    case CzResult::IS_EDGE:
-        return;
-    case CzResult::REACHED:
-        retriangulation.fill(zone);
-        return;
-    case CzResult::MET_VERTEX:
-        pCSeg->split_combinatorialOnly(result.pVtx);
-        pushPieces(pCSeg);
-        return;
-    case CzResult::MET_FIXED:
-        cross(pCSeg, result.edge);
-        return;
-    }
-}
-
-void SegmentInserter::insertConforming(ConstraintSegment2* pCSeg) {
+void SegmentInserter::insertPiece(ConstraintSegment2* pCSeg) {
+    const bool bConforming = pCSeg->getCIS() == CIS_CONFORMING_DELAUNAY;
     const CzResult result = traverse(pCSeg->getSrc(), pCSeg->getTrg(), tests, &mgr, zone);
     switch (result.end) {
     case CzResult::IS_EDGE:
         // Present, but until the circles are empty it is locked rather than Delaunay.
-        if (numSteinerPointsLeft == 0 || isLocallyDelaunay(pCSeg)) return;
-        if (takeSteinerPoint()) splitInTheMiddle(pCSeg);
+        if (bConforming && numSteinerPointsLeft > 0 && !isLocallyDelaunay(pCSeg) && takeSteinerPoint())
+            splitInTheMiddle(pCSeg);
         return;
     case CzResult::REACHED:
-        if (takeSteinerPoint() && splitInTheMiddle(pCSeg)) return;
-        reportWarning("Dt2::insertSegmentConformingDelaunay()",
-                      "Double precision arithmetic does not allow to split a segment further, giving up. "
-                      "Incorrect result!");
-        retriangulation.fill(zone); // at least present, if not Delaunay
+        if (bConforming) {
+            if (takeSteinerPoint() && splitInTheMiddle(pCSeg)) return;
+            reportWarning("Dt2::insertSegmentConformingDelaunay()",
+                          "Double precision arithmetic does not allow to split a segment further, giving up. "
+                          "Incorrect result!"); // at least it is forced in
+        }
+        retriangulation.fill(zone);
         return;
     case CzResult::MET_VERTEX:
         pCSeg->split_combinatorialOnly(result.pVtx);

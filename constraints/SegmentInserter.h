@@ -39,8 +39,7 @@ public:
     void setBudget(std::uint64_t num) { budget = num; }
 
 private:
-    void insertConstrained(ConstraintSegment2* pCSeg);
-    void insertConforming(ConstraintSegment2* pCSeg);
+    void insertPiece(ConstraintSegment2* pCSeg);
     bool takeSteinerPoint();
     bool splitInTheMiddle(ConstraintSegment2* pCSeg);
     bool isAcute(Point2* pApex, const Point2* pOther) const;

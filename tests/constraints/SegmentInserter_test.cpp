@@ -36,9 +36,10 @@ TEST(SegmentInserter, skipsTheRestWithAWarningWhenItsBudgetIsUsedUp) {
     {
         const CapturedMessages messages;
         EXPECT_FALSE(inserter.insert(mgr.getConstraintSegment(p, q)));
-        EXPECT_EQ("      [Kivo2D-Message] ConstraintMgr::apply(), WARNING: insufficient numeric accuracy, need to "
-                  "skip last insertions\n",
-                  messages.output());
+        EXPECT_EQ(
+            "      [Kivo2D-Message] ConstraintMgr::apply(), WARNING: insufficient numeric accuracy, need to "
+            "skip last insertions\n",
+            messages.output());
     }
     std::vector<ConstraintSegment2*> vLeaves;
     pGraph->getChildConstraintSegments(vLeaves);
@@ -57,7 +58,8 @@ TEST(SegmentInserter, skipsTheRestWithAWarningWhenItsBudgetIsUsedUp) {
 // Three segments of which the truncated crossings would slide down the one of the others, unit by unit.
 TEST(SegmentInserter, segmentsDoNotSlidePastEachOther) {
     Kivo_2D kivo;
-    for (const Segment2& segment : {Segment2({11, 2}, {4, 4}), Segment2({2, 10}, {12, 0}), Segment2({6, 6}, {12, 0})}) {
+    for (const Segment2& segment :
+         {Segment2({11, 2}, {4, 4}), Segment2({2, 10}, {12, 0}), Segment2({6, 6}, {12, 0})}) {
         std::vector<Segment2> vSegments = {segment};
         kivo.createConstraint(vSegments);
     }
@@ -89,9 +91,13 @@ TEST(SegmentInserter, nearestIntersectionsStayInTheBoxOfBothSegments) {
     doubles::Rng rng(12);
     for (int i = 0; i < 200000; ++i) {
         const double scale = i % 3 == 0 ? 1 : i % 3 == 1 ? 1e6 : 1e-9;
-        const auto any = [&] { return Point2(0.3 + scale * doubles::uniform(rng), 0.7 + scale * doubles::uniform(rng)); };
+        const auto any = [&] {
+            return Point2(0.3 + scale * doubles::uniform(rng), 0.7 + scale * doubles::uniform(rng));
+        };
         const Point2 p = any(), q = any(), r = any(), s = any();
-        const auto side = [](const Point2& a, const Point2& b, const Point2& c) { return getOrientation2(&a, &b, &c); };
+        const auto side = [](const Point2& a, const Point2& b, const Point2& c) {
+            return getOrientation2(&a, &b, &c);
+        };
         if (side(p, q, r) == side(p, q, s) || side(r, s, p) == side(r, s, q)) continue;
         const Point2 at = getNearestIntersection(p, q, r, s);
         for (const auto& [a, b] : {std::pair(p, q), {r, s}}) {

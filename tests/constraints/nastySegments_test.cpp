@@ -189,7 +189,7 @@ TEST(SegmentsThatCross, withinAStepOfVerticesAndOtherCrossingsSurvive) {
         vSegments.push_back(throughPoint(rng, nearCrossing(rng, vSegments[0], vSegments[1], 1)));
         vSegments.emplace_back(nearCrossing(rng, vSegments[0], vSegments[2], 1), anyPoint(rng));
         vSegments.push_back(throughPoint(rng, nearCrossing(rng, vSegments[1], vSegments[3], 1)));
-        vPoints.resize(round % 4);
+        vPoints.resize(static_cast<std::size_t>(round % 4));
         expectSurvival(vSegments, vPoints);
     }
 }
