@@ -27,8 +27,8 @@ public:
     // by the strategy of each. Returns false when some had to be given up, which has been reported.
     virtual bool insertSegment(ConstraintSegment2* pCSeg) = 0;
     // So many Steiner points may be inserted from now on only because conforming segments that are edges have
-    // a vertex in their circles.
-    virtual void allowSteinerPoints(std::size_t num) = 0;
+    // a vertex in their circles. Returns how many were left of the number before.
+    virtual std::size_t allowSteinerPoints(std::size_t num) = 0;
     // True when the two vertices are joined by an edge.
     virtual bool isEdge(const Point2* p, const Point2* q) const = 0;
     // Flips around the vertex until no edge there is illegal.

@@ -32,11 +32,12 @@ void ConstraintMgr::considerFilter() {
 }
 
 void ConstraintMgr::reserveSegments(std::size_t num) {
-    if (!bPoolsReady) {
-        segmentPool.init(static_cast<std::int64_t>(std::max<std::size_t>(num, 256)));
-        ownerPool.init(256);
+    if (!ownerPool.isInitialized()) {
         vStack.reserve(64);
-        bPoolsReady = true;
+        // An earlier attempt may have failed after this one.
+        if (!segmentPool.isInitialized())
+            segmentPool.init(static_cast<std::int64_t>(std::max<std::size_t>(num, 256)));
+        ownerPool.init(256);
     }
     segmentPool.reserve(num);
     segments.reserve(num);
@@ -85,7 +86,10 @@ ConstraintSegment2* ConstraintMgr::findOrMake(Point2* p0, Point2* p1, Constraint
     if (std::less<>{}(p1, p0)) std::swap(p0, p1);
     KIVO_ASSERT(std::less<>{}(p0, p1), "p0<p1");
     if (ConstraintSegment2* const pFound = segments.find(p0, p1)) {
-        if (pFound->isWithdrawn()) pFound->bAlive = true;
+        if (pFound->isWithdrawn()) {
+            pFound->bAlive = true;
+            pFound->cis = cis; // it was no edge by the other one
+        }
         return pFound;
     }
     ConstraintSegment2* const pCSeg = new (segmentPool.alloc()) ConstraintSegment2(p0, p1, cis);

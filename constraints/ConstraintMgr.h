@@ -142,8 +142,8 @@ private:
                    ProgressHub::Operation& operation);
 
     ConstraintHost& dt;
-    bool bPoolsReady = false;
     bool bPending = false;
+    std::size_t numSteinerPointsMade = 0; // because of vertices in circles, so far
     SimplePool<ConstraintSegment2> segmentPool;
     SimplePool<Owner> ownerPool;
     SegmentTable segments; // of all, by the pair of ends

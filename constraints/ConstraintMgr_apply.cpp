@@ -12,12 +12,18 @@ namespace {
 constexpr const char* applyLocation = "ConstraintMgr::apply()";
 constexpr int maxPasses = 499;
 
+bool isKnown(ConstraintInsertionStrategy cis) {
+    return cis == CIS_CONFORMING_DELAUNAY || cis == CIS_CONSTRAINED_DELAUNAY;
+}
+
 // How many Steiner points conforming segments may take in one call; what is left of them then is forced in.
 // Real inputs need one or two a segment. But segments that meet at a small angle split each other for ever,
 // and those that rounding has laid beside each other, a few units in the last place apart, want one every few
-// units.
-std::size_t numSteinerPoints(std::size_t numSegments, std::size_t numVertices) {
-    return 1000 + 16 * numSegments + 2 * numVertices;
+// units. What earlier calls took counts, and their Steiner points allow no further ones: else each call on
+// such segments would make the triangulation several times as large.
+std::size_t numSteinerPoints(std::size_t numSegments, std::size_t numVertices, std::size_t numMade) {
+    const std::size_t numOfVertices = 2 * (numVertices - std::min(numMade, numVertices));
+    return 1000 + 16 * numSegments + numOfVertices - std::min(numMade, numOfVertices);
 }
 
 // An order in which segments are applied fast. Vertices of a batch lie in memory as they lie in the plane, so
@@ -42,12 +48,14 @@ void ConstraintMgr::applySegment(ConstraintSegment2* pCSeg) {
             applySegment(pLeaf);
         return;
     }
-    switch (pCSeg->getCIS()) {
-    case CIS_CONFORMING_DELAUNAY:
-    case CIS_CONSTRAINED_DELAUNAY:
+    if (isKnown(pCSeg->getCIS())) {
         dt.insertSegment(pCSeg);
         return;
     }
+    // All of them are withdrawn, else every later application would fail at one.
+    forEachLiveSegment([](ConstraintSegment2* pLive) {
+        if (!isKnown(pLive->getCIS())) pLive->bAlive = false;
+    });
     reportError(applyLocation, "Unknown CIS");
     KIVO_ASSERT(false, "false");
 }
@@ -55,7 +63,7 @@ void ConstraintMgr::applySegment(ConstraintSegment2* pCSeg) {
 void ConstraintMgr::applyGraph(ConstraintGraph2* pGraph, const std::vector<ConstraintSegment2*>& vCSegs,
                                ProgressHub::Operation& operation) {
     try {
-        dt.allowSteinerPoints(numSteinerPoints(vCSegs.size(), dt.numberOfPoints()));
+        const SteinerAllowance allowance(dt, vCSegs.size(), numSteinerPointsMade);
         // Small sets in the order given, which users expect of the new vertices.
         constexpr std::size_t large = 4096;
         for (ConstraintSegment2* pCSeg : vCSegs.size() < large ? vCSegs : sortedByEnds(vCSegs)) {
@@ -63,9 +71,7 @@ void ConstraintMgr::applyGraph(ConstraintGraph2* pGraph, const std::vector<Const
             operation.advance(2);
         }
         if (pGraph->getInsertionStrategy() == CIS_CONFORMING_DELAUNAY) makeDelaunay(vCSegs);
-        dt.allowSteinerPoints(0);
     } catch (...) {
-        dt.allowSteinerPoints(0);
         retreat(pGraph);
         throw;
     }
@@ -105,7 +111,7 @@ void ConstraintMgr::apply() {
     ProgressHub::Operation operation(dt.progressHub(), "apply", vWork.size());
     std::vector<ConstraintSegment2*> vNext;
     int budget = maxPasses;
-    dt.allowSteinerPoints(numSteinerPoints(vWork.size(), dt.numberOfPoints()));
+    const SteinerAllowance allowance(dt, vWork.size(), numSteinerPointsMade);
     while (!applyPass(vWork, vNext, operation)) {
         vWork.swap(vNext);
         if (--budget == 0) {
@@ -113,7 +119,6 @@ void ConstraintMgr::apply() {
             break;
         }
     }
-    dt.allowSteinerPoints(0);
     bPending = !dt.is2D();
     operation.finish();
 }

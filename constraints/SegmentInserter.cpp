@@ -38,7 +38,8 @@ bool isCoarse(const Point2& rounded, const Point2& p, const Point2& q) {
 // True when the segment is too short to be split once more.
 bool isBelowResolution(const Point2& a, const Point2& b, double largestCoordinate) {
     if (!(largestCoordinate > 0)) return true;
-    const int exponent = static_cast<int>(std::ceil(std::log(largestCoordinate) / std::log(2.0)));
+    const double size = std::min(largestCoordinate, DBL_MAX); // that of a doubled box may be infinite
+    const int exponent = static_cast<int>(std::ceil(std::log(size) / std::log(2.0)));
     const double eps = std::ldexp(DBL_EPSILON, exponent) * 10;
     return std::fabs(a.x() - b.x()) < eps && std::fabs(a.y() - b.y()) < eps;
 }

@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -34,7 +35,8 @@ public:
     // edges.
     bool insert(ConstraintSegment2* pCSeg);
 
-    void allowSteinerPoints(std::size_t num) { numSteinerPointsLeft = num; }
+    // Returns how many were left.
+    std::size_t allowSteinerPoints(std::size_t num) { return std::exchange(numSteinerPointsLeft, num); }
     // How many pieces the insertion of one segment may take.
     void setBudget(std::uint64_t num) { budget = num; }
 

@@ -107,7 +107,7 @@ private:
     Point2* newVertex(const Point2& p) override;
     void replaceEdge(HalfEdge edge, Point2* pVtx) override;
     bool insertSegment(ConstraintSegment2* pCSeg) override;
-    void allowSteinerPoints(std::size_t num) override;
+    std::size_t allowSteinerPoints(std::size_t num) override;
     bool isEdge(const Point2* p, const Point2* q) const override;
     void legalizeAround(Point2* pVtx) override;
     void legalizeEdge(const Point2* p, const Point2* q) override;

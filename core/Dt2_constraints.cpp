@@ -71,7 +71,7 @@ void Dt2::insertSegmentConformingDelaunay(ConstraintSegment2* pCSeg) {
 
 bool Dt2::insertSegment(ConstraintSegment2* pCSeg) { return pSegmentInserter->insert(pCSeg); }
 
-void Dt2::allowSteinerPoints(std::size_t num) { pSegmentInserter->allowSteinerPoints(num); }
+std::size_t Dt2::allowSteinerPoints(std::size_t num) { return pSegmentInserter->allowSteinerPoints(num); }
 
 bool Dt2::isEdge(const Point2* p, const Point2* q) const {
     return p->getIncidentTriangle() != nullptr && q->getIncidentTriangle() != nullptr &&

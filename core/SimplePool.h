@@ -30,9 +30,11 @@ public:
     // block.
     void init(std::int64_t numFirstBlock) {
         if (initialized) printText("SimplePool::init(..), ERROR: This pool is already initialized\n");
-        initialized = true;
         startBlock(static_cast<int>(std::clamp<std::int64_t>(numFirstBlock, 1, maxBlockCapacity)));
+        initialized = true; // not before there is a block
     }
+
+    bool isInitialized() const { return initialized; }
 
     // The next record. Throws std::bad_alloc, after a message, when memory runs out.
     T* alloc() {

@@ -3,6 +3,8 @@
 #include "Point2.h"
 #include "Triangle2.h"
 
+#include <cstdint>
+
 namespace TESK_KIVO2D {
 
 // Fetches of records that will be needed soon. A record that is not in the cache takes as long to come as two
@@ -16,9 +18,9 @@ inline void prefetch([[maybe_unused]] const void* p) {
 
 // A triangle may straddle two cache lines.
 inline void prefetch(const Triangle2* pT) {
-    const char* p = reinterpret_cast<const char*>(pT);
-    prefetch(static_cast<const void*>(p));
-    prefetch(static_cast<const void*>(p + sizeof(Triangle2) - 1));
+    const auto address = reinterpret_cast<std::uintptr_t>(pT); // a null pointer has no last byte
+    prefetch(reinterpret_cast<const void*>(address));
+    prefetch(reinterpret_cast<const void*>(address + sizeof(Triangle2) - 1));
 }
 
 inline void prefetchNeighbours(const Triangle2* pT) {

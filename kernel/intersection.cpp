@@ -125,6 +125,19 @@ stages::Coordinates intersection(const Point2& p1, const Point2& p2, const Point
     return intersectionExact({p1.x(), p1.y(), p2.x(), p2.y(), p3.x(), p3.y(), p4.x(), p4.y()}, rounding);
 }
 
+double extent(const Point2& a, const Point2& b) {
+    return std::max(std::fabs(a.x() - b.x()), std::fabs(a.y() - b.y()));
+}
+
+double unitOf(const Point2& p) { return std::nextafter(p.getMaxAbs(), HUGE_VAL) - p.getMaxAbs(); }
+
+// For coordinates whose products neither overflow nor vanish. The size is the larger extent of ab.
+bool isNearLine(const Point2& p, const Point2& a, const Point2& b, double size, double unit) {
+    const double minor =
+        doubleDouble::longMinor(doubleDouble::difference(b, a), doubleDouble::difference(p, a)).high;
+    return std::fabs(minor) <= unit * size; // the length is no smaller
+}
+
 } // namespace
 
 void getIntersectionCoords(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4, double& x,
@@ -140,13 +153,19 @@ Point2 getNearestIntersection(const Point2& p1, const Point2& p2, const Point2& 
 }
 
 bool isWithinUnitOfLine(const Point2& p, const Point2& a, const Point2& b) {
-    const double size = std::max(std::fabs(a.x() - b.x()), std::fabs(a.y() - b.y()));
+    const double size = extent(a, b);
     const double largest = std::max({p.getMaxAbs(), a.getMaxAbs(), b.getMaxAbs()});
-    if (!(size > 0x1p-500 && largest < 0x1p500)) return false;
-    const double minor =
-        doubleDouble::longMinor(doubleDouble::difference(b, a), doubleDouble::difference(p, a)).high;
-    const double unit = std::nextafter(p.getMaxAbs(), HUGE_VAL) - p.getMaxAbs();
-    return std::fabs(minor) <= unit * size; // the length is no smaller
+    if (size > 0x1p-500 && largest < 0x1p500) return isNearLine(p, a, b, size, unitOf(p));
+    if (largest == 0) return false;
+    // As if the largest coordinate were about 1. A unit of the smallest doubles is what it is.
+    const int exponent = -std::ilogb(largest);
+    const auto scaled = [=](const Point2& v) {
+        return Point2(std::ldexp(v.x(), exponent), std::ldexp(v.y(), exponent));
+    };
+    const Point2 scaledP = scaled(p), scaledA = scaled(a), scaledB = scaled(b);
+    const double scaledSize = extent(scaledA, scaledB);
+    const double unit = std::max(unitOf(scaledP), std::ldexp(DBL_TRUE_MIN, exponent));
+    return scaledSize > 0x1p-500 && isNearLine(scaledP, scaledA, scaledB, scaledSize, unit);
 }
 
 } // namespace TESK_KIVO2D

@@ -15,8 +15,8 @@ void getIntersectionCoords(const Point2& p1, const Point2& p2, const Point2& p3,
 // further away. It lies in every box with double coordinates that holds the exact point.
 Point2 getNearestIntersection(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4);
 
-// True when the point lies within a unit in the last place of its larger coordinate of the line ab. Never for
-// coordinates of extreme size.
+// True when the point lies within a unit in the last place of its larger coordinate of the line ab, as far as
+// double-double arithmetic tells; never where a is b.
 bool isWithinUnitOfLine(const Point2& p, const Point2& a, const Point2& b);
 
 } // namespace TESK_KIVO2D
