@@ -26,8 +26,9 @@ public:
     // Makes the live segment, or its leaves if it has to be split, edges of the triangulation, which is 2-D,
     // by the strategy of each. Returns false when some had to be given up, which has been reported.
     virtual bool insertSegment(ConstraintSegment2* pCSeg) = 0;
-    // So many Steiner points may be inserted from now on only because conforming segments that are edges have
-    // a vertex in their circles. Returns how many were left of the number before.
+    // Conforming segments may take so many Steiner points from now on, beyond a few of their own. While there
+    // are any, segments that are edges already are divided as well until they are Delaunay. Returns how many
+    // were left of the number before.
     virtual std::size_t allowSteinerPoints(std::size_t num) = 0;
     // True when the two vertices are joined by an edge.
     virtual bool isEdge(const Point2* p, const Point2* q) const = 0;

@@ -26,6 +26,24 @@ std::size_t numSteinerPoints(std::size_t numSegments, std::size_t numVertices, s
     return 1000 + 16 * numSegments + numOfVertices - std::min(numMade, numOfVertices);
 }
 
+// Lets conforming segments take Steiner points while it lives, and counts those that they took.
+class SteinerAllowance {
+public:
+    SteinerAllowance(ConstraintHost& triangulation, std::size_t numSegments, std::size_t& numMadeSoFar)
+        : dt(triangulation), numMade(numMadeSoFar),
+          numAllowed(numSteinerPoints(numSegments, dt.numberOfPoints(), numMade)) {
+        dt.allowSteinerPoints(numAllowed);
+    }
+    ~SteinerAllowance() { numMade += numAllowed - dt.allowSteinerPoints(0); }
+    SteinerAllowance(const SteinerAllowance&) = delete;
+    SteinerAllowance& operator=(const SteinerAllowance&) = delete;
+
+private:
+    ConstraintHost& dt;
+    std::size_t& numMade;
+    const std::size_t numAllowed;
+};
+
 // An order in which segments are applied fast. Vertices of a batch lie in memory as they lie in the plane, so
 // most segments follow a neighbour, whose surroundings are in the cache.
 std::vector<ConstraintSegment2*> sortedByEnds(std::vector<ConstraintSegment2*> vCSegs) {
