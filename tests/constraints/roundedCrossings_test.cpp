@@ -148,3 +148,20 @@ TEST(CrossingsRoundedAway, fromThreeConstraintsAtOnceKeepAllLaws) {
            CIS_CONSTRAINED_DELAUNAY);
     EXPECT_EQ(3, addAll(c, {{grid.at(127, 0), grid.at(190, 2)}}, CIS_CONSTRAINED_DELAUNAY));
 }
+
+// Two segments from one point that lie on each other but for rounding, and one that crosses both: crossings
+// that are rounded to one side only would go down them step by step.
+TEST(CrossingsRoundedAway, doNotSlideAtAnyScale) {
+    const auto g = [](double value) { return value * 1e150; };
+    const Points vEnds = {{g(8), g(4)}, {g(5), g(10)}, {g(10), g(8)}, {g(8), g(5)},
+                          {g(5), g(5)}, {g(3), g(9)},  {g(4), g(3)},  {g(3), g(3)},
+                          {g(8), g(4)}, {g(6), g(8)},  {g(10), g(3)}, {g(3), g(8)}};
+    for (const int exponent : {-1520, -1100, -501, 0, 510}) {
+        const Points vScaled = doubles::scaled(vEnds, exponent);
+        Constrained c;
+        for (std::size_t i = 0; i < vEnds.size(); i += 2)
+            c.add({{vScaled[i], vScaled[i + 1]}}, CIS_CONSTRAINED_DELAUNAY);
+        EXPECT_GT(30u, c.kivo.numberOfPoints()) << exponent;
+        expectConstrained(c);
+    }
+}
