@@ -88,3 +88,31 @@ TEST(MemoryThatRunsOut, leavesASoundTriangulationWithAllThatTheClientHolds) {
     }
     EXPECT_LT(50, numStopped);
 }
+
+TEST(MemoryThatRunsOut, leavesConstraintsThatALaterCallCompletes) {
+    Rng rng(32);
+    for (int i = 0; i < 12 && !HasFailure(); ++i) {
+        std::vector<Segment2> vSegments;
+        for (const int numGiven = 4 + i; static_cast<int>(vSegments.size()) < numGiven;)
+            vSegments.emplace_back(Point2(doubles::below(rng, 7), doubles::below(rng, 7)),
+                                   Point2(doubles::below(rng, 7), doubles::below(rng, 7)));
+        const auto cis = ConstraintInsertionStrategy(i % 2);
+        bool bStopped = true;
+        for (int k = 0; bStopped && !HasFailure(); ++k) {
+            const CapturedMessages messages;
+            Kivo_2D kivo;
+            for (int owner = 0; owner < i % 4; ++owner)
+                kivo.createConstraint(vSegments, cis);
+            vSegments.emplace_back(Point2(0, 0.5), Point2(6, 5.5));
+            try {
+                const MemoryLimit limit(k, i % 3 == 0);
+                kivo.createConstraint(vSegments, cis, i % 5 == 0);
+                bStopped = false;
+            } catch (const std::bad_alloc&) {
+            }
+            kivo.createConstraint(vSegments, cis);
+            vSegments.pop_back();
+            EXPECT_TRUE(kivo.checkValidity(true, "memory")) << messages.output() << messages.error();
+        }
+    }
+}
