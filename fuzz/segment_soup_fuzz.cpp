@@ -14,7 +14,8 @@ using namespace TESK_KIVO2D;
 
 namespace {
 
-constexpr int MAX_OPERATIONS = 48;
+constexpr int MAX_OPERATIONS = 24;
+constexpr std::size_t MANY_POINTS = 200; // rationals take too long for more, but for once at the end
 
 class Input {
 public:
@@ -69,13 +70,13 @@ public:
                 insertEnds();
                 break;
             }
-            check();
+            check(kivo.numberOfPoints() < MANY_POINTS);
         }
         constrain(CIS_CONSTRAINED_DELAUNAY, false);
         kivo.insert({{0, 0}, {15, 0}, {0, 15}}); // now it is 2-D
         if (kivo.is2D()) kivo.applyConstraintsAndZones();
         bSomePending = !kivo.is2D();
-        check();
+        check(kivo.numberOfPoints() < 10 * MANY_POINTS);
     }
 
 private:
@@ -94,8 +95,8 @@ private:
         kivo.insert(vPoints);
     }
 
-    void check() const {
-        const std::string fault = oracle::findConstraintFault(kivo, vGraphs, bSomePending);
+    void check(bool bAllLaws) const {
+        const std::string fault = bAllLaws ? oracle::findConstraintFault(kivo, vGraphs, bSomePending) : "";
         if (!fault.empty()) std::fprintf(stderr, "%s\n", fault.c_str());
         CHECK(fault.empty());
         CHECK(bSomePending || kivo.checkValidity(true, "soup"));
