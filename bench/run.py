@@ -3,7 +3,7 @@
 
 usage: bench/run.py BUILD_DIR [OUT.md] [--peak-memory] [benchmark options]
 
-All of it takes some seven minutes. With --benchmark_filter=REGEX, for example --benchmark_filter=uniform/1000000/,
+All of it takes several minutes. With --benchmark_filter=REGEX, for example --benchmark_filter=uniform/1000000/,
 only what was measured appears; --peak-memory adds the memory to that.
 """
 import json
