@@ -204,7 +204,8 @@ ConstraintGraph2* ConstraintMgr::establish(const std::vector<PointerPair>& vPair
                                            std::vector<ConstraintSegment2*>& vCSegs) {
     // So many segments ahead, the slot of one is fetched.
     constexpr std::size_t distance = 12;
-    vGraphs.emplace_back(new ConstraintGraph2(*this, order.cis));
+    std::unique_ptr<ConstraintGraph2> pNewGraph(new ConstraintGraph2(*this, order.cis));
+    vGraphs.push_back(std::move(pNewGraph));
     ConstraintGraph2* const pGraph = vGraphs.back().get();
     try {
         considerFilter();
