@@ -96,11 +96,11 @@ void Dt2::replaceEdge(HalfEdge edge, Point2* pVtx) {
     splitEdge(edge.pT, edge.ith, pVtx, store, vCheckT);
     ++work.insertions;
     work.flips += legalizeNewVertex(vCheckT, pTeskPredicates, pEdgeGuard);
+    vertexVault.added(vertexVault.startCell(*pVtx, store), pVtx, 0); // before what may run out of memory
     // Edges at a new vertex are legal where it lies in the triangle or on the edge that it splits. Here it
     // may lie a little beside the edge.
     vCheckEdges.assign({findEdge(pVtx, onT), findEdge(pVtx, onN)});
     work.flips += legalizeEdges(vCheckEdges, pTeskPredicates, pEdgeGuard);
-    vertexVault.added(vertexVault.startCell(*pVtx, store), pVtx, 0);
 }
 
 void Dt2::legalizeAround(Point2* pVtx) {

@@ -96,9 +96,10 @@ public:
     std::size_t numberOfTriangles() const;
     /// False while all points lie on one line.
     bool is2D() const;
-    /// Checks links, corners and, when asked, that no neighbour's far corner lies strictly inside a
-    /// triangle's circumcircle. Prints what it finds; on failure it also draws name + "currentState.ps" and
-    /// returns false.
+    /// Checks that every live constraint segment is an edge, links, corners and, when asked, that no
+    /// neighbour's far corner lies strictly inside a triangle's circumcircle, across edges that are no
+    /// constraints. Prints what it finds; on failure it also draws name + "currentState.ps" and returns
+    /// false.
     bool checkValidity(bool bCheckEmptyCircleProperty, const std::string& name) const;
     /// Prints counts and a histogram of the interior angles.
     void statistics(const std::string& name) const;
@@ -112,6 +113,10 @@ public:
     /// Makes segments edges of the triangulation, by the strategy given. Their ends become vertices; where
     /// two constraints cross, both are split at a new vertex, which lies within a unit in the last place of
     /// the crossing. Returns the graph of these segments, which tells what became of each.
+    ///
+    /// Where an end of one lies on the other but for such a unit, the other is split at that end instead.
+    /// Conforming segments that doubles are too coarse for, or that would take Steiner points without end,
+    /// are forced in with a warning.
     ///
     /// With bOrientedSegments the graph keeps the directions of the segments; a single closed ring is
     /// oriented counter-clockwise in any case. Segments with equal ends, and those with an end that is not
