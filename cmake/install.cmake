@@ -14,15 +14,18 @@ set(KIVO2D_PUBLIC_HEADERS
     KivoException.h
     Kivo_2D.h
     Label.h
+    MeshArrays.h
     MsgBase.h
     Orientation2.h
     Point2.h
     Segment2.h
     Triangle2.h
     TriangleAroundVertexIterator.h
+    UserPredicateT.h
     Vector2.h
     VertexPair2.h
     Visualizer2.h
+    Zone2.h
     export.h
     functions.h
     fwd.h

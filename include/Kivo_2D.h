@@ -9,15 +9,18 @@
 #include "Edge2.h"
 #include "KivoException.h"
 #include "Label.h"
+#include "MeshArrays.h"
 #include "MsgBase.h"
 #include "Orientation2.h"
 #include "Point2.h"
 #include "Segment2.h"
 #include "Triangle2.h"
 #include "TriangleAroundVertexIterator.h"
+#include "UserPredicateT.h"
 #include "Vector2.h"
 #include "VertexPair2.h"
 #include "Visualizer2.h"
+#include "Zone2.h"
 #include "export.h"
 #include "functions.h"
 #include "fwd.h"
@@ -139,8 +142,72 @@ public:
     bool isConstraint(Triangle2* pT, int ith) const;
     /// The live constraint segment between the two vertices, or null.
     ConstraintSegment2* getConstraintSegment(Point2* p0, Point2* p1) const;
-    /// Inserts the segments that are pending because there were no triangles when they were created.
+    /// Inserts the segments that are pending because there were no triangles when they were created. Zones
+    /// need nothing else: they find their triangles when they are asked.
     void applyConstraintsAndZones();
+
+    /// \}
+    /// \name Zones
+    /// All return null, with a message, when there is nothing to make a zone of; with bVerbose one more line
+    /// says so. Graphs and triangles must be of this triangulation.
+    /// \{
+
+    /// The zone of all triangles (`ZL_GLOBAL`, without a graph), or what one oriented graph has on its left
+    /// (`ZL_INSIDE`, `ZL_BOUNDED`) or on its right (`ZL_OUTSIDE`). For a closed ring, in whichever direction
+    /// it was given, that is the area that it encloses, and the rest. O(1).
+    Zone2* createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc, bool bVerbose = true);
+    /// The same of several oriented graphs together (`ZL_INSIDE` or `ZL_OUTSIDE`).
+    Zone2* createZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs, ZoneLocation zoneLoc,
+                      bool bVerbose = true);
+    /// What can be reached from the start point without crossing an edge of the graph (`ZL_GROW` only).
+    /// Graphs need not be oriented. From a start point on an edge of the graph, one side of it is grown.
+    Zone2* createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc, const Point2& startPoint,
+                      bool bVerbose = true);
+    /// The same with several graphs.
+    Zone2* createZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs, ZoneLocation zoneLoc,
+                      const Point2& startPoint, bool bVerbose = true);
+    /// A `ZL_GROW` zone of exactly these triangles: their border becomes a constraint graph, and each part
+    /// that hangs together by edges gets a start point. Null pointers and repetitions are skipped. O(number
+    /// of triangles of the triangulation).
+    Zone2* createZone(const std::vector<Triangle2*>& vTriangles, bool bVerbose = true);
+    /// What the graphs' segments enclose by parity, whichever way they run and in whatever order they were
+    /// given: a `ZL_BOUNDED` zone of the triangles from which the way out crosses an odd number of segments
+    /// (of several ways the one with the fewest, which matters where segments form no closed rings). A piece
+    /// that several segments share counts as often as they are. Segments that bound nothing, such as open
+    /// ends, are no border. Then the regions of the hole points are left out: what can be reached from these
+    /// without crossing any of the segments; hole points outside the hull do nothing. Applies pending
+    /// constraints first. O(number of triangles of the triangulation).
+    Zone2* createParityZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs,
+                            const std::vector<Point2>& vHolePoints = {}, bool bVerbose = true);
+    /// The same for maps whose areas share borders that were given once: everything is inside that has no way
+    /// out without crossing a segment, but for the regions of the hole points.
+    Zone2* createEnclosedZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs,
+                              const std::vector<Point2>& vHolePoints = {}, bool bVerbose = true);
+    /// Ends the zone. A pointer that is no zone of this triangulation (any more) gets a warning. O(log of the
+    /// number of zones).
+    void deleteZone(Zone2* pZone);
+
+    /// \}
+    /// \name Export
+    /// \{
+
+    /// Writes the triangles as a Wavefront OBJ mesh in the plane z = 0, with 20 significant digits. Vertices
+    /// are numbered in the order in which the triangles name them. While not 2-D, or when the file can't be
+    /// written, it says so and returns false. The text is written as it is made.
+    bool writeObj(const std::string& filename) const;
+    /// The same for the triangles of a zone.
+    bool writeObj(const std::string& filename, const Zone2* pZone) const;
+    /// Makes the directory a web page that shows the triangles and constraints: open index.html in a browser,
+    /// from disk or from a server. It needs no network. Holds the mesh as 3d.obj too. Returns false, after a
+    /// message, when it can't be made. Up to 2^32 - 1 triangles.
+    bool writeWebScene(const char* path) const;
+    /// The same for the triangles of a zone, in the colour of zones.
+    bool writeWebScene(const char* path, const Zone2* pZone) const;
+    /// Replaces the content by all triangles as arrays of numbers. Empty while not 2-D. Triangles and
+    /// vertices are numbered by 32 bits; more of them are refused with an error (empty arrays).
+    void getMeshArrays(MeshArrays& arrays) const;
+    /// The same for the triangles of a zone, each once.
+    void getMeshArrays(MeshArrays& arrays, const Zone2* pZone) const;
 
     /// \}
     /// \name Drawing

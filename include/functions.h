@@ -1,13 +1,14 @@
 #pragma once
 
 /// \file
-/// The free functions: orientation, versions, messages, timing, files, test data.
+/// The free functions: orientation, zones, versions, messages, timing, files, test data.
 
 #include "Orientation2.h"
 #include "Point2.h"
 #include "Segment2.h"
 #include "Vector2.h"
 #include "export.h"
+#include "fwd.h"
 
 #include <functional>
 #include <string>
@@ -25,6 +26,26 @@ KIVO_API Orientation2 getOrientation2(const Point2* a, const Point2* b, const Po
 
 /// The same answer with storage that lives for this call only.
 KIVO_API Orientation2 getOrientation2_mt(const Point2* a, const Point2* b, const Point2* c);
+
+/// \}
+/// \name Zones
+/// The zones of one operation must belong to one triangulation; errors are reported and return null. Results
+/// are zones like others (`Kivo_2D::deleteZone`), and are found anew at each query: their operands must live
+/// as long as they are used.
+/// \{
+
+/// Triangles of at least one of the two.
+KIVO_API Zone2* zoneUnion(Zone2* pZone0, Zone2* pZone1);
+/// Triangles of both.
+KIVO_API Zone2* zoneIntersection(Zone2* pZone0, Zone2* pZone1);
+/// Triangles of the first that are not in the second.
+KIVO_API Zone2* zoneDifference(Zone2* pZone0, Zone2* pZone1);
+/// Triangles of exactly one of the two.
+KIVO_API Zone2* zoneSymmetricDifference(Zone2* pZone0, Zone2* pZone1);
+/// Peels triangles off the zone, from its border inwards, as long as the predicate says so, and makes a new
+/// zone of the rest (see `Kivo_2D::createZone` from triangles). The zone itself stays as it is. With bVerbose
+/// it prints number and area of both. Null when nothing is left or the zone was empty.
+KIVO_API Zone2* peelOffIf(Zone2* pZone, UserPredicateT* pPredicate, bool bVerbose);
 
 /// \}
 /// \name Versions
@@ -80,6 +101,10 @@ KIVO_API bool writePointsASCII(const char* filename, const std::vector<Point2>& 
 KIVO_API bool writePointsASCII(const char* filename, const std::vector<Point2*>& vPoints);
 /// Appends pairs of numbers, separated by any white space, until the file ends or something else is met.
 KIVO_API bool readXY(const char* filename, std::vector<Point2>& vPoints);
+
+/// Writes the file of that name of the web page that `Kivo_2D::writeWebScene` makes into a directory:
+/// "index.html", "jsc3d.js", "jsc3d.ctm.js" or "jsc3d.touch.js". The library carries them in itself.
+KIVO_API bool fileReplicate(const std::string& name, const std::string& directory);
 
 /// Creates the directory and any missing parents. True also when it exists already.
 KIVO_API bool createDirectory(const std::string& path);

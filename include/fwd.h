@@ -16,14 +16,20 @@ class Edge2;
 class Kivo_2D;
 class KivoException;
 class Label;
+struct MeshArrays;
 class MsgBase;
 class Point2;
 class Segment2;
 class TeskTest;
 class Triangle2;
 class TriangleAroundVertexIterator;
+class UserPredicateT;
 class Vector2;
 class VertexPair2;
 class Visualizer2;
+class Zone2;
+class ZoneEvaluation;
+class ZoneHost;
+class ZoneRegistry;
 
 } // namespace TESK_KIVO2D
