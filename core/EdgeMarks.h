@@ -18,14 +18,19 @@ public:
     bool contains(HalfEdge edge) const { return (bitsOf(edge.pT) >> edge.ith & 1) != 0; }
     // The marks of a triangle's edges, bit i for the one opposite corner i.
     unsigned bitsOf(const Triangle2* pT) const { return vBits[pNumbers->numberOf(pT)]; }
-    void set(HalfEdge edge) { change(edge, [](unsigned bits, unsigned bit) { return bits | bit; }); }
-    void flip(HalfEdge edge) { change(edge, [](unsigned bits, unsigned bit) { return bits ^ bit; }); }
+    void set(HalfEdge edge) {
+        change(edge, [](unsigned bits, unsigned bit) { return bits | bit; });
+    }
+    void flip(HalfEdge edge) {
+        change(edge, [](unsigned bits, unsigned bit) { return bits ^ bit; });
+    }
 
 private:
     template<class F>
     void change(HalfEdge edge, F f) {
         changeSide(edge.pT, edge.ith, f);
-        if (const Triangle2* const pN = edge.opposite()) changeSide(pN, pN->getIntraTriangleIndex(edge.pT), f);
+        if (const Triangle2* const pN = edge.opposite())
+            changeSide(pN, pN->getIntraTriangleIndex(edge.pT), f);
     }
     template<class F>
     void changeSide(const Triangle2* pT, int ith, F f) {

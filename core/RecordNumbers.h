@@ -36,7 +36,8 @@ public:
     std::size_t find(const void* p) const {
         for (const Run& run : vRuns) {
             const std::size_t offset = offsetIn(run, p);
-            if (offset < run.num * sizeof(T) && offset % sizeof(T) == 0) return run.first + offset / sizeof(T);
+            if (offset < run.num * sizeof(T) && offset % sizeof(T) == 0)
+                return run.first + offset / sizeof(T);
         }
         return none;
     }

@@ -12,9 +12,9 @@ inline bool isResult(ZoneLocation zoneLoc) {
     return zoneLoc >= ZL_RESULT_UNION && zoneLoc <= ZL_RESULT_SYM_DIFFERENCE;
 }
 
-// The order in which a result zone and all that it is made from are evaluated: operands first, each zone once,
-// however often it is an operand. So neither a long chain of zones nor one that doubles at every link takes
-// more than a step a zone.
+// The order in which a result zone and all that it is made from are evaluated: operands first, each zone
+// once, however often it is an operand. So neither a long chain of zones nor one that doubles at every link
+// takes more than a step a zone.
 class ResultOrder {
 public:
     struct Step {

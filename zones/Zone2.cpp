@@ -52,7 +52,8 @@ Zone2::Zone2(ZoneHost& triangulation, ZoneLocation location, const std::vector<C
             reportError(constructorLocation, "One of the ConstraintGraphs is not oriented!");
     }
     if (zoneLoc != ZL_INSIDE && zoneLoc != ZL_OUTSIDE)
-        reportError(constructorLocation, "ZoneLocation for this constructor must be ZL_INSIDE or ZL_OUTSIDE!");
+        reportError(constructorLocation,
+                    "ZoneLocation for this constructor must be ZL_INSIDE or ZL_OUTSIDE!");
 }
 
 Zone2::Zone2(ZoneHost& triangulation, const std::vector<ConstraintGraph2*>& vGraphs, ZoneLocation location,
@@ -90,7 +91,8 @@ void Zone2::getVertices(std::vector<Point2*>& vVertices) const {
     std::vector<bool> vbListed(numbers.size());
     evaluation.setOf(*this).forEach([&](Triangle2* pT) {
         for (int i = 0; i < 3; ++i) {
-            const auto listed = vbListed.begin() + static_cast<std::ptrdiff_t>(numbers.numberOf(pT->getCorner(i)));
+            const auto listed =
+                vbListed.begin() + static_cast<std::ptrdiff_t>(numbers.numberOf(pT->getCorner(i)));
             if (!*listed) vVertices.push_back(pT->getCorner(i));
             *listed = true;
         }

@@ -131,7 +131,8 @@ Zone2* ZoneRegistry::createBoundedZone(const TriangleSet& triangles) {
 }
 
 void ZoneRegistry::deleteZone(Zone2* pZone) {
-    if (mZones.erase(pZone) == 0) reportWarning("Dt2::deleteZone(..)", "trying to delete a non-existing zone");
+    if (mZones.erase(pZone) == 0)
+        reportWarning("Dt2::deleteZone(..)", "trying to delete a non-existing zone");
 }
 
 bool ZoneRegistry::areOwn(const std::vector<ConstraintGraph2*>& vGraphs) const {

@@ -26,7 +26,8 @@ void reportDegenerate(const std::vector<Triangle2*>& vPart) {
     for (const Triangle2* pT : vPart)
         text << "Unable to handle the triangle " << *pT << "\n";
     printText(text.str());
-    reportError("Dt2::createZone", "An almost degenerate part of the zone has no start point for zone growing!");
+    reportError("Dt2::createZone",
+                "An almost degenerate part of the zone has no start point for zone growing!");
 }
 
 bool appendStart(const std::vector<Triangle2*>& vPart, TeskTest& tests, std::vector<Point2>& vStarts) {
