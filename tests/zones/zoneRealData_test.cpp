@@ -89,10 +89,11 @@ TEST_P(RealZones, haveTheTrianglesThatBruteForceFinds) {
             const CapturedMessages captured;
             const Zone2* const pZone =
                 bParity ? kivo.createParityZone({pGraph}) : kivo.createEnclosedZone({pGraph});
-            if (vExpected.empty())
+            if (vExpected.empty()) {
                 EXPECT_EQ(nullptr, pZone);
-            else
+            } else {
                 expectZone(kivo, pZone, vExpected);
+            }
         }
     }
 }
