@@ -214,19 +214,19 @@ double areaOf(const Segments& vRing) {
 double parityArea(const std::vector<Segments>& vRings) {
     double area = 0;
     for (const Segments& ring : vRings) {
-        // A triangle without size, whose centre lies inside the first edge.
-        Point2 p = ring[0].getSrc(), q = ring[0].getTrg();
-        Triangle2 triangle;
-        triangle.relink(&p, &q, &q, nullptr, nullptr, nullptr);
-        std::size_t numAround = 0;
+        const Point2 p = ring[0].getSrc(), q = ring[0].getTrg();
+        const Point2 middle((p.x() + q.x()) / 2, (p.y() + q.y()) / 2);
+        bool bHole = false;
         for (const Segments& other : vRings) {
-            Bbox2 box;
-            for (const Segment2& s : other)
-                box.add(s.getSrc());
-            if (&other != &ring && box.isInBox(p) && box.isInBox(q))
-                numAround += withOddCrossings({&triangle}, other).size();
+            if (&other == &ring) continue;
+            for (const Segment2& s : other) {
+                const bool bUpwards = s.getSrc().y() <= middle.y();
+                if (bUpwards != (s.getTrg().y() <= middle.y()) &&
+                    orientation(s.getSrc(), s.getTrg(), middle) == (bUpwards ? 1 : -1))
+                    bHole = !bHole;
+            }
         }
-        area += (numAround % 2 == 0 ? 1 : -1) * std::abs(areaOf(ring));
+        area += (bHole ? -1 : 1) * std::abs(areaOf(ring));
     }
     return area;
 }
