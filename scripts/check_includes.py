@@ -20,6 +20,7 @@ MAY_INCLUDE = {
     "constraints": {"include", "kernel", "output", "core", "constraints"},
     "core": {"include", "kernel", "output", "core", "constraints"},
     "cli": {"include", "cli"},
+    "examples": {"include"},
     "bench": {"include", "kernel", "core", "constraints", "output", "bench"},
     "tests": {"include", "kernel", "core", "constraints", "output", "tests"},
 }
@@ -34,6 +35,7 @@ THIRD_PARTY = {
     "core": set(),
     "constraints": set(),
     "cli": {"CLI/CLI.hpp", "nlohmann/json.hpp"},
+    "examples": set(),
 }
 POSIX = {"unistd.h", "fcntl.h", "sys/mman.h", "sys/stat.h", "sys/types.h"}
 POSIX_ALLOWED = {"kernel", "core", "output", "cli"}
