@@ -47,14 +47,20 @@ public:
     bool operator==(const Color& other) const {
         return r == other.r && g == other.g && b == other.b && width == other.width && bFill == other.bFill;
     }
+    /// The opposite of `==`.
     bool operator!=(const Color& other) const { return !(*this == other); }
     /// Lexicographic by the fields in their order, so that a colour can be a key of a map.
     bool operator<(const Color& other) const;
 
+    /// Red, in [0, 1].
     float r = 0;
+    /// Green, in [0, 1].
     float g = 0;
+    /// Blue, in [0, 1].
     float b = 0;
+    /// Line width in page units (1/72 inch); 0 is the thinnest line of the device.
     float width = 0;
+    /// Fills triangles and circles, marks the ends of segments.
     bool bFill = false;
 };
 

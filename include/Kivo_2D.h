@@ -224,6 +224,7 @@ public:
 
     /// A name of the user's choice.
     void setName(const std::string& name);
+    /// The name that was set; empty by default.
     std::string getName() const;
     /// Number of threads for large batches: n >= 1 as given, 0 for the number of hardware threads, 1 for
     /// negative values. Returns the number that is set.

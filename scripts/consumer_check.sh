@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the library, shared and static, and builds tests/consumer against the installed tree in both ways that
-# the package offers, and examples/ with CMake. The tree is moved after installing: nothing in it may remember where it was.
+# the package offers, and examples/ in one. The tree is moved after installing: nothing in it may remember where it
+# was.
 #
 # usage: consumer_check.sh [WORK_DIR]
 set -euo pipefail
