@@ -10,7 +10,6 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -81,15 +80,6 @@ void constraintsRival(benchmark::State& state, const std::string& kind, std::siz
             numVertices = constraints.triangulate(kind == "crossings");
     }
     reportCrossings(state, input, numVertices);
-}
-
-// Measures the act alone, without what was made for it.
-template<class Act>
-void measureOnce(benchmark::State& state, Act act) {
-    const UserTime time(state);
-    const auto start = std::chrono::steady_clock::now();
-    act();
-    state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
 }
 
 std::unique_ptr<Kivo_2D> triangulated(const ConstraintInput& input) {

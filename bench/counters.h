@@ -5,6 +5,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
+
 namespace bench {
 
 // Reports the milliseconds of user time an iteration from construction to destruction. Memory that the
@@ -33,5 +35,14 @@ private:
     TESK_KIVO2D::Dt2::WorkCounts work;
     TESK_KIVO2D::TeskTest::StageCounts stages;
 };
+
+// Measures the act alone, without what was made for it.
+template<class Act>
+void measureOnce(benchmark::State& state, Act act) {
+    const UserTime time(state);
+    const auto start = std::chrono::steady_clock::now();
+    act();
+    state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+}
 
 } // namespace bench

@@ -5,6 +5,7 @@
 #include "bench/inputs.h"
 #include "bench/peakMemory.h"
 #include "bench/rival.h"
+#include "bench/zone_bench.h"
 
 #include <benchmark/benchmark.h>
 
@@ -139,6 +140,7 @@ int main(int argc, char** argv) {
         return bench::printPeakMemory(argv[1] + std::strlen(peakOption));
     addAll();
     bench::addConstraintBenchmarks();
+    bench::addZoneBenchmarks();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return EXIT_FAILURE;
     benchmark::RunSpecifiedBenchmarks();

@@ -38,6 +38,8 @@ TARGETS = [
         ("constraintByPolygon", "polygons", MILLION),
         ("constraints", "crossings", 40000),
     ]],
+    *[(f"triangles/{kind}/1000000", "batch/uniform/1000000/kivo", "own batch, uniform", 0.35, 0.2)
+      for kind in ["inside", "grow", "union"]],
     ("batchInto/ring/1000000", "batchInto/corners/1000000/kivo", "own, no constraints", 1.3, 1.1),
     ("oneByOneInto/ring/1000000", "oneByOneInto/corners/1000000/kivo", "own, no constraints", 1.3, 1.1),
 ]

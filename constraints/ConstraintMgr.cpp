@@ -145,9 +145,9 @@ ConstraintGraph2* ConstraintMgr::createConstraint_oriented(const std::vector<Seg
 }
 
 ConstraintGraph2* ConstraintMgr::createConstraint_directed(const std::vector<PointerPair>& vPairs,
-                                                           ConstraintInsertionStrategy cis) {
+                                                           ConstraintInsertionStrategy cis, bool bApplyNow) {
     return makeGraph(vPairs,
-                     {cis, true, true, "ConstraingMgr::createConstraint()", // text kept as it is
+                     {cis, true, bApplyNow, "ConstraingMgr::createConstraint()", // text kept as it is
                       "(1) Identical source and endpoint, a constraint segment has been skipped.", false});
 }
 

@@ -59,7 +59,8 @@ public:
                                                 ConstraintInsertionStrategy cis);
     // An oriented graph from directed edges between vertices.
     ConstraintGraph2* createConstraint_directed(const std::vector<PointerPair>& vPairs,
-                                                ConstraintInsertionStrategy cis);
+                                                ConstraintInsertionStrategy cis, bool bApplyNow = true);
+    bool isOwn(const ConstraintGraph2* pGraph) const { return &pGraph->mgr == this; }
 
     // --- application
     // Makes all pending segments edges, in passes until one splits nothing.

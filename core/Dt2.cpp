@@ -10,6 +10,7 @@
 #include "core/split.h"
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
+#include "zones/ZoneRegistry.h"
 
 #include <algorithm>
 #include <cmath>
@@ -31,7 +32,8 @@ void warnNotFinite(const char* location, std::size_t num) {
 Dt2::Dt2(unsigned int numExpectedVertices)
     : store(numExpectedVertices), box(&pTeskPredicates), hub("DT2"),
       pConstraintMgr(std::make_unique<ConstraintMgr>(*this)),
-      pSegmentInserter(std::make_unique<SegmentInserter>(*this, *pConstraintMgr)) {
+      pSegmentInserter(std::make_unique<SegmentInserter>(*this, *pConstraintMgr)),
+      pZoneRegistry(std::make_unique<ZoneRegistry>(*this)) {
     vCheckT.reserve(256);
     vCheckEdges.reserve(256);
 }

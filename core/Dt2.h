@@ -16,6 +16,7 @@
 #include "core/walk.h"
 #include "kernel/ProgressHub.h"
 #include "kernel/TeskTest.h"
+#include "zones/ZoneHost.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -34,7 +35,7 @@ class Visualizer2;
 //
 // Between calls: the stack vCheckT is empty, no duplicate is registered, and the static bound of the
 // predicates covers the box, which covers every vertex.
-class Dt2 : public ConstraintHost, public SegmentSite {
+class Dt2 : public ConstraintHost, public SegmentSite, public ZoneHost {
 public:
     explicit Dt2(unsigned int numExpectedVertices);
     ~Dt2() override;
@@ -49,14 +50,24 @@ public:
     // --- constraints
     ConstraintGraph2* createConstraint(std::vector<Segment2>& vSegments, ConstraintInsertionStrategy cis,
                                        bool bOrientedSegments);
-    void applyConstraintsAndZones();
+    void applyConstraintsAndZones() override;
     ConstraintMgr& constraintMgr() const { return *pConstraintMgr; }
     // Insert one live segment of the constrained, or of the conforming, strategy and all that comes of it.
     void newCDT_applyOneCS(ConstraintSegment2* pInitialCSeg);
     void insertSegmentConformingDelaunay(ConstraintSegment2* pCSeg);
 
+    // --- zones
+    ZoneRegistry& zoneRegistry() const override { return *pZoneRegistry; }
+
+    // --- export, of all triangles or, if a zone is given, of those of the zone
+    bool writeObj(const std::string& filename, const Zone2* pZone);
+    bool writeWebScene(const std::string& path, const Zone2* pZone);
+    void getMeshArrays(MeshArrays& arrays, const Zone2* pZone);
+    // True for a zone of this triangulation; anything else is reported.
+    bool isOwn(const Zone2* pZone, const char* location) const;
+
     // --- queries
-    Triangle2* locate(const Point2& q);
+    Triangle2* locate(const Point2& q) override;
     void getConvexHull(bool bAllVertices, std::vector<Point2*>& vConvexHullPoints);
     void getTrianglePointers(std::vector<Triangle2*>& vAllTriangles) const;
     void getVertexPointers(std::vector<Point2*>& vAllVertices) const;
@@ -69,7 +80,7 @@ public:
 
     // --- drawing
     void show(const std::string& postscriptFilename, bool bWithConstraints) const;
-    void show(Visualizer2* pVis, bool bWithConstraints) const;
+    void show(Visualizer2* pVis, bool bWithConstraints) const override;
 
     // --- settings
     void setName(const std::string& newName) { name = newName; }
@@ -112,6 +123,15 @@ private:
     void legalizeAround(Point2* pVtx) override;
     void legalizeEdge(const Point2* p, const Point2* q) override;
 
+    // --- ZoneHost
+    Dt2* implementation() override { return this; }
+    const MeshStore& meshStore() const override { return store; }
+    const ConstraintMgr& constraints() const override { return *pConstraintMgr; }
+    ConstraintGraph2* fixEdges(const std::vector<PointerPair>& vEdges) override;
+
+    std::vector<Triangle2*> trianglesFor(const Zone2* pZone);
+    bool fillArrays(const std::vector<Triangle2*>& vTriangles, bool bNeighbours, MeshArrays& arrays);
+
     std::string name;
     MeshStore store;
     VertexVault vertexVault;
@@ -127,6 +147,7 @@ private:
     ProgressHub hub;
     std::unique_ptr<ConstraintMgr> pConstraintMgr;
     std::unique_ptr<SegmentInserter> pSegmentInserter;
+    std::unique_ptr<ZoneRegistry> pZoneRegistry;
 };
 
 } // namespace TESK_KIVO2D

@@ -58,6 +58,13 @@ void Dt2::applyConstraintsAndZones() {
     pConstraintMgr->apply();
 }
 
+ConstraintGraph2* Dt2::fixEdges(const std::vector<PointerPair>& vEdges) {
+    pEdgeGuard = pConstraintMgr.get();
+    // What is pending must wait: the edges would be others afterwards.
+    return pConstraintMgr->createConstraint_directed(vEdges, CIS_CONSTRAINED_DELAUNAY,
+                                                     !pConstraintMgr->hasPending());
+}
+
 void Dt2::newCDT_applyOneCS(ConstraintSegment2* pInitialCSeg) {
     KIVO_ASSERT(pInitialCSeg->getCIS() == CIS_CONSTRAINED_DELAUNAY,
                 "pInitialCSeg->getCIS()==CIS_CONSTRAINED_DELAUNAY");

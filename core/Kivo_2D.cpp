@@ -4,10 +4,20 @@
 #include "core/Dt2.h"
 #include "core/queries.h"
 #include "kernel/messages.h"
+#include "zones/ZoneRegistry.h"
 
 #include <chrono>
 
 namespace TESK_KIVO2D {
+namespace {
+
+Zone2* noteIfNull(Zone2* pZone, bool bVerbose) {
+    if (pZone == nullptr && bVerbose)
+        reportWarning("Kivo_2D::createZone(..)", "No zone created, returning NULL (bVerbose==true)");
+    return pZone;
+}
+
+} // namespace
 
 Kivo_2D::Kivo_2D(unsigned int numExpectedVertices) { initKivo(numExpectedVertices); }
 
@@ -112,6 +122,70 @@ void Kivo_2D::applyConstraintsAndZones() {
         return;
     }
     pDt->applyConstraintsAndZones();
+}
+
+Zone2* Kivo_2D::createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc, bool bVerbose) {
+    return noteIfNull(pDt->zoneRegistry().createZone(pConstraintGraph, zoneLoc), bVerbose);
+}
+
+Zone2* Kivo_2D::createZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs, ZoneLocation zoneLoc,
+                           bool bVerbose) {
+    return noteIfNull(pDt->zoneRegistry().createZone(vConstraintGraphs, zoneLoc), bVerbose);
+}
+
+Zone2* Kivo_2D::createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc, const Point2& startPoint,
+                           bool bVerbose) {
+    return createZone(std::vector<ConstraintGraph2*>{pConstraintGraph}, zoneLoc, startPoint, bVerbose);
+}
+
+Zone2* Kivo_2D::createZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs, ZoneLocation zoneLoc,
+                           const Point2& startPoint, bool bVerbose) {
+    return noteIfNull(pDt->zoneRegistry().createZone(vConstraintGraphs, zoneLoc, startPoint), bVerbose);
+}
+
+Zone2* Kivo_2D::createZone(const std::vector<Triangle2*>& vTriangles, bool bVerbose) {
+    return noteIfNull(pDt->zoneRegistry().createZone(vTriangles), bVerbose);
+}
+
+Zone2* Kivo_2D::createParityZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs,
+                                 const std::vector<Point2>& vHolePoints, bool bVerbose) {
+    ZoneRegistry& registry = pDt->zoneRegistry();
+    return noteIfNull(registry.createEnclosedZone(vConstraintGraphs, InsideRule::PARITY, vHolePoints),
+                      bVerbose);
+}
+
+Zone2* Kivo_2D::createEnclosedZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs,
+                                   const std::vector<Point2>& vHolePoints, bool bVerbose) {
+    ZoneRegistry& registry = pDt->zoneRegistry();
+    return noteIfNull(registry.createEnclosedZone(vConstraintGraphs, InsideRule::ENCLOSED, vHolePoints),
+                      bVerbose);
+}
+
+void Kivo_2D::deleteZone(Zone2* pZone) { pDt->zoneRegistry().deleteZone(pZone); }
+
+bool Kivo_2D::writeObj(const std::string& filename) const { return pDt->writeObj(filename, nullptr); }
+
+bool Kivo_2D::writeObj(const std::string& filename, const Zone2* pZone) const {
+    return pDt->isOwn(pZone, "Kivo_2D::writeObj()") && pDt->writeObj(filename, pZone);
+}
+
+bool Kivo_2D::writeWebScene(const char* path) const { return writeWebSceneAt(path, nullptr); }
+
+bool Kivo_2D::writeWebScene(const char* path, const Zone2* pZone) const {
+    return pDt->isOwn(pZone, "Kivo_2D::writeWebScene()") && writeWebSceneAt(path, pZone);
+}
+
+bool Kivo_2D::writeWebSceneAt(const char* path, const Zone2* pZone) const {
+    if (path != nullptr) return pDt->writeWebScene(path, pZone);
+    reportWarning("Kivo_2D::writeWebScene()", "path==NULL, nothing to do");
+    return false;
+}
+
+void Kivo_2D::getMeshArrays(MeshArrays& arrays) const { pDt->getMeshArrays(arrays, nullptr); }
+
+void Kivo_2D::getMeshArrays(MeshArrays& arrays, const Zone2* pZone) const {
+    arrays = {};
+    if (pDt->isOwn(pZone, "Kivo_2D::getMeshArrays()")) pDt->getMeshArrays(arrays, pZone);
 }
 
 void Kivo_2D::show(const std::string& postscriptFilename, bool bWithConstraints) const {

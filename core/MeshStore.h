@@ -2,6 +2,7 @@
 
 #include "Point2.h"
 #include "Triangle2.h"
+#include "core/RecordNumbers.h"
 #include "core/SimplePool.h"
 
 #include <cstddef>
@@ -79,6 +80,10 @@ public:
             if (pVtx->getIncidentTriangle() != nullptr) f(pVtx);
         });
     }
+
+    // Numbers of all records made so far, dead ones included.
+    RecordNumbers<Triangle2> triangleNumbers() const { return RecordNumbers<Triangle2>(trianglePool); }
+    RecordNumbers<Point2> vertexNumbers() const { return RecordNumbers<Point2>(vertexPool); }
 
 private:
     SimplePool<Point2> vertexPool;

@@ -75,6 +75,20 @@ public:
                 f(p);
         }
     }
+    // The same by runs of records that follow one another in memory: calls f with the first record and their
+    // number. All records are one run, as long as the first range of addresses suffices.
+    template<class F>
+    void forEachRun(F f) const {
+        T *pBegin = nullptr, *pEnd = nullptr;
+        for (std::size_t i = 0; i < vBlocks.size() && i <= idxCurrent; ++i) {
+            if (vBlocks[i].pBegin != pEnd) {
+                if (pBegin != pEnd) f(pBegin, static_cast<std::size_t>(pEnd - pBegin));
+                pBegin = vBlocks[i].pBegin;
+            }
+            pEnd = i == idxCurrent ? pNext : vBlocks[i].pBegin + vBlocks[i].capacity;
+        }
+        if (pBegin != pEnd) f(pBegin, static_cast<std::size_t>(pEnd - pBegin));
+    }
     // Number of records handed out so far.
     std::size_t size() const {
         std::size_t num = 0;

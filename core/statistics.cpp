@@ -1,7 +1,6 @@
 #include "core/statistics.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <iomanip>
 #include <locale>
@@ -27,20 +26,40 @@ double angleAt(const Triangle2& t, int i) {
 
 } // namespace
 
+void AngleHistogram::add(const Triangle2& triangle) {
+    for (int i = 0; i < 3; ++i) {
+        const double angle = angleAt(triangle, i);
+        minAngle = std::min(minAngle, angle);
+        maxAngle = std::max(maxAngle, angle);
+        ++aBins[static_cast<std::size_t>(std::min(numBins - 1, static_cast<int>(angle / binWidth)))];
+    }
+}
+
+std::string AngleHistogram::toText() const {
+    const std::size_t largest = *std::max_element(aBins.begin(), aBins.end());
+    if (largest == 0) return {};
+    std::ostringstream stream;
+    stream.imbue(std::locale::classic());
+    stream << "  interior angles: " << minAngle << " to " << maxAngle << " degrees\n";
+    for (int i = 0; i < numBins; ++i) {
+        const std::size_t num = aBins[static_cast<std::size_t>(i)];
+        constexpr std::size_t barLength = 50;
+        stream << "  " << std::setw(3) << i * binWidth << " - " << std::setw(3) << (i + 1) * binWidth << ": "
+               << std::setw(10) << num << " " << std::string((num * barLength + largest - 1) / largest, '*')
+               << "\n";
+    }
+    return stream.str();
+}
+
 std::string meshStatistics(const MeshStore& store, std::size_t numVertices, const std::string& name) {
-    constexpr int binWidth = 10, numBins = 180 / binWidth;
-    std::array<std::size_t, numBins> bins{};
+    AngleHistogram angles;
     std::size_t numTriangles = 0, numHullEdges = 0;
-    double minAngle = 180, maxAngle = 0;
     store.forEachTriangle([&](Triangle2* pT) {
         ++numTriangles;
         for (int i = 0; i < 3; ++i) {
             if (pT->getOppositeTriangle(i) == nullptr) ++numHullEdges;
-            const double angle = angleAt(*pT, i);
-            minAngle = std::min(minAngle, angle);
-            maxAngle = std::max(maxAngle, angle);
-            ++bins[static_cast<std::size_t>(std::min(numBins - 1, static_cast<int>(angle / binWidth)))];
         }
+        angles.add(*pT);
     });
     std::ostringstream stream;
     stream.imbue(std::locale::classic());
@@ -49,17 +68,7 @@ std::string meshStatistics(const MeshStore& store, std::size_t numVertices, cons
            << "  triangles:  " << numTriangles << "\n"
            << "  edges:      " << (3 * numTriangles + numHullEdges) / 2 << "\n"
            << "  hull edges: " << numHullEdges << "\n";
-    if (numTriangles == 0) return stream.str();
-    stream << "  interior angles: " << minAngle << " to " << maxAngle << " degrees\n";
-    const std::size_t largest = *std::max_element(bins.begin(), bins.end());
-    for (int i = 0; i < numBins; ++i) {
-        const std::size_t num = bins[static_cast<std::size_t>(i)];
-        constexpr std::size_t barLength = 50;
-        stream << "  " << std::setw(3) << i * binWidth << " - " << std::setw(3) << (i + 1) * binWidth << ": "
-               << std::setw(10) << num << " " << std::string((num * barLength + largest - 1) / largest, '*')
-               << "\n";
-    }
-    return stream.str();
+    return stream.str() + angles.toText();
 }
 
 } // namespace TESK_KIVO2D

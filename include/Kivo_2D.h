@@ -245,6 +245,8 @@ protected:
     void initKivo(unsigned int numExpectedVertices);
 
 private:
+    bool writeWebSceneAt(const char* path, const Zone2* pZone) const;
+
     std::unique_ptr<Dt2> pDt;
 };
 

@@ -89,9 +89,8 @@ public:
     /// Prints the number of triangles and a histogram of the interior angles.
     void statistics(const std::string& name) const;
     /// Adds the zone to a drawing: triangles filled, with the whole triangulation on top when bShowFull is
-    /// set, with constraint segments if these are wanted too. Without bShowFull the constraint segments of the
-    /// whole triangulation are drawn in any case: thick where they belong to the zone's graphs, thin
-    /// elsewhere.
+    /// set. With bWithConstraints also the constraint segments; without bShowFull those of the zone's own
+    /// graphs are drawn thick and all others thin, and without both flags its own ones thin and no others.
     void show(Visualizer2* pVisualizer, bool bShowFull, bool bWithConstraints) const;
     /// The same into a PostScript file of its own. An empty zone is a warning, and no file is written.
     void show(const std::string& postscriptFilename, bool bShowFull, bool bWithConstraints) const;
@@ -109,6 +108,7 @@ public:
 private:
     friend class ZoneRegistry;
     friend class ZoneEvaluation;
+    friend class ResultOrder;
 
     // An input zone and the number that it had: its address may serve another zone by now.
     struct Operand {

@@ -16,9 +16,9 @@ class Edge2;
 class Kivo_2D;
 class KivoException;
 class Label;
-struct MeshArrays;
 class MsgBase;
 class Point2;
+class ResultOrder;
 class Segment2;
 class TeskTest;
 class Triangle2;
@@ -31,5 +31,6 @@ class Zone2;
 class ZoneEvaluation;
 class ZoneHost;
 class ZoneRegistry;
+struct MeshArrays;
 
 } // namespace TESK_KIVO2D

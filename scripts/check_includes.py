@@ -18,10 +18,11 @@ MAY_INCLUDE = {
     "kernel": {"include", "kernel"},
     "output": {"include", "kernel", "output"},
     "constraints": {"include", "kernel", "output", "core", "constraints"},
-    "core": {"include", "kernel", "output", "core", "constraints"},
+    "zones": {"include", "kernel", "output", "core", "constraints", "zones"},
+    "core": {"include", "kernel", "output", "core", "constraints", "zones"},
     "cli": {"include", "cli"},
-    "bench": {"include", "kernel", "core", "constraints", "output", "bench"},
-    "tests": {"include", "kernel", "core", "constraints", "output", "tests"},
+    "bench": {"include", "kernel", "core", "constraints", "zones", "output", "bench"},
+    "tests": {"include", "kernel", "core", "constraints", "zones", "output", "tests"},
 }
 # The upper stratum of core puts the parts together. All else in core is mesh primitives, which know neither the
 # triangulation that owns them nor drawing and files.
@@ -33,6 +34,7 @@ THIRD_PARTY = {
     "output": set(),
     "core": set(),
     "constraints": set(),
+    "zones": set(),
     "cli": {"CLI/CLI.hpp", "nlohmann/json.hpp"},
 }
 POSIX = {"unistd.h", "fcntl.h", "sys/mman.h", "sys/stat.h", "sys/types.h"}
@@ -73,12 +75,12 @@ def check_line(folder, path, bracket, name, target):
     if target_folder not in MAY_INCLUDE[folder]:
         return f"{path}: {folder}/ must not include {target}"
     in_core_upper = target_folder == "core" and os.path.basename(target).startswith(CORE_UPPER)
-    if folder == "core" and (in_core_upper or target_folder in ("output", "constraints")) and not os.path.basename(
+    if folder == "core" and (in_core_upper or target_folder in ("output", "constraints", "zones")) and not os.path.basename(
             path).startswith(CORE_UPPER):
         return f"{path}: of core/, only {', '.join(CORE_UPPER)} may include {target}"
-    if folder == "constraints" and in_core_upper:
-        return f"{path}: constraints/ must not include {target}"
-    if folder in ("include", "kernel", "core", "constraints", "output") and bracket == "<":
+    if folder in ("constraints", "zones") and in_core_upper:
+        return f"{path}: {folder}/ must not include {target}"
+    if folder in ("include", "kernel", "core", "constraints", "zones", "output") and bracket == "<":
         return f"{path}: headers of the project are included in quotes: {name}"
     return None
 

@@ -1,0 +1,8 @@
+#pragma once
+
+namespace bench {
+
+// Registers the measurements of zones.
+void addZoneBenchmarks();
+
+} // namespace bench

@@ -1,0 +1,216 @@
+#include "zones/ZoneEvaluation.h"
+
+#include "core/flood.h"
+#include "kernel/assertion.h"
+#include "kernel/messages.h"
+#include "zones/ResultOrder.h"
+#include "zones/graphEdges.h"
+
+#include <algorithm>
+#include <bit>
+#include <functional>
+#include <optional>
+
+namespace TESK_KIVO2D {
+namespace {
+
+constexpr const char* location = "Zone2::getTriangles()";
+
+// Where the fill of the left sides (or the right sides) of a graph begins: beside each edge that the graph
+// lists once. An edge that it lists twice, there and back or over and over, says nothing about its sides.
+void appendSeeds(const std::vector<GraphEdge>& vEdges, bool bLeft, std::vector<std::uint8_t>& vCounts,
+                 const RecordNumbers<Triangle2>& numbers, std::vector<Triangle2*>& vSeeds) {
+    // Two bits an edge, on the side by which it is named.
+    const auto countOf = [&](const GraphEdge& e) -> std::pair<std::uint8_t&, int> {
+        const Triangle2* const pN = e.edge.opposite();
+        const bool bNamed = pN == nullptr || numbers.numberOf(e.edge.pT) < numbers.numberOf(pN);
+        const Triangle2* const pT = bNamed ? e.edge.pT : pN;
+        return {vCounts[numbers.numberOf(pT)],
+                2 * (bNamed ? e.edge.ith : pN->getIntraTriangleIndex(e.edge.pT))};
+    };
+    for (const GraphEdge& e : vEdges) {
+        const auto [counts, shift] = countOf(e);
+        const unsigned num = std::min(counts >> shift & 3U, 1U) + 1;
+        counts = static_cast<std::uint8_t>((counts & ~(3U << shift)) | num << shift);
+    }
+    for (const GraphEdge& e : vEdges) {
+        const auto [counts, shift] = countOf(e);
+        Triangle2* const pSeed = bLeft ? e.pLeft : e.pRight;
+        if ((counts >> shift & 3U) == 1 && pSeed != nullptr) vSeeds.push_back(pSeed);
+    }
+    for (const GraphEdge& e : vEdges)
+        countOf(e).first = 0; // for the next graph
+}
+
+} // namespace
+
+ZoneEvaluation::ZoneEvaluation(ZoneHost& triangulation)
+    : dt(triangulation), numbers(triangulation.meshStore().triangleNumbers()) {}
+
+void ZoneEvaluation::list(const Zone2& zone, std::vector<Triangle2*>& vTriangles) const {
+    if (zone.zoneLoc == ZL_GROW && dt.is2D()) {
+        TriangleSet reached = emptySet();
+        grow(zone, reached, &vTriangles);
+    } else {
+        setOf(zone).appendTo(vTriangles);
+    }
+}
+
+TriangleSet ZoneEvaluation::setOf(const Zone2& zone) const {
+    if (!dt.is2D()) {
+        reportWarning(location, "is2D() is false, nothing to return");
+        return emptySet();
+    }
+    return isResult(zone.zoneLoc) ? resultSet(zone) : basicSet(zone);
+}
+
+TriangleSet ZoneEvaluation::basicSet(const Zone2& zone) const {
+    switch (zone.zoneLoc) {
+    case ZL_GLOBAL: {
+        TriangleSet all = emptySet();
+        dt.meshStore().forEachTriangle([&](Triangle2* pT) { all.insert(pT); });
+        return all;
+    }
+    case ZL_INSIDE:
+    case ZL_BOUNDED:
+    case ZL_OUTSIDE:
+        return enclosed(zone);
+    case ZL_GROW: {
+        TriangleSet reached = emptySet();
+        grow(zone, reached, nullptr);
+        return reached;
+    }
+    default:
+        reportError(location, "unknown zoneLoc value");
+        KIVO_ASSERT(false, "false");
+        return emptySet();
+    }
+}
+
+TriangleSet ZoneEvaluation::enclosed(const Zone2& zone) const {
+    KIVO_ASSERT(!zone.vConstraintGraphs.empty(), "!vConstraintGraphs.empty()");
+    EdgeMarks closed(numbers);
+    std::vector<std::uint8_t> vCounts(numbers.size());
+    std::vector<Triangle2*> vSeeds;
+    for (const ConstraintGraph2* pGraph : zone.vConstraintGraphs) {
+        const std::vector<GraphEdge> vEdges = edgesOf(*pGraph);
+        for (const GraphEdge& e : vEdges)
+            closed.set(e.edge);
+        appendSeeds(vEdges, zone.zoneLoc != ZL_OUTSIDE, vCounts, numbers, vSeeds);
+    }
+    if (vSeeds.empty() && zone.zoneLoc != ZL_OUTSIDE) {
+        reportError(location,
+                    "An inside zone is empty - have you called Kivo_2D::applyConstraintsAndZones()?");
+        KIVO_ASSERT(!vSeeds.empty(), "!vWorkspace.empty()");
+    }
+    TriangleSet reached = emptySet();
+    std::vector<Triangle2*> vStack;
+    for (Triangle2* pSeed : vSeeds) {
+        if (!reached.insert(pSeed)) continue;
+        vStack.push_back(pSeed);
+        flood(vStack, closed, reached);
+    }
+    return reached;
+}
+
+// Regions of different start points are equal or have nothing in common.
+void ZoneEvaluation::grow(const Zone2& zone, TriangleSet& reached, std::vector<Triangle2*>* pList) const {
+    EdgeMarks closed(numbers);
+    for (const ConstraintGraph2* pGraph : zone.vConstraintGraphs) {
+        for (const GraphEdge& e : edgesOf(*pGraph))
+            closed.set(e.edge);
+    }
+    std::vector<Triangle2*> vStack, vRegion;
+    for (const Point2& start : zone.vStartPoints) {
+        Triangle2* const pStart = dt.locate(start);
+        if (pStart == nullptr) {
+            reportWarning("growZoneArea()",
+                          "pVtx is outside the convex hull of the triangulation, no triangles returned");
+            continue;
+        }
+        vRegion.clear();
+        if (reached.insert(pStart)) {
+            vRegion.push_back(pStart);
+            vStack.push_back(pStart);
+            flood(vStack, closed, reached, [&](Triangle2* pT) {
+                if (pList != nullptr) vRegion.push_back(pT);
+            });
+        } else if (pList != nullptr) {
+            growAgain(pStart, closed, reached, vRegion);
+        }
+        if (pList != nullptr) appendInOrder(vRegion, *pList);
+    }
+}
+
+// Lists a region that was reached before.
+void ZoneEvaluation::growAgain(Triangle2* pStart, const EdgeMarks& closed, TriangleSet& reached,
+                               std::vector<Triangle2*>& vRegion) const {
+    reached.erase(pStart);
+    vRegion.push_back(pStart);
+    for (std::size_t next = 0; next < vRegion.size(); ++next) {
+        const Triangle2* const pT = vRegion[next];
+        for (int i = 0; i < 3; ++i) {
+            Triangle2* const pN = pT->getOppositeTriangle(i);
+            if (pN == nullptr || (closed.bitsOf(pT) >> i & 1) != 0 || !reached.contains(pN)) continue;
+            reached.erase(pN);
+            vRegion.push_back(pN);
+        }
+    }
+    for (const Triangle2* pT : vRegion)
+        reached.insert(pT);
+}
+
+// Sorts a small region; walks through a set for a large one.
+void ZoneEvaluation::appendInOrder(const std::vector<Triangle2*>& vRegion,
+                                   std::vector<Triangle2*>& vTriangles) const {
+    const std::size_t num = vRegion.size();
+    if (num * std::bit_width(num) < numbers.size() / 64) {
+        const auto begin = vTriangles.insert(vTriangles.end(), vRegion.begin(), vRegion.end());
+        std::sort(begin, vTriangles.end(), [this](const Triangle2* pA, const Triangle2* pB) {
+            return numbers.numberOf(pA) < numbers.numberOf(pB);
+        });
+        return;
+    }
+    TriangleSet region = emptySet();
+    for (const Triangle2* pT : vRegion)
+        region.insert(pT);
+    region.appendTo(vTriangles);
+}
+
+TriangleSet ZoneEvaluation::resultSet(const Zone2& zone) const {
+    ResultOrder order(dt.zoneRegistry(), zone);
+    if (order.meetsDeletedZone()) {
+        reportWarning(location, "An input zone has been deleted, nothing to return");
+        return emptySet();
+    }
+    std::vector<std::optional<TriangleSet>> vSets(order.steps().size());
+    for (std::size_t i = 0; i < vSets.size(); ++i) {
+        const ResultOrder::Step& step = order.steps()[i];
+        if (!isResult(step.pZone->zoneLoc)) {
+            vSets[i] = basicSet(*step.pZone);
+            continue;
+        }
+        const auto [first, second] = step.aOperands;
+        TriangleSet set = step.bFirstEnds ? std::move(*vSets[first]) : *vSets[first];
+        const TriangleSet& other = first == second ? set : *vSets[second];
+        switch (step.pZone->zoneLoc) {
+        case ZL_RESULT_UNION:
+            set.combine(other, std::bit_or<>{});
+            break;
+        case ZL_RESULT_INTERSECTION:
+            set.combine(other, std::bit_and<>{});
+            break;
+        case ZL_RESULT_DIFFERENCE:
+            set.combine(other, [](std::uint64_t a, std::uint64_t b) { return a & ~b; });
+            break;
+        default:
+            set.combine(other, std::bit_xor<>{});
+        }
+        vSets[i] = std::move(set);
+        if (step.bFirstEnds && first != i) vSets[first].reset();
+        if (step.bSecondEnds) vSets[second].reset();
+    }
+    return std::move(*vSets.back());
+}
+
+} // namespace TESK_KIVO2D

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Zone2.h"
+#include "core/EdgeMarks.h"
+#include "core/TriangleSet.h"
+#include "zones/ZoneHost.h"
+
+#include <vector>
+
+namespace TESK_KIVO2D {
+
+// Finds the triangles of zones, for one query: nothing may change the triangulation while it lives. The sets
+// that it returns end with it.
+class ZoneEvaluation {
+public:
+    explicit ZoneEvaluation(ZoneHost& triangulation);
+
+    // Appends what Zone2::getTriangles promises.
+    void list(const Zone2& zone, std::vector<Triangle2*>& vTriangles) const;
+    // The same as a set.
+    TriangleSet setOf(const Zone2& zone) const;
+    // No triangle.
+    TriangleSet emptySet() const { return TriangleSet(numbers); }
+    const RecordNumbers<Triangle2>& triangleNumbers() const { return numbers; }
+
+private:
+    TriangleSet basicSet(const Zone2& zone) const;
+    TriangleSet enclosed(const Zone2& zone) const;
+    void grow(const Zone2& zone, TriangleSet& reached, std::vector<Triangle2*>* pList) const;
+    void growAgain(Triangle2* pStart, const EdgeMarks& closed, TriangleSet& reached,
+                   std::vector<Triangle2*>& vRegion) const;
+    void appendInOrder(const std::vector<Triangle2*>& vRegion, std::vector<Triangle2*>& vTriangles) const;
+    TriangleSet resultSet(const Zone2& zone) const;
+
+    ZoneHost& dt;
+    const RecordNumbers<Triangle2> numbers;
+};
+
+} // namespace TESK_KIVO2D
