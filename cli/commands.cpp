@@ -174,6 +174,8 @@ Report runTriangulate(const TriangulateOptions& options) {
     Input input = readAll(options, report);
 
     Kivo_2D triangulation(static_cast<unsigned int>(input.table.vPoints.size()));
+    // The heading of a web scene.
+    triangulation.setName(std::filesystem::path(options.input).filename().string());
     report.numThreads = triangulation.setNumCPU(options.numThreads);
     ProgressBar progressBar;
     if (options.bProgress || isErrorStreamTerminal()) {

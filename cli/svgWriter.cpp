@@ -68,9 +68,10 @@ private:
 };
 
 struct EdgeLists {
+    std::vector<Trails::Edge> vBorder; // of the area; the others are strokes, and have each edge once
+    std::vector<Trails::Edge> vConstraints;
+    std::vector<Trails::Edge> vHull; // what of the border is no constraint
     std::vector<Trails::Edge> vInner;
-    std::vector<Trails::Edge> vBorder;
-    std::vector<Trails::Edge> vConstraints; // on the border or inside
     double meanLength = 0.0;
 };
 
@@ -84,8 +85,8 @@ EdgeLists listEdges(const Mesh& mesh, const Page& page) {
         const Trails::Edge ends = {pCorners[(edge.ith + 1) % 3], pCorners[(edge.ith + 2) % 3]};
         const bool bConstraint = constraints.find(edge) != NO_CONSTRAINT;
         if (edge.bBorder) lists.vBorder.push_back(ends);
-        if (bConstraint) lists.vConstraints.push_back(ends);
-        if (!edge.bBorder && !bConstraint) lists.vInner.push_back(ends);
+        std::vector<Trails::Edge>& vOther = edge.bBorder ? lists.vHull : lists.vInner;
+        (bConstraint ? lists.vConstraints : vOther).push_back(ends);
         sum += std::hypot(page[ends[1]].x - page[ends[0]].x, page[ends[1]].y - page[ends[0]].y);
         ++numEdges;
     });
@@ -196,15 +197,14 @@ void writeSvg(OutputFile& out, const Mesh& mesh) {
     writeHead(out, mesh, page, lists.vConstraints.size());
     // Lines as thin as the mesh is fine, so that it does not become a blot.
     const int width = std::clamp(static_cast<int>(lists.meanLength / 20.0), 20, 100);
-    const Style border =
-        mesh.bOfZone ? Style{"zone", "#2f6fc4", 2 * width} : Style{"hull", "#64748b", 2 * width};
-    out << "<path class=\"" << border.name << "\" fill=\"" << (mesh.bOfZone ? "#3b82d6" : "#8296ab")
-        << "\" fill-opacity=\"" << (mesh.bOfZone ? ".25" : ".12") << "\" fill-rule=\"evenodd\" stroke=\""
-        << border.stroke << "\" stroke-width=\"" << border.width << "\" d=\"";
+    out << "<path class=\"" << (mesh.bOfZone ? "zone" : "area") << "\" fill=\""
+        << (mesh.bOfZone ? "#3b82d6" : "#8296ab") << "\" fill-opacity=\"" << (mesh.bOfZone ? ".25" : ".12")
+        << "\" fill-rule=\"evenodd\" d=\"";
     writeArea(out, page, lists.vBorder);
     out << "\"/>\n";
     writeGroup(out, page, {"mesh", "#6f869d", width}, lists.vInner);
-    writeGroup(out, page, {"constraints", "#d9480f", std::max(2 * width, 60)}, lists.vConstraints);
+    writeGroup(out, page, {"hull", "#64748b", 2 * width}, lists.vHull);
+    writeGroup(out, page, {"constraints", "#e8590c", std::max(2 * width, 70)}, lists.vConstraints);
     out << "</g>\n</svg>\n";
 }
 
