@@ -5,6 +5,9 @@ namespace TESK_KIVO2D {
 OutputFile::OutputFile(const char* filename)
     : pFile(filename == nullptr ? nullptr : std::fopen(filename, "wb")), pBuffer(new char[bufferSize]) {}
 
+OutputFile::OutputFile(const std::string& filename)
+    : OutputFile(filename.find('\0') == std::string::npos ? filename.c_str() : nullptr) {}
+
 OutputFile::~OutputFile() { close(); }
 
 bool OutputFile::close() {

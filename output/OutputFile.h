@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace TESK_KIVO2D {
@@ -13,6 +14,8 @@ namespace TESK_KIVO2D {
 class OutputFile {
 public:
     explicit OutputFile(const char* filename);
+    // A name that holds a null character opens nothing: the system would take what precedes it for the name.
+    explicit OutputFile(const std::string& filename);
     // Closes; whatever fails then is not reported.
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
@@ -51,7 +54,7 @@ public:
     bool close();
 
 private:
-    // 18 significant digits, sign, point, "e-308" and up to four zeros behind the point need less.
+    // 20 significant digits, sign, point, "e-308" and up to four zeros behind the point need less.
     static constexpr std::size_t maxNumberLength = 40;
     static constexpr std::size_t bufferSize = std::size_t{1} << 16;
 
