@@ -67,6 +67,14 @@ void checkOutputs(const std::vector<std::string>& vOutputs, const Input& input) 
         checkWritable(output);
 }
 
+void checkPictures(const std::vector<std::string>& vOutputs, const Kivo_2D& triangulation) {
+    if (triangulation.is2D()) return;
+    for (const std::string& output : vOutputs) {
+        if (isPicture(formatOf(output)))
+            throw FileError(output, "is not written: all points lie on one line");
+    }
+}
+
 Box boxOf(const std::vector<Point2>& vPoints) {
     const TESK_KIVO2D::Bbox2 box(vPoints.begin(), vPoints.end());
     return {box.get_minX(), box.get_minY(), box.get_maxX(), box.get_maxY()};
@@ -136,20 +144,22 @@ Zone2* zoneOf(Kivo_2D& triangulation, const TriangulateOptions& options, const C
     return pZone;
 }
 
-void addAttributes(Mesh& mesh, const Kivo_2D& triangulation, const Zone2* pZone, const std::string& name) {
-    if (mesh.pDomain->vRegions.empty()) return;
+std::vector<double> attributesOf(const Kivo_2D& triangulation, const Zone2* pZone,
+                                 const std::vector<Region>& vRegions, const std::string& name) {
+    if (vRegions.empty()) return {};
     std::vector<Triangle2*> vTriangles;
     if (pZone == nullptr) {
         triangulation.getTrianglePointers(vTriangles);
     } else {
         pZone->getTriangles(vTriangles);
     }
-    mesh.vTriangleAttributes = attributesOfTriangles(triangulation, vTriangles, mesh.pDomain->vRegions, name);
+    return attributesOfTriangles(triangulation, vTriangles, vRegions, name);
 }
 
 Mesh collectMesh(const Kivo_2D& triangulation, const Zone2* pZone, const TriangulateOptions& options,
                  const Input& input) {
-    Mesh mesh = meshOf(triangulation, input);
+    Mesh mesh;
+    if (!options.vOutputs.empty()) mesh = meshOf(triangulation, input);
     const bool bTriangles =
         std::any_of(options.vOutputs.begin(), options.vOutputs.end(),
                     [](const std::string& output) { return needsTriangles(formatOf(output)); });
@@ -159,7 +169,7 @@ Mesh collectMesh(const Kivo_2D& triangulation, const Zone2* pZone, const Triangu
     } else if (bTriangles && triangulation.is2D()) {
         triangulation.getMeshArrays(mesh.triangles);
     }
-    addAttributes(mesh, triangulation, pZone, options.input);
+    mesh.vTriangleAttributes = attributesOf(triangulation, pZone, input.domain.vRegions, options.input);
     return mesh;
 }
 
@@ -183,6 +193,7 @@ Report runTriangulate(const TriangulateOptions& options) {
     }
     Constraints constraints = insertAll(triangulation, options, input, report);
     fillCounts(report, triangulation);
+    checkPictures(options.vOutputs, triangulation);
     const StopWatch zoneWatch;
     const Zone2* const pZone = zoneOf(triangulation, options, constraints, input);
     if (pZone != nullptr) report.zoneTime = zoneWatch.seconds();

@@ -56,6 +56,10 @@ bool holdsBarePoints(FileFormat format) {
 
 bool canHoldSegments(FileFormat format) { return format == FORMAT_POLY || format == FORMAT_GEOJSON; }
 
+bool isPicture(FileFormat format) {
+    return format == FORMAT_PS || format == FORMAT_SVG || format == FORMAT_OBJ || format == FORMAT_SCENE;
+}
+
 bool needsTriangles(FileFormat format) {
     return format == FORMAT_ELE || format == FORMAT_EDGE || format == FORMAT_SVG || format == FORMAT_GEOJSON;
 }

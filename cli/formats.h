@@ -30,6 +30,9 @@ bool holdsBarePoints(FileFormat format);
 // True when an input of this kind may bring segments along.
 bool canHoldSegments(FileFormat format);
 
+// True when there is nothing to write without triangles.
+bool isPicture(FileFormat format);
+
 // True when the file is written from the arrays of the mesh's triangles.
 bool needsTriangles(FileFormat format);
 
