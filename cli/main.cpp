@@ -61,10 +61,12 @@ CLI::App* addTriangulate(CLI::App& app, CommandLine& commandLine) {
                        "progress on standard error even where that is no terminal");
     pCommand->add_flag("--json", commandLine.bJson, "report as JSON");
     pCommand->footer(
-        "All of the convex hull is triangulated; --zone picks the triangles to write, and leaves out the "
-        "holes "
-        "of a .poly file.\n"
-        "A region point's attribute goes to all triangles (.ele) that it reaches without crossing a "
+        "The whole convex hull is triangulated; --zone picks the triangles that are written and drawn, "
+        "without the "
+        "holes of a .poly file.\n"
+        "Points and segments are written whole in any case (.node .poly .seg and files of points).\n"
+        "A region point's attribute goes to all triangles (.ele, .geojson) that it reaches without crossing "
+        "a "
         "segment.\n"
         "New vertices on a segment inherit its marker, and attributes interpolated along it.");
     return pCommand;

@@ -1,6 +1,7 @@
 #include "cli/zone.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace cli {
 
@@ -40,6 +41,18 @@ std::size_t countParts(const MeshArrays& arrays) {
     return numParts;
 }
 
+// Of round coordinates a round number, which the library's sum of areas by side lengths is not.
+double areaOf(const MeshArrays& arrays) {
+    double area = 0.0;
+    for (std::size_t i = 0; i < arrays.vCorners.size(); i += 3) {
+        const double* const p = &arrays.vCoordinates[std::size_t{2} * arrays.vCorners[i]];
+        const double* const q = &arrays.vCoordinates[std::size_t{2} * arrays.vCorners[i + 1]];
+        const double* const r = &arrays.vCoordinates[std::size_t{2} * arrays.vCorners[i + 2]];
+        area += ((q[0] - p[0]) * (r[1] - p[1]) - (q[1] - p[1]) * (r[0] - p[0])) / 2.0;
+    }
+    return area;
+}
+
 } // namespace
 
 const std::vector<std::string>& zoneKinds() {
@@ -58,7 +71,8 @@ ZoneReport measureZone(const std::string& kind, const Zone2& zone, const MeshArr
     ZoneReport report;
     report.kind = kind;
     report.numTriangles = arrays.vCorners.size() / 3;
-    report.area = zone.getArea2D();
+    report.area = areaOf(arrays);
+    if (!std::isfinite(report.area)) report.area = zone.getArea2D(); // scales its lengths first
     report.numBorderEdges = static_cast<std::size_t>(
         std::count(arrays.vNeighbours.begin(), arrays.vNeighbours.end(), MeshArrays::noTriangle));
     report.numParts = countParts(arrays);
