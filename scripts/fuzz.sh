@@ -16,7 +16,7 @@ cmake --build --preset fuzz
 rm -rf "$work/corpus"
 mkdir -p "$work/finds"
 python3 scripts/fuzz_seeds.py tests/data "$work/corpus"
-for target in segment_soup_fuzz point_file_fuzz; do
+for target in segment_soup_fuzz zone_soup_fuzz point_file_fuzz; do
     printf '== %s, %s s\n' "$target" "$seconds"
     (cd "$work/finds" && "$work/fuzz/$target" "$work/corpus/$target" -seed=1 -max_total_time="$seconds" -timeout=20 \
         -rss_limit_mb=2048 -malloc_limit_mb=512 -max_len=4096 -print_final_stats=1 \

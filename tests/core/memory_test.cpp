@@ -1,51 +1,15 @@
 #include "Kivo_2D.h"
 #include "tests/support/capture.h"
 #include "tests/support/expectSound.h"
+#include "tests/support/memoryLimit.h"
 #include "tests/support/nastySets.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <gtest/gtest.h>
-#include <new>
 
 using namespace TESK_KIVO2D;
 using doubles::Points;
 using doubles::Rng;
-
-namespace {
-
-// Allocations that succeed from now on; negative: all.
-long numLeft = -1;
-bool bStaysOut = false;
-
-struct MemoryLimit {
-    MemoryLimit(long numAllocations, bool bForGood) {
-        numLeft = numAllocations;
-        bStaysOut = bForGood;
-    }
-    ~MemoryLimit() { numLeft = -1; }
-};
-
-bool runsOut() {
-    if (numLeft < 0) return false;
-    if (numLeft > 0) {
-        --numLeft;
-        return false;
-    }
-    if (!bStaysOut) numLeft = -1;
-    return true;
-}
-
-} // namespace
-
-// Not inlined: g++ would take free for a mistake.
-[[gnu::noinline]] void* operator new(std::size_t numBytes) {
-    void* const p = runsOut() ? nullptr : std::malloc(numBytes == 0 ? 1 : numBytes);
-    if (p == nullptr) throw std::bad_alloc();
-    return p;
-}
-[[gnu::noinline]] void operator delete(void* p) noexcept { std::free(p); }
-[[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
 TEST(MemoryThatRunsOut, leavesASoundTriangulationWithAllThatTheClientHolds) {
     Rng rng(31);

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdlib>
+#include <new>
+
+// Memory that runs out on purpose. For one source of a program: it replaces the program's operator new.
+
+namespace memoryLimit {
+
+// Allocations that succeed from now on; negative: all.
+inline long numLeft = -1;
+inline bool bStaysOut = false;
+
+inline bool runsOut() {
+    if (numLeft < 0) return false;
+    if (numLeft > 0) {
+        --numLeft;
+        return false;
+    }
+    if (!bStaysOut) numLeft = -1;
+    return true;
+}
+
+} // namespace memoryLimit
+
+// While it lives so many allocations succeed; then one fails, or all.
+struct MemoryLimit {
+    MemoryLimit(long numAllocations, bool bForGood) {
+        memoryLimit::numLeft = numAllocations;
+        memoryLimit::bStaysOut = bForGood;
+    }
+    ~MemoryLimit() { memoryLimit::numLeft = -1; }
+};
+
+// Not inlined: g++ would take free for a mistake.
+[[gnu::noinline]] void* operator new(std::size_t numBytes) {
+    void* const p = memoryLimit::runsOut() ? nullptr : std::malloc(numBytes == 0 ? 1 : numBytes);
+    if (p == nullptr) throw std::bad_alloc();
+    return p;
+}
+[[gnu::noinline]] void operator delete(void* p) noexcept { std::free(p); }
+[[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept { std::free(p); }
