@@ -34,7 +34,7 @@ window.Kivo = window.Kivo || {};
     const triangleVertexShader = `
         uniform usampler2D corners;
         flat out vec3 normalX, normalY, offset;  // of the three edges; distances are positive inside
-        flat out float radius, size;             // of the inscribed circle; root of the area; in CSS pixels
+        flat out float size, extent;             // root of the area, longest edge; in CSS pixels
         void setEdge(int i, vec2 a, vec2 b) {
             vec2 along = b - a;
             vec2 normal = vec2(-along.y, along.x) * inversesqrt(max(dot(along, along), 1e-30));
@@ -50,9 +50,8 @@ window.Kivo = window.Kivo || {};
             setEdge(1, p2, p0);
             setEdge(2, p0, p1);
             vec2 u = p1 - p0, v = p2 - p0;
-            float area = abs(u.x * v.y - u.y * v.x);
-            radius = area / max(length(u) + length(v) + length(u - v), 1e-30) / ratio;
-            size = sqrt(0.5 * area) / ratio;
+            size = sqrt(0.5 * abs(u.x * v.y - u.y * v.x)) / ratio;
+            extent = max(length(u), max(length(v), length(u - v))) / ratio;
             vec2 position = (corner == 0 ? p0 : corner == 1 ? p1 : p2) / halfSize;
             if (isFar(min(p0, min(p1, p2)), max(p0, max(p1, p2)))) {
                 vec3 largest = offset + abs(normalX) * halfSize.x + abs(normalY) * halfSize.y;
@@ -62,20 +61,22 @@ window.Kivo = window.Kivo || {};
             gl_Position = vec4(position, 0.0, 1.0);
         }`;
 
-    // Edges of triangles smaller than a pixel would be noise: there their mean shade is drawn instead.
+    // Edges of triangles smaller than a pixel would be noise. A shade takes their place, a little darker where the
+    // triangles are smaller.
     const triangleFragmentShader = `
         uniform vec4 fillColor, edgeColor;
         flat in vec3 normalX, normalY, offset;
-        flat in float radius, size;
+        flat in float size, extent;
         out vec4 color;
         void main() {
             vec2 pixel = gl_FragCoord.xy - halfSize;
             vec3 distances = normalX * pixel.x + normalY * pixel.y + offset;
             float nearest = min(distances.x, min(distances.y, distances.z));
             if (nearest < -1.0) discard;
-            float line = clamp(0.5 * ratio + 0.5 - nearest, 0.0, 1.0);
-            float strength = mix(0.4, 1.0, smoothstep(2.0, 18.0, size));
-            float shade = mix(0.6, line, smoothstep(0.3, 1.6, radius)) * strength;
+            float line = clamp(0.5 * ratio + 0.5 - abs(nearest), 0.0, 1.0);
+            float strength = mix(0.4, 1.0, smoothstep(3.0, 24.0, sqrt(size * extent)));
+            float mean = 0.24 + 0.03 * clamp(-log2(size), 0.0, 8.0);
+            float shade = mix(mean, line * strength, smoothstep(0.6, 3.0, size));
             color = mix(fillColor, vec4(edgeColor.rgb, 1.0), shade * edgeColor.a);
         }`;
 
