@@ -93,6 +93,12 @@ int main(int argc, char** argv) {
     Grid zone(4, 3);
     zone.content.bZone = true;
     write(std::move(zone), "zone", "A zone");
+    const auto slant = [](double& x, double& y) {
+        const double shift = 0.21 * x;
+        x += 0.37 * y;
+        y += shift;
+    };
+    write(std::move(Grid(4, 3).constrain(1).move(slant)), "slanted", "Slanted");
     // A map's coordinates: the offset takes most of the digits.
     const auto toMap = [](double& x, double& y) {
         x = 446831.25 + x * 0.5;
