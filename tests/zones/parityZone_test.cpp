@@ -86,8 +86,9 @@ TEST(ParityZone, ofRingsFollowsTheEvenOddRule) {
         if (!vTogether.empty()) soup.add(rng, vTogether);
         if (!soup.kivo.is2D()) continue;
         const Triangles vOdd = oracle::withOddCrossings(soup.all(), oracle::leavesOf(soup.vGraphs));
-        if (seed % 2 == 0) // on a lattice no crossing is rounded
+        if (seed % 2 == 0) { // on a lattice no crossing is rounded
             EXPECT_EQ(oracle::withOddCrossings(soup.all(), soup.vGiven), vOdd);
+        }
         EXPECT_EQ(oracle::oddlyEnclosed(soup.kivo, soup.vGraphs), vOdd);
         expectParityZone(soup, {}, vOdd);
         disturb(soup.kivo, rng, soup.vGraphs, 8);
