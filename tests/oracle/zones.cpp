@@ -102,13 +102,16 @@ Triangles selected(const Triangles& vTriangles, const Segments& vSegments, Predi
     return vInside;
 }
 
-std::map<Triangle2*, std::size_t> depths(const Kivo_2D& kivo, const Graphs& vGraphs) {
+// Of all ways from outside the hull the one that crosses the fewest edges that block.
+std::map<Triangle2*, std::size_t> depths(const Kivo_2D& kivo, const Graphs& vGraphs,
+                                         bool (*blocks)(std::size_t)) {
     const EdgeCounts mCounts = countsOf(vGraphs);
     std::map<Triangle2*, std::size_t> mDepths;
     std::multimap<std::size_t, Triangle2*> mQueue;
     const auto push = [&](std::size_t depth, const VertexPair& edge, Triangle2* pT) {
         const auto count = mCounts.find(undirected(edge.first, edge.second));
-        if (pT != nullptr) mQueue.emplace(depth + (count == mCounts.end() ? 0 : count->second), pT);
+        if (pT != nullptr)
+            mQueue.emplace(depth + (count != mCounts.end() && blocks(count->second) ? 1 : 0), pT);
     };
     for (Triangle2* pT : allTriangles(kivo))
         for (int i = 0; i < 3; ++i)
@@ -156,7 +159,7 @@ Triangles reachedFrom(Side side, const Kivo_2D& kivo, const Graphs& vGraphs) {
     for (ConstraintGraph2* pGraph : vGraphs) {
         EdgeCounts mCounts = countsOf({pGraph});
         for (auto [p, q] : directedLeaves(pGraph)) {
-            if (side == LEFT && mCounts[undirected(p, q)] > 1) continue;
+            if (mCounts[undirected(p, q)] > 1) continue;
             if (side == RIGHT) std::swap(p, q);
             if (const auto left = mLeft.find({p, q}); left != mLeft.end()) vStarts.push_back(left->second);
         }
@@ -168,14 +171,14 @@ Triangles reachedFrom(Triangle2* pStart, const Graphs& vGraphs) { return flood({
 
 Triangles oddlyEnclosed(const Kivo_2D& kivo, const Graphs& vGraphs) {
     Triangles vInside;
-    for (const auto& [pT, depth] : depths(kivo, vGraphs))
+    for (const auto& [pT, depth] : depths(kivo, vGraphs, [](std::size_t count) { return count % 2 != 0; }))
         if (depth % 2 != 0) vInside.push_back(pT);
     return vInside;
 }
 
 Triangles enclosed(const Kivo_2D& kivo, const Graphs& vGraphs) {
     Triangles vInside;
-    for (const auto& [pT, depth] : depths(kivo, vGraphs))
+    for (const auto& [pT, depth] : depths(kivo, vGraphs, [](std::size_t) { return true; }))
         if (depth != 0) vInside.push_back(pT);
     return vInside;
 }
@@ -211,19 +214,19 @@ double areaOf(const Segments& vRing) {
 double parityArea(const std::vector<Segments>& vRings) {
     double area = 0;
     for (const Segments& ring : vRings) {
-        // A triangle without size, whose centre lies inside the first edge.
-        Point2 p = ring[0].getSrc(), q = ring[0].getTrg();
-        Triangle2 triangle;
-        triangle.relink(&p, &q, &q, nullptr, nullptr, nullptr);
-        std::size_t numAround = 0;
+        const Point2 p = ring[0].getSrc(), q = ring[0].getTrg();
+        const Point2 middle((p.x() + q.x()) / 2, (p.y() + q.y()) / 2);
+        bool bHole = false;
         for (const Segments& other : vRings) {
-            Bbox2 box;
-            for (const Segment2& s : other)
-                box.add(s.getSrc());
-            if (&other != &ring && box.isInBox(p) && box.isInBox(q))
-                numAround += withOddCrossings({&triangle}, other).size();
+            if (&other == &ring) continue;
+            for (const Segment2& s : other) {
+                const bool bUpwards = s.getSrc().y() <= middle.y();
+                if (bUpwards != (s.getTrg().y() <= middle.y()) &&
+                    orientation(s.getSrc(), s.getTrg(), middle) == (bUpwards ? 1 : -1))
+                    bHole = !bHole;
+            }
         }
-        area += (numAround % 2 == 0 ? 1 : -1) * std::abs(areaOf(ring));
+        area += (bHole ? -1 : 1) * std::abs(areaOf(ring));
     }
     return area;
 }

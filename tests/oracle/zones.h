@@ -24,14 +24,15 @@ Segments leavesOf(const Graphs& vGraphs);
 Triangles withWindingNumber(const Triangles& vTriangles, const Segments& vRings, bool (*isInside)(int));
 Triangles withOddCrossings(const Triangles& vTriangles, const Segments& vRings);
 
-// What is reached from the left, or right, side of the directed leaves without crossing one. On the left, a
-// leaf that its graph has more than once is no start.
+// What is reached from the left, or right, side of the directed leaves without crossing one. A leaf that its
+// graph has more than once is no start.
 enum Side { LEFT, RIGHT };
 Triangles reachedFrom(Side side, const TESK_KIVO2D::Kivo_2D& kivo, const Graphs& vGraphs);
 // From the centre of the triangle.
 Triangles reachedFrom(TESK_KIVO2D::Triangle2* pStart, const Graphs& vGraphs);
 
-// The least number of leaves, with multiplicity, on a way from outside the hull: odd, or not 0.
+// The least number of edges to cross on a way from outside the hull: odd, where an edge counts that an odd
+// number of leaves run along; or not 0, where each of them counts.
 Triangles oddlyEnclosed(const TESK_KIVO2D::Kivo_2D& kivo, const Graphs& vGraphs);
 Triangles enclosed(const TESK_KIVO2D::Kivo_2D& kivo, const Graphs& vGraphs);
 

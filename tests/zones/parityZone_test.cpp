@@ -21,8 +21,7 @@ struct Soup {
             for (Segment2& s : vSegments)
                 if (rng() % 2 == 0) s.swapSrcTrg();
         vGiven = joined(vGiven, vSegments);
-        vGraphs.push_back(
-            zoned::add(kivo, vSegments, rng() % 2 != 0, ConstraintInsertionStrategy(rng() % 2)));
+        vGraphs.push_back(zoned::add(kivo, vSegments, rng() % 2 != 0));
     }
     Triangles all() const { return oracle::allTriangles(kivo); }
 };
@@ -119,10 +118,11 @@ TEST(ParityZone, keepsOpenEndsAndLeavesHolesOut) {
         const Triangles vEnclosed = without(oracle::enclosed(soup.kivo, soup.vGraphs), soup, vHoles);
         const CapturedMessages captured;
         Zone2* const pEnclosed = soup.kivo.createEnclosedZone(soup.vGraphs, vHoles);
-        if (vEnclosed.empty())
+        if (vEnclosed.empty()) {
             EXPECT_EQ(nullptr, pEnclosed);
-        else
+        } else {
             expectZone(soup.kivo, pEnclosed, vEnclosed);
+        }
     }
 }
 
@@ -137,8 +137,8 @@ TEST(ParityZone, ofAMapWithBordersGivenOnceIsACheckerboardAndTheEnclosedOneTheWh
     ConstraintGraph2* const pGrid = add(kivo, vGrid, false);
     Zone2* const pParity = kivo.createParityZone({pGrid});
     Zone2* const pEnclosed = kivo.createEnclosedZone({pGrid}, {{1.5, 1.5}});
-    EXPECT_EQ(12, pParity->getArea2D()) << "the cells at the rim";
-    EXPECT_EQ(15, pEnclosed->getArea2D());
+    expectNearArea(12, pParity->getArea2D()); // the cells at the rim
+    expectNearArea(15, pEnclosed->getArea2D());
     expectZone(kivo, pParity, oracle::oddlyEnclosed(kivo, {pGrid}));
 }
 
@@ -151,5 +151,5 @@ TEST(ParityZone, ofPendingSegmentsAppliesThemFirst) {
     kivo.insert({{-9, -9}, {9, -9}, {0, 9}});
     const Zone2* const pZone = kivo.createParityZone({pLine, add(kivo, vRest)});
     ASSERT_NE(nullptr, pZone);
-    EXPECT_EQ(6, pZone->getArea2D());
+    expectNearArea(6, pZone->getArea2D());
 }

@@ -74,7 +74,7 @@ TEST(Zone, ofASquareIsTheSameInEitherDirectionAndOrder) {
         if (way >= 4) // each in a direction of its own
             vRing[1].swapSrcTrg(), vRing[2].swapSrcTrg();
         const auto [pInside, pOutside] = sidesOf(kivo, add(kivo, vRing, way % 3 == 0));
-        EXPECT_EQ(4, pInside->getArea2D()) << way;
+        expectNearArea(4, pInside->getArea2D());
         EXPECT_EQ(4u, pInside->getNumberOfTriangles());
         expectPartition(kivo, pInside, pOutside);
         std::vector<Segment2> vBoundary;
@@ -85,12 +85,12 @@ TEST(Zone, ofASquareIsTheSameInEitherDirectionAndOrder) {
 
 TEST(Zone, ofARingThatIsTheHullHasNothingOutside) {
     Kivo_2D kivo;
-    ConstraintGraph2* const pGraph = add(kivo, square(0, 0, 2));
-    const auto [pInside, pOutside] = sidesOf(kivo, pGraph);
+    const auto [pInside, pOutside] = sidesOf(kivo, add(kivo, square(0, 0, 2)));
     expectZone(kivo, pInside, oracle::allTriangles(kivo));
     const CapturedMessages captured;
-    expectZone(kivo, pOutside, {});
+    EXPECT_EQ(0u, pOutside->getNumberOfTriangles());
     EXPECT_EQ("", captured.output() + captured.error());
+    expectZone(kivo, pOutside, {});
 }
 
 TEST(Zone, ofOneGraphWithHolesLiesLeftOfAllItsRings) {
@@ -129,8 +129,8 @@ TEST(Zone, ofSeveralRingsLiesLeftOfEachHoweverTheyTouchNestOrCross) {
         bool bOutsideIsRest;
     } aCases[] = {{"apart", square(6, 1, 2), 20, true},
                   {"vertex shared", square(4, 4, 2), 20, true},
-                  {"edge shared", square(4, 0, 4), 32, true},
-                  {"part of an edge shared", square(4, 1, 2), 20, true},
+                  {"edge shared", square(4, 0, 4), 32, false},
+                  {"part of an edge shared", square(4, 1, 2), 20, false},
                   {"vertex on an edge", ringOf({{4, 2}, {6, 1}, {6, 3}}), 18, true},
                   {"crossing", square(2, 2, 4), 28, false},
                   {"nested", square(1, 1, 2), 16, false},

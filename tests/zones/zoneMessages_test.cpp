@@ -274,7 +274,8 @@ TEST_F(Zones, areDrawn) {
         };
         const std::string sparse = draw([&](Visualizer2& vis) {
             for (const Segment2& segment : oracle::leavesOf({pRing}))
-                vis.addObject(segment, Color(CRED, 0.5F, false));
+                vis.addObject(segment, Color(CRED, bWithConstraints ? 0.5F : 0.001F, false));
+            if (!bWithConstraints) return;
             for (const Segment2& segment : oracle::leavesOf({pOther, pOpen}))
                 vis.addObject(segment, Color(CRED, 0.001F, false));
             vis.addObject(Segment2({10, 10}, {11, 11}), Color(CRED, 0.001F, false));
