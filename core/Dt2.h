@@ -131,6 +131,7 @@ private:
     ConstraintGraph2* fixEdges(const std::vector<PointerPair>& vEdges) override;
 
     std::vector<Triangle2*> trianglesFor(const Zone2* pZone);
+    bool hasSome(const std::vector<Triangle2*>& vTriangles, const std::string& target) const;
     bool fillArrays(const std::vector<Triangle2*>& vTriangles, bool bNeighbours, MeshArrays& arrays);
 
     std::string name;

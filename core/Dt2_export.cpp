@@ -19,7 +19,7 @@ bool Dt2::isOwn(const Zone2* pZone, const char* location) const {
     return false;
 }
 
-// Empty, after a message, when there is nothing to export.
+// Empty when there is nothing to export.
 std::vector<Triangle2*> Dt2::trianglesFor(const Zone2* pZone) {
     std::vector<Triangle2*> vTriangles;
     if (!is2D()) {
@@ -32,13 +32,16 @@ std::vector<Triangle2*> Dt2::trianglesFor(const Zone2* pZone) {
         const ZoneEvaluation evaluation(*this);
         evaluation.setOf(*pZone).appendTo(vTriangles);
     }
-    if (vTriangles.empty()) reportWarning("Dt2::show()", "The zone has no triangles, nothing to export");
     return vTriangles;
 }
 
+// False, after a message, when a zone has nothing to write to the target.
+bool Dt2::hasSome(const std::vector<Triangle2*>& vTriangles, const std::string& target) const {
+    if (vTriangles.empty() && is2D()) reportWarning(target, "There are no triangles to write");
+    return !vTriangles.empty();
+}
+
 bool Dt2::fillArrays(const std::vector<Triangle2*>& vTriangles, bool bNeighbours, MeshArrays& arrays) {
-    arrays = {};
-    if (vTriangles.empty()) return false;
     if (fillMeshArrays(store, vTriangles, bNeighbours, arrays)) return true;
     reportError("Dt2::show()", "More triangles or vertices than 32 bits can number, nothing to export");
     return false;
@@ -49,14 +52,16 @@ void Dt2::getMeshArrays(MeshArrays& arrays, const Zone2* pZone) {
 }
 
 bool Dt2::writeObj(const std::string& filename, const Zone2* pZone) {
+    const std::vector<Triangle2*> vTriangles = trianglesFor(pZone);
     MeshArrays arrays;
-    return fillArrays(trianglesFor(pZone), false, arrays) && writeObjFile(filename, arrays);
+    return hasSome(vTriangles, filename) && fillArrays(vTriangles, false, arrays) &&
+           writeObjFile(filename, arrays);
 }
 
 bool Dt2::writeWebScene(const std::string& path, const Zone2* pZone) {
     const std::vector<Triangle2*> vTriangles = trianglesFor(pZone);
     SceneContent scene;
-    if (!fillArrays(vTriangles, true, scene.mesh)) return false;
+    if (!hasSome(vTriangles, path) || !fillArrays(vTriangles, true, scene.mesh)) return false;
     scene.bZone = pZone != nullptr;
     scene.title = name;
     const RecordNumbers<Triangle2> records = store.triangleNumbers();

@@ -57,18 +57,6 @@ Zone2* combine(Zone2* pZone0, Zone2* pZone1, ZoneLocation zoneLoc, const char* l
     return dt.zoneRegistry().createResultZone(zoneLoc, pZone0, pZone1);
 }
 
-Zone2* peelOff(const Zone2& zone, UserPredicateT& predicate) {
-    ZoneHost& dt = ZoneRegistry::hostOf(zone);
-    const ZoneEvaluation evaluation(dt);
-    TriangleSet triangles = evaluation.setOf(zone);
-    if (triangles.empty()) {
-        reportWarning("peelOffIf()", "Input zone is empty, returning NULL");
-        return nullptr;
-    }
-    peel(triangles, predicate);
-    return dt.zoneRegistry().createGrownZone(triangles);
-}
-
 } // namespace
 
 Zone2* zoneUnion(Zone2* pZone0, Zone2* pZone1) {
@@ -97,8 +85,16 @@ Zone2* peelOffIf(Zone2* pZone, UserPredicateT* pPredicate, bool bVerbose) {
         reportWarning("peelOffIf()", "The predicate is NULL, returning NULL");
         return nullptr;
     }
+    ZoneHost& dt = ZoneRegistry::hostOf(*pZone);
+    const ZoneEvaluation evaluation(dt);
+    TriangleSet triangles = evaluation.setOf(*pZone);
+    if (triangles.empty()) {
+        reportWarning("peelOffIf()", "Input zone is empty, returning NULL");
+        return nullptr;
+    }
     if (bVerbose) printNumbers("\nZone2::peelOffIf(), original Zone:", *pZone);
-    Zone2* const pPeeled = peelOff(*pZone, *pPredicate);
+    peel(triangles, *pPredicate);
+    Zone2* const pPeeled = dt.zoneRegistry().createGrownZone(triangles);
     if (bVerbose && pPeeled != nullptr) printNumbers("Output Zone:", *pPeeled);
     return pPeeled;
 }

@@ -42,7 +42,8 @@ window.Kivo = window.Kivo || {};
         return offset;
     }
 
-    // Centre and half the larger extent. Written so that coordinates near the ends of the doubles work too.
+    // Centre and half the larger extent; half the box and the step from one double to the next where these are largest,
+    // both in units of the latter. Written so that coordinates near the ends of the doubles work too.
     function frameOf(coordinates) {
         let minX = Infinity, minY = Infinity, maxX = -Infinity, maxY = -Infinity;
         for (let i = 0; i < coordinates.length; i += 2) {
@@ -58,6 +59,7 @@ window.Kivo = window.Kivo || {};
         return {
             centerX: minX + halfWidth, centerY: minY + halfHeight, scale,
             halfWidth: halfWidth / scale, halfHeight: halfHeight / scale,
+            step: Math.max(-minX, maxX, -minY, maxY) / scale * Number.EPSILON,
         };
     }
 

@@ -20,62 +20,100 @@ window.Kivo = window.Kivo || {};
         uniform float scale;    // pixels per unit
         uniform vec2 halfSize;  // of the canvas
         uniform float ratio;    // device pixels per CSS pixel
+        uniform float one;      // 1, but no compiler knows
         const float far = 16384.0;  // pixels; rasterizers lose precision beyond
         ivec2 texelOf(int number) { return ivec2(number & ${(1 << shift) - 1}, number >> ${shift}); }
-        vec2 pixelOf(uint vertex) {
-            vec4 p = texelFetch(positions, texelOf(int(vertex)), 0);
-            return ((p.xy - center.xy) + (p.zw - center.zw)) * scale;
+        vec4 positionOf(uint vertex) { return texelFetch(positions, texelOf(int(vertex)), 0); }
+        vec2 pixelOf(vec4 p) { return ((p.xy - center.xy) + (p.zw - center.zw)) * scale; }
+
+        // Numbers as the sum of a high and a low part, after Dekker. The factor keeps compilers from simplifying what
+        // would be zero without rounding.
+        vec2 sum(float a, float b) {
+            float s = a + b, t = s * one - a;
+            return vec2(s, (a - (s - t)) + (b - t));
+        }
+        vec2 halves(float a) {
+            float t = 4097.0 * a, high = t * one - (t - a);
+            return vec2(high, a - high);
+        }
+        vec2 add(vec2 a, vec2 b) {
+            vec2 s = sum(a.x, b.x);
+            return sum(s.x, s.y + (a.y + b.y));
+        }
+        vec2 multiply(vec2 a, vec2 b) {
+            float p = a.x * b.x;
+            vec2 u = halves(a.x), v = halves(b.x);
+            float rest = ((u.x * v.x - p * one) + u.x * v.y + u.y * v.x) + u.y * v.y;
+            return sum(p, rest + (a.x * b.y + a.y * b.x));
+        }
+        // Normal and offset of the line from p to q, in pixels, positive to its left: right to a fraction of a pixel
+        // however far the two are.
+        vec3 lineThrough(vec4 p, vec4 q) {
+            vec2 x = add(p.xz, -center.xz), y = add(p.yw, -center.yw);
+            vec2 dx = add(q.xz, -p.xz), dy = add(q.yw, -p.yw);
+            vec2 turn = add(multiply(dy, x), -multiply(dx, y));
+            return vec3(-dy.x, dx.x, turn.x * scale) * inversesqrt(max(dx.x * dx.x + dy.x * dy.x, 1e-30));
         }
         bool isFar(vec2 low, vec2 high) { return any(greaterThan(max(-low, high), vec2(far))); }
     `;
 
     // A triangle that reaches far beyond the view is replaced by one that just covers the view: its own edges cut
-    // off what is outside, with the precision of the edge's nearer end.
+    // off what is outside.
     const triangleVertexShader = `
         uniform usampler2D corners;
-        flat out vec3 normalX, normalY, offset;  // of the three edges; distances are positive inside
-        flat out float radius, size;             // of the inscribed circle; root of the area; in CSS pixels
-        void setEdge(int i, vec2 a, vec2 b) {
+        flat out vec3 lines[3];       // normals and offsets of the edges; distances are positive inside
+        flat out float size, extent;  // root of the area, longest edge; in CSS pixels
+        vec3 roughLine(vec2 a, vec2 b) {
             vec2 along = b - a;
             vec2 normal = vec2(-along.y, along.x) * inversesqrt(max(dot(along, along), 1e-30));
-            normalX[i] = normal.x;
-            normalY[i] = normal.y;
-            offset[i] = -dot(normal, dot(a, a) < dot(b, b) ? a : b);
+            return vec3(normal, -dot(normal, a));
+        }
+        float largest(vec3 line) { return line.z + dot(abs(line.xy), halfSize); }
+        bool isVisible(float tolerance) {
+            return min(largest(lines[0]), min(largest(lines[1]), largest(lines[2]))) > -tolerance;
         }
         void main() {
             uvec3 c = texelFetch(corners, texelOf(gl_VertexID / 3), 0).xyz;
             int corner = gl_VertexID % 3;
-            vec2 p0 = pixelOf(c.x), p1 = pixelOf(c.y), p2 = pixelOf(c.z);
-            setEdge(0, p1, p2);
-            setEdge(1, p2, p0);
-            setEdge(2, p0, p1);
+            vec4 c0 = positionOf(c.x), c1 = positionOf(c.y), c2 = positionOf(c.z);
+            vec2 p0 = pixelOf(c0), p1 = pixelOf(c1), p2 = pixelOf(c2);
+            lines[0] = roughLine(p1, p2);
+            lines[1] = roughLine(p2, p0);
+            lines[2] = roughLine(p0, p1);
             vec2 u = p1 - p0, v = p2 - p0;
-            float area = abs(u.x * v.y - u.y * v.x);
-            radius = area / max(length(u) + length(v) + length(u - v), 1e-30) / ratio;
-            size = sqrt(0.5 * area) / ratio;
+            size = sqrt(0.5 * abs(u.x * v.y - u.y * v.x)) / ratio;
+            extent = max(length(u), max(length(v), length(u - v))) / ratio;
             vec2 position = (corner == 0 ? p0 : corner == 1 ? p1 : p2) / halfSize;
-            if (isFar(min(p0, min(p1, p2)), max(p0, max(p1, p2)))) {
-                vec3 largest = offset + abs(normalX) * halfSize.x + abs(normalY) * halfSize.y;
-                bool visible = all(greaterThan(largest, vec3(-1.0)));
+            vec2 low = min(p0, min(p1, p2)), high = max(p0, max(p1, p2));
+            if (isFar(low, high)) {
+                vec2 reach = max(abs(low), abs(high));
+                bool visible = isVisible(1.0 + 1e-6 * (reach.x + reach.y));
+                if (visible) {
+                    lines[0] = lineThrough(c1, c2);
+                    lines[1] = lineThrough(c2, c0);
+                    lines[2] = lineThrough(c0, c1);
+                    visible = isVisible(1.0);
+                }
                 position = visible ? vec2(corner == 1 ? 3.0 : -1.0, corner == 2 ? 3.0 : -1.0) : vec2(2.0);
             }
             gl_Position = vec4(position, 0.0, 1.0);
         }`;
 
-    // Edges of triangles smaller than a pixel would be noise: there their mean shade is drawn instead.
+    // Edges of triangles smaller than a pixel would be noise. A shade takes their place, a little darker where the
+    // triangles are smaller.
     const triangleFragmentShader = `
         uniform vec4 fillColor, edgeColor;
-        flat in vec3 normalX, normalY, offset;
-        flat in float radius, size;
+        flat in vec3 lines[3];
+        flat in float size, extent;
         out vec4 color;
         void main() {
-            vec2 pixel = gl_FragCoord.xy - halfSize;
-            vec3 distances = normalX * pixel.x + normalY * pixel.y + offset;
-            float nearest = min(distances.x, min(distances.y, distances.z));
+            vec3 pixel = vec3(gl_FragCoord.xy - halfSize, 1.0);
+            float nearest = min(dot(lines[0], pixel), min(dot(lines[1], pixel), dot(lines[2], pixel)));
             if (nearest < -1.0) discard;
-            float line = clamp(0.5 * ratio + 0.5 - nearest, 0.0, 1.0);
-            float strength = mix(0.4, 1.0, smoothstep(2.0, 18.0, size));
-            float shade = mix(0.6, line, smoothstep(0.3, 1.6, radius)) * strength;
+            float line = clamp(0.5 * ratio + 0.5 - abs(nearest), 0.0, 1.0);
+            float strength = mix(0.4, 1.0, smoothstep(3.0, 24.0, sqrt(size * extent)));
+            float mean = 0.24 + 0.03 * clamp(-log2(size), 0.0, 8.0);
+            float shade = mix(mean, line * strength, smoothstep(0.6, 3.0, size));
             color = mix(fillColor, vec4(edgeColor.rgb, 1.0), shade * edgeColor.a);
         }`;
 
@@ -86,22 +124,20 @@ window.Kivo = window.Kivo || {};
         flat out vec4 segment;
         flat out float reach;  // half the width: chains of segments shorter than a few pixels are drawn finer
         void main() {
-            vec2 a = pixelOf(ends.x), b = pixelOf(ends.y);
-            if (dot(b, b) < dot(a, a)) { vec2 other = a; a = b; b = other; }
-            vec2 d = b - a;
+            vec4 source = positionOf(ends.x), target = positionOf(ends.y);
+            vec2 a = pixelOf(source), b = pixelOf(target), d = b - a;
             float extent = length(d);
             reach = halfWidth * mix(0.6, 1.0, smoothstep(1.0, 12.0, extent / ratio));
             vec2 along = extent > 0.0 ? d / extent : vec2(1.0, 0.0);
             bool visible = true;
-            if (isFar(min(a, b), max(a, b))) {  // keep what crosses a frame a little larger than the view
-                vec2 frame = halfSize + 64.0;
-                vec2 near = (-sign(d) * frame - a) / d, away = (sign(d) * frame - a) / d;
-                if (d.x == 0.0) { near.x = abs(a.x) < frame.x ? 0.0 : 2.0; away.x = 1.0; }
-                if (d.y == 0.0) { near.y = abs(a.y) < frame.y ? 0.0 : 2.0; away.y = 1.0; }
-                float first = max(0.0, max(near.x, near.y)), last = min(1.0, min(away.x, away.y));
-                visible = first <= last;
-                b = a + d * last;
-                a = a + d * first;
+            if (isFar(min(a, b), max(a, b))) {  // only what lies in a circle around the view
+                vec3 line = lineThrough(source, target);
+                float radius = length(halfSize) + 64.0;
+                along = vec2(line.y, -line.x);
+                float first = max(dot(a, along), -radius), last = min(dot(b, along), radius);
+                visible = first <= last && abs(line.z) <= radius;
+                a = along * first - line.xy * line.z;
+                b = along * last - line.xy * line.z;
             }
             segment = vec4(a, b);
             float margin = reach + 1.0;
@@ -270,11 +306,12 @@ window.Kivo = window.Kivo || {};
             this.change();
         }
 
-        // Beyond the limit two neighbouring positions of the mesh would lie pixels apart.
+        // No further than until two neighbouring doubles lie some pixels apart.
         zoomAt(left, top, factor) {
             if (!this.mesh) return;
             const place = this.placeAt(left, top);
-            const units = Math.max(2e-13, Math.min(10 * this.fittedUnits, this.unitsPerPixel / factor));
+            const least = Math.max(2e-13, this.mesh.frame.step / 16);
+            const units = Math.max(least, Math.min(10 * this.fittedUnits, this.unitsPerPixel / factor));
             this.x = place.x - (place.x - this.x) * units / this.unitsPerPixel;
             this.y = place.y - (place.y - this.y) * units / this.unitsPerPixel;
             this.unitsPerPixel = units;
@@ -338,6 +375,7 @@ window.Kivo = window.Kivo || {};
             gl.uniform1f(uniforms.scale, this.ratio / this.unitsPerPixel);
             gl.uniform2f(uniforms.halfSize, this.canvas.width / 2, this.canvas.height / 2);
             gl.uniform1f(uniforms.ratio, this.ratio);
+            gl.uniform1f(uniforms.one, 1);
             return program;
         }
     };

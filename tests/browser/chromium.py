@@ -152,7 +152,7 @@ class Browser:
     def screenshot(self, path):
         """Waits until what was asked to be drawn is drawn."""
         self.evaluate("new Promise(done => requestAnimationFrame(() => requestAnimationFrame(() => done(true))))")
-        png = base64.b64decode(self.call("Page.captureScreenshot")["data"])
+        png = base64.b64decode(self.call("Page.captureScreenshot", optimizeForSpeed=True)["data"])
         with open(path, "wb") as file:
             file.write(png)
         return Picture(png)

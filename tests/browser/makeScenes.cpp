@@ -85,7 +85,7 @@ int main(int argc, char** argv) {
     const auto scaled = [](double scale) {
         return [scale](double& x, double& y) {
             x = (x - 1) * scale;
-            y *= scale;
+            y = (y - 1) * scale;
         };
     };
 
@@ -93,13 +93,19 @@ int main(int argc, char** argv) {
     Grid zone(4, 3);
     zone.content.bZone = true;
     write(std::move(zone), "zone", "A zone");
+    const auto slant = [](double& x, double& y) {
+        const double shift = 0.21 * x;
+        x += 0.37 * y;
+        y += shift;
+    };
+    write(std::move(Grid(4, 3).constrain(1).move(slant)), "slanted", "Slanted");
     // A map's coordinates: the offset takes most of the digits.
     const auto toMap = [](double& x, double& y) {
         x = 446831.25 + x * 0.5;
         y = 5411936.5 + y * 0.5;
     };
-    write(std::move(Grid(200, 150).constrain(75).move(toMap)), "map", "Map");
-    write(std::move(Grid(2, 2).constrain(1).move(scaled(8e307))), "huge", "Huge");
+    write(std::move(Grid(40, 30).constrain(15).move(toMap)), "map", "Map");
+    write(std::move(Grid(2, 2).constrain(1).move(scaled(1.7e308))), "huge", "Huge");
     write(std::move(Grid(2, 2).constrain(1).move(scaled(1e-306))), "tiny", "Tiny");
     write(Grid(0, 0), "empty", "Empty");
     const auto wave = [](double& x, double& y) {
