@@ -1,6 +1,7 @@
 #include "tests/support/files.h"
 #include "tests/support/zoned.h"
 
+#include <cstdio>
 #include <limits>
 #include <sstream>
 
@@ -287,7 +288,8 @@ TEST_F(Zones, areDrawn) {
     EXPECT_NE(std::string::npos, said([&] { pInside->debug("x"); }).find("This is Zone2::debug()"));
     EXPECT_NE(std::string::npos,
               readFile("zone2_debug_x.ps").find("0.3\t0.3\t0.3\tsetrgbcolor\n0.05\tsetlinewidth"));
-    const std::string none = pathOf("none.ps");
+    const std::string none = pathOf("noZone.ps");
+    std::remove(none.c_str());
     EXPECT_NE("", said([&] { zoneDifference(pGlobal, pGlobal)->show(none, true, true); }));
     said([&] { EXPECT_THROW(kivo.createZone(pPending, ZL_INSIDE)->show(none, true, true), KivoException); });
     EXPECT_NE("", said([&] { pInside->show(static_cast<Visualizer2*>(nullptr), true, true); }));
@@ -333,14 +335,16 @@ TEST_F(Zones, writeTheirTrianglesAsObjects) {
     EXPECT_EQ(expected, readFile(path));
     Kivo_2D foreign;
     foreign.insert({{0, 0}, {1, 0}, {0, 1}});
+    const std::string bad = pathOf("badZone.obj");
+    std::remove(bad.c_str());
     Zone2* const pDead = kivo.createZone(pNoGraph, ZL_GLOBAL);
     kivo.deleteZone(pDead);
     for (const Zone2* pBad : {(const Zone2*)nullptr, (const Zone2*)foreign.createZone(pNoGraph, ZL_GLOBAL),
                               (const Zone2*)pDead}) {
         MeshArrays arrays;
-        EXPECT_NE("", said([&] { EXPECT_FALSE(kivo.writeObj(pathOf("bad.obj"), pBad)); }));
+        EXPECT_NE("", said([&] { EXPECT_FALSE(kivo.writeObj(bad, pBad)); }));
         EXPECT_NE("", said([&] { kivo.getMeshArrays(arrays, pBad); }));
         EXPECT_TRUE(arrays.vCorners.empty());
     }
-    EXPECT_FALSE(std::ifstream(pathOf("bad.obj")).is_open());
+    EXPECT_FALSE(std::ifstream(bad).is_open());
 }
