@@ -63,10 +63,8 @@ void addZoneBenchmarks() {
     using namespace TESK_KIVO2D;
     const std::pair<std::string, MakeZone> kinds[] = {
         {"inside", [](Kivo_2D& kivo, ConstraintGraph2* pRing) { return kivo.createZone(pRing, ZL_INSIDE); }},
-        {"grow",
-         [](Kivo_2D& kivo, ConstraintGraph2* pRing) {
-             return kivo.createZone(pRing, ZL_GROW, Point2(0.5, 0.5));
-         }},
+        {"grow", [](Kivo_2D& kivo,
+                    ConstraintGraph2* pRing) { return kivo.createZone(pRing, ZL_GROW, Point2(0.5, 0.5)); }},
         {"union",
          [](Kivo_2D& kivo, ConstraintGraph2* pRing) {
              return zoneUnion(kivo.createZone(pRing, ZL_INSIDE), kivo.createZone(pRing, ZL_OUTSIDE));

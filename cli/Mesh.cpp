@@ -36,7 +36,6 @@ Mesh meshOf(const Kivo_2D& triangulation, const Input& input) {
         mesh.vNumberOf[position] = mesh.vVertices.size() + input.table.firstIndex;
         mesh.vVertices.push_back(vByPosition[position]);
     }
-    triangulation.getTrianglePointers(mesh.vTriangles);
     return mesh;
 }
 

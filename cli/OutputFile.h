@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/errors.h"
+#include "cli/outputFiles.h"
 
 #include <cerrno>
 #include <charconv>
@@ -11,7 +12,8 @@
 
 namespace cli {
 
-// A buffered file that reports every failure, that of closing included: a full disk may show only there.
+// A buffered file that reports every failure, that of closing included: a full disk may show only there. A
+// file that was not closed is taken away.
 // Numbers are the shortest that read back to the same value.
 class OutputFile {
 public:
@@ -24,6 +26,7 @@ public:
     OutputFile& operator=(const OutputFile&) = delete;
     ~OutputFile() {
         if (pFile != nullptr) std::fclose(pFile);
+        if (!bComplete) removeUnfinished(filename);
     }
 
     OutputFile& operator<<(std::string_view text) {
@@ -44,6 +47,7 @@ public:
         std::FILE* const pClosing = pFile;
         pFile = nullptr;
         if (std::fclose(pClosing) != 0) fail();
+        bComplete = true;
     }
 
 private:
@@ -65,6 +69,7 @@ private:
 
     const std::string& filename;
     std::FILE* pFile;
+    bool bComplete = false;
     std::string buffer;
 };
 

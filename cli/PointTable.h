@@ -3,9 +3,13 @@
 #include <Point2.h>
 
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 namespace cli {
+
+// Points are numbered by an int, and so are the corners of triangles in the files that number them.
+constexpr std::size_t MAX_POINTS = std::numeric_limits<int>::max();
 
 // The points of one file with all that the file says about them. A point's custom index is its position here;
 // the triangulation carries it along, and so leads from a vertex back to its heights, attributes and marker.

@@ -5,12 +5,16 @@
 #include "cli/formats.h"
 #include "cli/input.h"
 #include "cli/insertion.h"
+#include "cli/libraryWriters.h"
+#include "cli/outputFiles.h"
 #include "cli/progress.h"
 #include "cli/regions.h"
 #include "cli/writers.h"
+#include "cli/zone.h"
 
 #include <Kivo_2D.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <utility>
@@ -21,6 +25,8 @@ namespace {
 
 using TESK_KIVO2D::Kivo_2D;
 using TESK_KIVO2D::Point2;
+using TESK_KIVO2D::Triangle2;
+using TESK_KIVO2D::Zone2;
 
 class StopWatch {
 public:
@@ -32,13 +38,20 @@ private:
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
 };
 
+bool bringsSegments(const TriangulateOptions& options) {
+    return !options.segments.empty() || canHoldSegments(formatOf(options.input));
+}
+
 // Everything that can be refused is refused before the work, which may be long.
 void checkUsage(const TriangulateOptions& options) {
     for (const std::string& output : options.vOutputs)
         formatOf(output);
-    if (options.bConforming && options.segments.empty() && formatOf(options.input) != FORMAT_POLY) {
-        throw UsageError("--conforming is about segments: give --segments or a .poly file");
-    }
+    const char* const need = bringsSegments(options) ? nullptr
+                             : options.bConforming   ? "--conforming"
+                             : !options.zone.empty() ? "--zone"
+                                                     : nullptr;
+    if (need == nullptr) return;
+    throw UsageError(std::string(need) + " is about segments: give --segments, or a .poly or .geojson file");
 }
 
 void checkOutputs(const std::vector<std::string>& vOutputs, const Input& input) {
@@ -54,6 +67,14 @@ void checkOutputs(const std::vector<std::string>& vOutputs, const Input& input) 
         checkWritable(output);
 }
 
+void checkPictures(const std::vector<std::string>& vOutputs, const Kivo_2D& triangulation) {
+    if (triangulation.is2D()) return;
+    for (const std::string& output : vOutputs) {
+        if (isPicture(formatOf(output)))
+            throw FileError(output, "is not written: all points lie on one line");
+    }
+}
+
 Box boxOf(const std::vector<Point2>& vPoints) {
     const TESK_KIVO2D::Bbox2 box(vPoints.begin(), vPoints.end());
     return {box.get_minX(), box.get_minY(), box.get_maxX(), box.get_maxY()};
@@ -65,7 +86,7 @@ Input readAll(const TriangulateOptions& options, Report& report) {
     report.readTime = watch.seconds();
     report.numPoints = input.numPoints;
     if (!input.table.vPoints.empty()) report.boundingBox = boxOf(input.table.vPoints);
-    if (formatOf(options.input) == FORMAT_POLY || !options.segments.empty()) {
+    if (bringsSegments(options)) {
         report.segments.emplace();
         report.segments->numRead = input.domain.vSegments.size();
         report.segments->numHoles = input.domain.vHoles.size();
@@ -86,9 +107,8 @@ void fillCounts(Report& report, const Kivo_2D& triangulation) {
     report.numHullVertices = vHull.size();
 }
 
-// Returns the pieces of the segments.
-std::vector<ConstraintEdge> insertAll(Kivo_2D& triangulation, const TriangulateOptions& options, Input& input,
-                                      Report& report) {
+Constraints insertAll(Kivo_2D& triangulation, const TriangulateOptions& options, Input& input,
+                      Report& report) {
     const StopWatch pointsWatch;
     const Insertion insertion = insertPoints(triangulation, input, options.input);
     report.numDuplicates = insertion.numDuplicates;
@@ -106,7 +126,7 @@ std::vector<ConstraintEdge> insertAll(Kivo_2D& triangulation, const TriangulateO
     segments.numNewEnds = insertion.numNewEnds;
     segments.numSteinerPoints = constraints.numSteinerPoints;
     segments.numCrossings = constraints.numCrossings;
-    return std::move(constraints.vEdges);
+    return constraints;
 }
 
 void check(const Kivo_2D& triangulation, Report& report) {
@@ -116,14 +136,41 @@ void check(const Kivo_2D& triangulation, Report& report) {
     report.checkTime = watch.seconds();
 }
 
-void writeOutputs(const Kivo_2D& triangulation, const Mesh& mesh, const std::vector<std::string>& vOutputs) {
-    for (const std::string& output : vOutputs) {
-        if (formatOf(output) == FORMAT_PS) {
-            writeDrawing(output, triangulation);
-        } else {
-            writeMesh(output, mesh);
-        }
+Zone2* zoneOf(Kivo_2D& triangulation, const TriangulateOptions& options, const Constraints& constraints,
+              const Input& input) {
+    if (options.zone.empty()) return nullptr;
+    Zone2* const pZone = createZone(triangulation, options.zone, constraints.pGraph, input.domain.vHoles);
+    if (pZone == nullptr) throw FileError(options.input, "the segments enclose nothing");
+    return pZone;
+}
+
+std::vector<double> attributesOf(const Kivo_2D& triangulation, const Zone2* pZone,
+                                 const std::vector<Region>& vRegions, const std::string& name) {
+    if (vRegions.empty()) return {};
+    std::vector<Triangle2*> vTriangles;
+    if (pZone == nullptr) {
+        triangulation.getTrianglePointers(vTriangles);
+    } else {
+        pZone->getTriangles(vTriangles);
     }
+    return attributesOfTriangles(triangulation, vTriangles, vRegions, name);
+}
+
+Mesh collectMesh(const Kivo_2D& triangulation, const Zone2* pZone, const TriangulateOptions& options,
+                 const Input& input) {
+    Mesh mesh;
+    if (!options.vOutputs.empty()) mesh = meshOf(triangulation, input);
+    const bool bTriangles =
+        std::any_of(options.vOutputs.begin(), options.vOutputs.end(),
+                    [](const std::string& output) { return needsTriangles(formatOf(output)); });
+    if (pZone != nullptr) {
+        mesh.bOfZone = true;
+        triangulation.getMeshArrays(mesh.triangles, pZone);
+    } else if (bTriangles && triangulation.is2D()) {
+        triangulation.getMeshArrays(mesh.triangles);
+    }
+    mesh.vTriangleAttributes = attributesOf(triangulation, pZone, input.domain.vRegions, options.input);
+    return mesh;
 }
 
 } // namespace
@@ -137,22 +184,27 @@ Report runTriangulate(const TriangulateOptions& options) {
     Input input = readAll(options, report);
 
     Kivo_2D triangulation(static_cast<unsigned int>(input.table.vPoints.size()));
+    // The heading of a web scene.
+    triangulation.setName(std::filesystem::path(options.input).filename().string());
     report.numThreads = triangulation.setNumCPU(options.numThreads);
     ProgressBar progressBar;
     if (options.bProgress || isErrorStreamTerminal()) {
         triangulation.subscribe(TESK_KIVO2D::MSG_PROGRESS, &progressBar);
     }
-    std::vector<ConstraintEdge> vEdges = insertAll(triangulation, options, input, report);
+    Constraints constraints = insertAll(triangulation, options, input, report);
     fillCounts(report, triangulation);
+    checkPictures(options.vOutputs, triangulation);
+    const StopWatch zoneWatch;
+    const Zone2* const pZone = zoneOf(triangulation, options, constraints, input);
+    if (pZone != nullptr) report.zoneTime = zoneWatch.seconds();
     if (options.bCheck) check(triangulation, report);
     const StopWatch watch;
-    Mesh mesh;
-    if (!options.vOutputs.empty()) mesh = meshOf(triangulation, input);
-    mesh.vEdges = std::move(vEdges);
-    if (!input.domain.vRegions.empty()) {
-        mesh.vTriangleAttributes = attributesOfTriangles(triangulation, input.domain.vRegions, options.input);
+    Mesh mesh = collectMesh(triangulation, pZone, options, input);
+    mesh.vEdges = std::move(constraints.vEdges);
+    if (pZone != nullptr) report.zone = measureZone(options.zone, *pZone, mesh.triangles);
+    for (const std::string& output : options.vOutputs) {
+        if (!writeByLibrary(output, triangulation, pZone)) writeMesh(output, mesh);
     }
-    writeOutputs(triangulation, mesh, options.vOutputs);
     if (!options.vOutputs.empty()) report.writeTime = watch.seconds();
     triangulation.unsubscribe(TESK_KIVO2D::MSG_PROGRESS, &progressBar);
     return report;

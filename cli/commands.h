@@ -11,6 +11,7 @@ namespace cli {
 struct TriangulateOptions {
     std::string input;
     std::string segments; // a file of segments beside the points; empty for none
+    std::string zone;     // one of zoneKinds(); empty for all triangles
     std::vector<std::string> vOutputs;
     bool bFlipY = false;      // the input's y axis points downwards
     bool bConforming = false; // segments are divided until the triangulation is Delaunay

@@ -188,7 +188,7 @@ Constraints insertSegments(Kivo_2D& triangulation, Input& input, const std::vect
     std::vector<Segment2> vSegments;
     for (const Span& span : vSpans)
         vSegments.emplace_back(*span.pSource, *span.pTarget);
-    const ConstraintGraph2* const pGraph = triangulation.createConstraint(vSegments, strategy);
+    constraints.pGraph = triangulation.createConstraint(vSegments, strategy);
     PointTable& table = input.table;
     const std::size_t firstSteiner = addSteinerPoints(triangulation, table);
     constraints.numSteinerPoints = table.vPoints.size() - firstSteiner;
@@ -197,7 +197,7 @@ Constraints insertSegments(Kivo_2D& triangulation, Input& input, const std::vect
         table.bWithMarkers = true;
         table.vMarkers.assign(table.vPoints.size(), 0);
     }
-    constraints.vEdges = collectEdges(*pGraph, vSpans, table, firstSteiner);
+    constraints.vEdges = collectEdges(*constraints.pGraph, vSpans, table, firstSteiner);
     if (triangulation.is2D()) constraints.numMissing = removeMissing(triangulation, constraints.vEdges);
     constraints.numCrossings = countCrossings(constraints.vEdges, firstSteiner, table.vPoints.size());
     return constraints;

@@ -18,6 +18,7 @@ struct ConstraintEdge {
 
 // What became of the segments.
 struct Constraints {
+    TESK_KIVO2D::ConstraintGraph2* pGraph = nullptr; // none where all segments were skipped
     std::vector<ConstraintEdge> vEdges; // segment by segment, along each; a piece of several segments once
     std::size_t numSkipped = 0;         // segments whose ends are one vertex
     std::size_t numMissing = 0;         // pieces that are no edges of the triangulation

@@ -10,7 +10,7 @@ namespace cli {
 
 namespace {
 
-constexpr std::array<std::pair<const char*, FileFormat>, 10> EXTENSIONS{{
+constexpr std::array<std::pair<const char*, FileFormat>, 13> EXTENSIONS{{
     {".xy", FORMAT_XY},
     {".txt", FORMAT_XY},
     {".xyz", FORMAT_XYZ},
@@ -21,6 +21,9 @@ constexpr std::array<std::pair<const char*, FileFormat>, 10> EXTENSIONS{{
     {".ele", FORMAT_ELE},
     {".edge", FORMAT_EDGE},
     {".ps", FORMAT_PS},
+    {".svg", FORMAT_SVG},
+    {".obj", FORMAT_OBJ},
+    {".geojson", FORMAT_GEOJSON},
 }};
 
 std::string lowerCaseExtension(const std::string& filename) {
@@ -34,17 +37,31 @@ std::string lowerCaseExtension(const std::string& filename) {
 } // namespace
 
 FileFormat formatOf(const std::string& filename) {
+    if (filename.size() > 1 && filename.back() == '/') return FORMAT_SCENE;
     const std::string extension = lowerCaseExtension(filename);
     std::string known;
     for (const auto& [name, format] : EXTENSIONS) {
         if (extension == name) return format;
         known += known.empty() ? name : std::string(" ") + name;
     }
-    throw UsageError(filename + ": unknown kind of file; the extension decides: " + known);
+    std::error_code notThere;
+    if (std::filesystem::is_directory(filename, notThere)) return FORMAT_SCENE;
+    throw UsageError(filename + ": unknown kind of file; the extension decides: " + known +
+                     ", or a slash at the end for a folder");
 }
 
 bool holdsBarePoints(FileFormat format) {
-    return format == FORMAT_XY || format == FORMAT_BIN || format == FORMAT_NODE;
+    return format == FORMAT_XY || format == FORMAT_BIN || format == FORMAT_NODE || format == FORMAT_GEOJSON;
+}
+
+bool canHoldSegments(FileFormat format) { return format == FORMAT_POLY || format == FORMAT_GEOJSON; }
+
+bool isPicture(FileFormat format) {
+    return format == FORMAT_PS || format == FORMAT_SVG || format == FORMAT_OBJ || format == FORMAT_SCENE;
+}
+
+bool needsTriangles(FileFormat format) {
+    return format == FORMAT_ELE || format == FORMAT_EDGE || format == FORMAT_SVG || format == FORMAT_GEOJSON;
 }
 
 } // namespace cli

@@ -2,12 +2,11 @@
 
 #include "cli/errors.h"
 #include "cli/formats.h"
+#include "cli/geojsonReader.h"
 #include "cli/nodeReader.h"
 #include "cli/polyReader.h"
 #include "cli/readers.h"
 #include "cli/segmentReader.h"
-
-#include <limits>
 
 namespace cli {
 
@@ -17,7 +16,9 @@ using TESK_KIVO2D::Point2;
 using TESK_KIVO2D::Segment2;
 
 Input readMain(const std::string& filename) {
-    if (formatOf(filename) == FORMAT_POLY) return readPoly(filename);
+    const FileFormat format = formatOf(filename);
+    if (format == FORMAT_POLY) return readPoly(filename);
+    if (format == FORMAT_GEOJSON) return readGeoJson(filename);
     Input input;
     input.table = readPoints(filename);
     input.numPoints = input.table.vPoints.size();
@@ -34,8 +35,7 @@ std::size_t addEnd(PointTable& table, const Point2& end) {
 
 void addSegments(Input& input, const std::string& filename) {
     const std::vector<Segment2> vSegments = readSegments(filename);
-    const auto maxPoints = static_cast<std::size_t>(std::numeric_limits<int>::max());
-    if (vSegments.size() > (maxPoints - input.numPoints) / 2) {
+    if (vSegments.size() > (MAX_POINTS - input.numPoints) / 2) {
         throw FileError(filename, "more ends of segments than can be numbered");
     }
     for (const Segment2& segment : vSegments) {

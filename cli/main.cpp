@@ -1,5 +1,6 @@
 #include "cli/commands.h"
 #include "cli/errors.h"
+#include "cli/zone.h"
 
 #include <CLI/CLI.hpp>
 #include <Kivo_2D.h>
@@ -25,18 +26,26 @@ CLI::App* addTriangulate(CLI::App& app, CommandLine& commandLine) {
     CLI::App* const pCommand = app.add_subcommand(
         "triangulate", "Delaunay triangulation of a file of points, with segments as edges");
     pCommand
-        ->add_option(
-            "IN", options.input,
-            "points: .xy .txt .xyz .bin .node; points and segments: .poly, whose points may be in the "
-            ".node file of the same name")
+        ->add_option("IN", options.input,
+                     "points: .xy .txt .xyz .bin .node; points and segments: .geojson, and .poly, whose "
+                     "points may be in "
+                     "the .node file of the same name")
         ->required();
     pCommand->add_option("--segments", options.segments,
                          "segments that become edges: .seg with \"x1 y1 x2 y2\" a line, or .bin");
     pCommand->add_flag("--conforming", options.bConforming,
                        "divide segments until every triangle's circle is empty, instead of forcing them in");
     pCommand
-        ->add_option("-o,--output", options.vOutputs,
-                     "file to write, may be repeated: .ps .xy .txt .xyz .bin .node .ele .poly .edge .seg")
+        ->add_option(
+            "--zone", options.zone,
+            "write the triangles inside the segments only: \"inside\" counts how often a way out crosses "
+            "them, so that rings in rings are holes; \"enclosed\" takes all that has no way out")
+        ->check(CLI::IsMember(zoneKinds()));
+    pCommand
+        ->add_option(
+            "-o,--output", options.vOutputs,
+            "file to write, may be repeated: .svg .ps .geojson .obj .node .ele .poly .edge .seg .xy .txt "
+            ".xyz .bin, or a folder, with a slash at its end, for a web page that shows the mesh")
         ->type_size(1)
         ->allow_extra_args(false);
     pCommand->add_flag("--flip-y", options.bFlipY,
@@ -52,8 +61,12 @@ CLI::App* addTriangulate(CLI::App& app, CommandLine& commandLine) {
                        "progress on standard error even where that is no terminal");
     pCommand->add_flag("--json", commandLine.bJson, "report as JSON");
     pCommand->footer(
-        "All of the convex hull is triangulated, holes included; a .poly output hands holes and regions on.\n"
-        "A region point's attribute goes to all triangles (.ele) that it reaches without crossing a "
+        "The whole convex hull is triangulated; --zone picks the triangles that are written and drawn, "
+        "without the "
+        "holes of a .poly file.\n"
+        "Points and segments are written whole in any case (.node .poly .seg and files of points).\n"
+        "A region point's attribute goes to all triangles (.ele, .geojson) that it reaches without crossing "
+        "a "
         "segment.\n"
         "New vertices on a segment inherit its marker, and attributes interpolated along it.");
     return pCommand;
@@ -68,7 +81,8 @@ CLI::App* addGenerate(CLI::App& app, CommandLine& commandLine) {
     pCommand->add_option("-n,--count", options.count, "number of points")
         ->required()
         ->check(CLI::Range(0, std::numeric_limits<int>::max()));
-    pCommand->add_option("-o,--output", commandLine.generateOutput, "file to write: .xy .txt .bin .node")
+    pCommand
+        ->add_option("-o,--output", commandLine.generateOutput, "file to write: .xy .txt .bin .node .geojson")
         ->required();
     pCommand->add_option("--seed", options.seed, "start of the random numbers")->capture_default_str();
     pCommand->add_option("--size", options.size, "length of the square's side")

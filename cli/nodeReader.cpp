@@ -1,6 +1,7 @@
 #include "cli/nodeReader.h"
 
 #include "cli/errors.h"
+#include "cli/words.h"
 
 namespace cli {
 
@@ -15,7 +16,7 @@ struct NodeHeader {
 NodeHeader readNodeHeader(TextLines& lines, const std::string& filename) {
     if (!lines.next()) throw FileError(filename, "holds no header line");
     const std::size_t found = lines.getFields().size();
-    if (found > 4) lines.fail(numbers(found) + " in the header, which has at most 4");
+    if (found > 4) lines.fail(counted(found, "number") + " in the header, which has at most 4");
     int aValues[] = {0, 2, 0, 0};
     for (std::size_t i = 0; i < found; ++i)
         aValues[i] = lines.toInt(i);
@@ -46,14 +47,10 @@ void readNodeLine(const TextLines& lines, PointTable& table) {
 
 } // namespace
 
-std::string numbers(std::size_t count) {
-    return std::to_string(count) + (count == 1 ? " number" : " numbers");
-}
-
 void expectFields(const TextLines& lines, std::size_t expected) {
     const std::size_t found = lines.getFields().size();
     if (found == expected) return;
-    lines.fail(numbers(found) + " where " + std::to_string(expected) + " are expected");
+    lines.fail(counted(found, "number") + " where " + std::to_string(expected) + " are expected");
 }
 
 void addPoint(PointTable& table, double x, double y) {

@@ -8,9 +8,6 @@
 
 namespace cli {
 
-// "1 number", "3 numbers".
-std::string numbers(std::size_t count);
-
 // Fails at the current line unless it has so many fields.
 void expectFields(const TextLines& lines, std::size_t expected);
 

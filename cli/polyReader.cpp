@@ -3,6 +3,7 @@
 #include "cli/errors.h"
 #include "cli/nodeReader.h"
 #include "cli/textLines.h"
+#include "cli/words.h"
 
 #include <filesystem>
 
@@ -65,7 +66,8 @@ std::size_t toPosition(const TextLines& lines, std::size_t field, const PointTab
 void readPolySegments(TextLines& lines, const std::string& filename, Input& input) {
     if (!lines.next()) throw FileError(filename, "ends before the number of segments");
     const std::size_t found = lines.getFields().size();
-    if (found > 2) lines.fail(numbers(found) + " where the number of segments and of markers are expected");
+    if (found > 2)
+        lines.fail(counted(found, "number") + " where the number of segments and of markers are expected");
     const std::size_t count = toCount(lines, "segments");
     const int numMarkers = found == 2 ? lines.toInt(1) : 0;
     if (numMarkers != 0 && numMarkers != 1) lines.fail("the number of markers is neither 0 nor 1");

@@ -6,14 +6,9 @@
 #include "cli/nodeReader.h"
 #include "cli/textLines.h"
 
-#include <limits>
-
 namespace cli {
 
 namespace {
-
-// Points are numbered by an int, and so are the corners of triangles in the files that number them.
-constexpr std::size_t MAX_POINTS = std::numeric_limits<int>::max();
 
 PointTable readColumns(const std::string& filename, std::size_t numColumns) {
     const std::string content = readWholeFile(filename);

@@ -38,7 +38,7 @@ public:
         }
     }
 
-    const std::vector<double>& getAttributes() const { return vAttributes; }
+    double getAttribute(const Triangle2* pT) const { return vAttributes[mNumberOf.at(pT)]; }
 
 private:
     void reach(Triangle2* pT, double attribute, std::vector<Triangle2*>& vStack) {
@@ -56,8 +56,9 @@ private:
 
 } // namespace
 
-std::vector<double> attributesOfTriangles(const Kivo_2D& triangulation, const std::vector<Region>& vRegions,
-                                          const std::string& name) {
+std::vector<double> attributesOfTriangles(const Kivo_2D& triangulation,
+                                          const std::vector<Triangle2*>& vWanted,
+                                          const std::vector<Region>& vRegions, const std::string& name) {
     RegionFill regionFill(triangulation);
     for (const Region& region : vRegions) {
         Triangle2* const pT = triangulation.locate(region.point);
@@ -69,7 +70,11 @@ std::vector<double> attributesOfTriangles(const Kivo_2D& triangulation, const st
                      region.point.x(), region.point.y(),
                      pT == nullptr ? "lies in no triangle" : "lies in a region that has an earlier one");
     }
-    return regionFill.getAttributes();
+    std::vector<double> vAttributes;
+    vAttributes.reserve(vWanted.size());
+    for (const Triangle2* pT : vWanted)
+        vAttributes.push_back(regionFill.getAttribute(pT));
+    return vAttributes;
 }
 
 } // namespace cli

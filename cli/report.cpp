@@ -1,4 +1,5 @@
 #include "cli/report.h"
+#include "cli/words.h"
 
 #include <nlohmann/json.hpp>
 
@@ -26,10 +27,11 @@ std::string milliseconds(double seconds) {
 }
 
 using NamedTime = std::pair<const char*, std::optional<double>>;
-std::array<NamedTime, 5> namedTimes(const Report& report) {
+std::array<NamedTime, 6> namedTimes(const Report& report) {
     return {{{"read", report.readTime},
              {"triangulate", report.triangulateTime},
              {"segments", report.segmentsTime},
+             {"zone", report.zoneTime},
              {"check", report.checkTime},
              {"write", report.writeTime}}};
 }
@@ -50,11 +52,6 @@ std::string triangulationLines(const Report& report) {
     text += line("triangles", std::to_string(report.numTriangles));
     text += line("hull", hullText(report));
     return text;
-}
-
-// "1 edge", "0 edges".
-std::string counted(std::size_t count, const char* noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 std::string segmentLines(const SegmentReport& segments) {
@@ -80,6 +77,21 @@ Json segmentsToJson(const SegmentReport& segments) {
             {"regions", segments.numRegions}};
 }
 
+std::string zoneLine(const ZoneReport& zone) {
+    return line("zone", zone.kind + ", " + counted(zone.numTriangles, "triangle") + ", area " +
+                            shortest(zone.area) + ", " + counted(zone.numBorderEdges, "border edge") + ", " +
+                            counted(zone.numParts, "part"));
+}
+
+// An area beyond the doubles becomes null.
+Json zoneToJson(const ZoneReport& zone) {
+    return {{"kind", zone.kind},
+            {"triangles", zone.numTriangles},
+            {"area", zone.area},
+            {"borderEdges", zone.numBorderEdges},
+            {"parts", zone.numParts}};
+}
+
 Json boxToJson(const Box& box) {
     return {{"minX", box.minX}, {"minY", box.minY}, {"maxX", box.maxX}, {"maxY", box.maxY}};
 }
@@ -91,6 +103,7 @@ std::string toText(const Report& report) {
     text += line("points", std::to_string(report.numPoints));
     if (report.bTriangulated) text += triangulationLines(report);
     if (report.segments) text += segmentLines(*report.segments);
+    if (report.zone) text += zoneLine(*report.zone);
     if (report.boundingBox) {
         const Box& box = *report.boundingBox;
         text += line("bounding box", "[" + shortest(box.minX) + ", " + shortest(box.maxX) + "] x [" +
@@ -125,6 +138,7 @@ std::string toJson(const Report& report) {
         json["is2D"] = report.bIs2D;
     }
     if (report.segments) json["segments"] = segmentsToJson(*report.segments);
+    if (report.zone) json["zone"] = zoneToJson(*report.zone);
     json["boundingBox"] = report.boundingBox ? boxToJson(*report.boundingBox) : Json(nullptr);
     if (report.bTriangulated) json["threads"] = report.numThreads;
     if (report.bValid) json["valid"] = *report.bValid;

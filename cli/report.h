@@ -24,6 +24,15 @@ struct SegmentReport {
     std::size_t numRegions = 0;
 };
 
+// The part of the triangulation that was asked for.
+struct ZoneReport {
+    std::string kind;
+    std::size_t numTriangles = 0;
+    double area = 0.0;
+    std::size_t numBorderEdges = 0;
+    std::size_t numParts = 0; // that hang together by edges
+};
+
 // What a run of the command tells on standard output. Times are seconds; what did not take place is not set.
 struct Report {
     std::string command;
@@ -41,11 +50,13 @@ struct Report {
     bool bIs2D = false;
     int numThreads = 1;
     std::optional<SegmentReport> segments; // of inputs that can hold some
+    std::optional<ZoneReport> zone;
     std::optional<bool> bValid;
 
     std::optional<double> readTime;
     std::optional<double> triangulateTime;
     std::optional<double> segmentsTime;
+    std::optional<double> zoneTime;
     std::optional<double> checkTime;
     std::optional<double> writeTime;
 };

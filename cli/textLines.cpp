@@ -22,16 +22,15 @@ std::string_view withoutPlus(std::string_view field) {
     return bPlus ? field.substr(1) : field;
 }
 
-// Fields come from files of any kind; what reaches the terminal is short and printable.
-std::string quoted(std::string_view field) {
-    constexpr std::size_t MAX_SHOWN = 40;
-    std::string text = "'";
-    for (const char c : field.substr(0, MAX_SHOWN))
-        text += c >= ' ' && c <= '~' ? c : '?';
-    return text + (field.size() > MAX_SHOWN ? "...'" : "'");
-}
-
 } // namespace
+
+std::string inQuotes(std::string_view text) {
+    constexpr std::size_t MAX_SHOWN = 40;
+    std::string shown = "'";
+    for (const char c : text.substr(0, MAX_SHOWN))
+        shown += c >= ' ' && c <= '~' ? c : '?';
+    return shown + (text.size() > MAX_SHOWN ? "...'" : "'");
+}
 
 std::string readWholeFile(const std::string& filename) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(filename.c_str(), "rb"),
@@ -91,10 +90,10 @@ double TextLines::toDouble(std::size_t field) const {
     double value = 0.0;
     const auto [pEnd, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error == std::errc::invalid_argument || pEnd != text.data() + text.size()) {
-        fail(quoted(vFields[field]) + " is not a number");
+        fail(inQuotes(vFields[field]) + " is not a number");
     }
-    if (error != std::errc()) fail(quoted(vFields[field]) + " is out of the range of a double");
-    if (!std::isfinite(value)) fail(quoted(vFields[field]) + " is not a finite number");
+    if (error != std::errc()) fail(inQuotes(vFields[field]) + " is out of the range of a double");
+    if (!std::isfinite(value)) fail(inQuotes(vFields[field]) + " is not a finite number");
     return value;
 }
 
@@ -103,7 +102,7 @@ int TextLines::toInt(std::size_t field) const {
     int value = 0;
     const auto [pEnd, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || pEnd != text.data() + text.size()) {
-        fail(quoted(vFields[field]) + " is not a whole number that fits 32 bits");
+        fail(inQuotes(vFields[field]) + " is not a whole number that fits 32 bits");
     }
     return value;
 }

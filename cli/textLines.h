@@ -7,6 +7,9 @@
 
 namespace cli {
 
+// A piece of a file of any kind for a message: short and printable.
+std::string inQuotes(std::string_view text);
+
 // The whole content of a file. Throws `FileError`.
 std::string readWholeFile(const std::string& filename);
 

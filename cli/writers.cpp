@@ -2,16 +2,16 @@
 
 #include "cli/errors.h"
 #include "cli/formats.h"
+#include "cli/geojsonWriter.h"
 #include "cli/meshWriters.h"
+#include "cli/svgWriter.h"
 
 #include <cstdint>
-#include <memory>
 
 namespace cli {
 
 namespace {
 
-using TESK_KIVO2D::Kivo_2D;
 using TESK_KIVO2D::Point2;
 
 double heightOf(const Mesh& mesh, const Point2* pVertex) {
@@ -68,28 +68,16 @@ Writer writerOf(FileFormat format) {
         return &writeEle;
     case FORMAT_EDGE:
         return &writeEdge;
-    case FORMAT_PS:
-        break;
+    case FORMAT_SVG:
+        return &writeSvg;
+    case FORMAT_GEOJSON:
+        return &writeGeoJson;
+    default:
+        return nullptr;
     }
-    return nullptr;
-}
-
-// Only the end is read: drawings are large.
-bool endsWith(const std::string& filename, std::string_view text) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(filename.c_str(), "rb"),
-                                                               &std::fclose);
-    if (!file || std::fseek(file.get(), -static_cast<long>(text.size()), SEEK_END) != 0) return false;
-    std::string end(text.size(), ' ');
-    return std::fread(end.data(), 1, end.size(), file.get()) == end.size() && end == text;
 }
 
 } // namespace
-
-void checkWritable(const std::string& filename) {
-    std::FILE* const pFile = std::fopen(filename.c_str(), "ab");
-    if (pFile == nullptr) throw FileError(filename, "can't be written: " + std::string(std::strerror(errno)));
-    std::fclose(pFile);
-}
 
 void checkHolds(const std::string& filename, const PointTable& table) {
     if (formatOf(filename) == FORMAT_XYZ && table.numAttributes == 0) {
@@ -99,16 +87,10 @@ void checkHolds(const std::string& filename, const PointTable& table) {
 
 void writeMesh(const std::string& filename, const Mesh& mesh) {
     const Writer write = writerOf(formatOf(filename));
-    if (write == nullptr) throw UsageError(filename + ": points alone are not drawn");
+    if (write == nullptr) throw UsageError(filename + ": this kind of file is not written from points alone");
     OutputFile out(filename);
     write(out, mesh);
     out.close();
-}
-
-void writeDrawing(const std::string& filename, const Kivo_2D& triangulation) {
-    if (!triangulation.is2D()) throw FileError(filename, "is not written: all points lie on one line");
-    triangulation.show(filename);
-    if (!endsWith(filename, "%%Trailer\n")) throw FileError(filename, "can't be written completely");
 }
 
 } // namespace cli

@@ -104,6 +104,14 @@ ConstraintSegment2* ConstraintMgr::findOrMake(Point2* p0, Point2* p1, Constraint
     return pCSeg;
 }
 
+ConstraintSegment2* ConstraintMgr::findLiveOrMake(Point2* p0, Point2* p1, ConstraintInsertionStrategy cis) {
+    ConstraintSegment2* const pFound = findOrMake(p0, p1, cis);
+    if (pFound->isAlive()) return pFound;
+    auto* const pCSeg = new (segmentPool.alloc()) ConstraintSegment2(pFound->pSrc, pFound->pTrg, cis);
+    segments.replace(pCSeg);
+    return pCSeg;
+}
+
 void ConstraintMgr::registerSplit(ConstraintSegment2* pParentCSeg, ConstraintSegment2* pCSeg0,
                                   ConstraintSegment2* pCSeg1) const {
     KIVO_ASSERT(!pParentCSeg->isAlive(), "!pParentCSeg->isAlive()");
@@ -127,7 +135,8 @@ void ConstraintMgr::wasSplit(Point2* p, Point2* q, Point2* pSplit) {
 ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<PointerPair>& vPairs,
                                                   ConstraintInsertionStrategy cis, bool bApplyNow) {
     return makeGraph(vPairs,
-                     {cis, false, bApplyNow, "ConstraingMgr::createConstraint", // text kept as it is
+                     {cis, false, bApplyNow ? Application::NOW : Application::LATER,
+                      "ConstraingMgr::createConstraint", // text kept as it is
                       "(0) Identical source and endpoint, a constraint segment has been skipped.", true});
 }
 
@@ -139,15 +148,16 @@ ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<Segment2>& v
 ConstraintGraph2* ConstraintMgr::createConstraint_oriented(const std::vector<Segment2>& vSegments,
                                                            ConstraintInsertionStrategy cis) {
     return makeGraph(insertEnds(vSegments),
-                     {cis, true, true,
+                     {cis, true, Application::NOW,
                       "ConstraingMgr::createConstraint_oriented(vSegments,...)", // text kept as it is
                       "(2) Identical source and endpoint, a constraint segment has been skipped.", false});
 }
 
 ConstraintGraph2* ConstraintMgr::createConstraint_directed(const std::vector<PointerPair>& vPairs,
-                                                           ConstraintInsertionStrategy cis, bool bApplyNow) {
+                                                           ConstraintInsertionStrategy cis) {
     return makeGraph(vPairs,
-                     {cis, true, bApplyNow, "ConstraingMgr::createConstraint()", // text kept as it is
+                     {cis, true, Application::NOT_NEEDED,
+                      "ConstraingMgr::createConstraint()", // text kept as it is
                       "(1) Identical source and endpoint, a constraint segment has been skipped.", false});
 }
 
@@ -188,12 +198,13 @@ ConstraintGraph2* ConstraintMgr::makeGraph(const std::vector<PointerPair>& vPair
         }
         operation.advance();
     }
-    if (order.bApplyNow && bPending && dt.is2D()) apply();
+    const bool bApplyNow = order.application == Application::NOW && dt.is2D();
+    if (bApplyNow && bPending) apply();
     std::vector<ConstraintSegment2*> vCSegs;
     ConstraintGraph2* const pGraph = establish(vPairs, order, vCSegs);
-    if (order.bApplyNow && dt.is2D()) {
+    if (bApplyNow) {
         applyGraph(pGraph, vCSegs, operation);
-    } else {
+    } else if (order.application != Application::NOT_NEEDED) {
         bPending = bPending || !vCSegs.empty();
     }
     operation.finish();
@@ -221,7 +232,9 @@ ConstraintGraph2* ConstraintMgr::establish(const std::vector<PointerPair>& vPair
             if (i + distance < vPairs.size())
                 segments.prefetchSlot(vPairs[i + distance].first, vPairs[i + distance].second);
             if (vPairs[i].first == vPairs[i].second) continue;
-            vCSegs.push_back(findOrMake(vPairs[i].first, vPairs[i].second, order.cis));
+            const auto& [p0, p1] = vPairs[i];
+            const bool bEdges = order.application == Application::NOT_NEEDED;
+            vCSegs.push_back(bEdges ? findLiveOrMake(p0, p1, order.cis) : findOrMake(p0, p1, order.cis));
         }
         pGraph->prepare(vCSegs);
     } catch (...) {

@@ -57,9 +57,10 @@ public:
                                        ConstraintInsertionStrategy cis);
     ConstraintGraph2* createConstraint_oriented(const std::vector<Segment2>& vSegments,
                                                 ConstraintInsertionStrategy cis);
-    // An oriented graph from directed edges between vertices.
+    // An oriented graph from directed edges of the triangulation, which stays as it is. Where such an edge
+    // once was a segment that has been split, beside its line as rounding has it, it gets a new segment.
     ConstraintGraph2* createConstraint_directed(const std::vector<PointerPair>& vPairs,
-                                                ConstraintInsertionStrategy cis, bool bApplyNow = true);
+                                                ConstraintInsertionStrategy cis);
     bool isOwn(const ConstraintGraph2* pGraph) const { return &pGraph->mgr == this; }
 
     // --- application
@@ -94,11 +95,12 @@ private:
     friend class ConstraintGraph2;
 
     using Owner = ConstraintSegment2::Owner;
+    enum class Application { NOW, LATER, NOT_NEEDED };
     // How a graph is made, and what is said of a pair of equal vertices.
     struct GraphOrder {
         ConstraintInsertionStrategy cis;
         bool bOriented;
-        bool bApplyNow;
+        Application application;
         const char* pSkipLocation;
         const char* pSkipMessage;
         bool bPrintsPair;
@@ -108,8 +110,10 @@ private:
     // Builds the filter when the triangulation has become large enough for it.
     void considerFilter();
     void reserveSegments(std::size_t num);
-    // Needs a reserved segment and two reserved vertices.
+    // Both need a reserved segment and two reserved vertices. The second one makes a new segment in place of
+    // one that has been split, which only its graphs and ancestors know from then on.
     ConstraintSegment2* findOrMake(Point2* p0, Point2* p1, ConstraintInsertionStrategy cis);
+    ConstraintSegment2* findLiveOrMake(Point2* p0, Point2* p1, ConstraintInsertionStrategy cis);
     void reserveSplit(ConstraintSegment2* pCSeg, Point2* pSplit);
     void reserveOwners(std::size_t num);
     // One owner graph of each split calls this.

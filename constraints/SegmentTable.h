@@ -100,6 +100,8 @@ public:
         ++numUsed;
         return true;
     }
+    // Puts it in place of the one between its ends.
+    void replace(ConstraintSegment2* pCSeg) { *seek(pCSeg->getSrc(), pCSeg->getTrg()) = slotOf(pCSeg); }
     void prefetchSlot(const Point2* p0, const Point2* p1) const {
         if (numLines == 0) return;
         const Point2* const pLater = std::less<>{}(p1, p0) ? p0 : p1;

@@ -67,7 +67,7 @@ public:
     bool isOwn(const Zone2* pZone, const char* location) const;
 
     // --- queries
-    Triangle2* locate(const Point2& q) override;
+    Triangle2* locate(const Point2& q);
     void getConvexHull(bool bAllVertices, std::vector<Point2*>& vConvexHullPoints);
     void getTrianglePointers(std::vector<Triangle2*>& vAllTriangles) const;
     void getVertexPointers(std::vector<Point2*>& vAllVertices) const;
@@ -127,6 +127,7 @@ private:
     Dt2* implementation() override { return this; }
     const MeshStore& meshStore() const override { return store; }
     const ConstraintMgr& constraints() const override { return *pConstraintMgr; }
+    Triangle2* locateNear(const Point2& q, Triangle2* pHint) override;
     ConstraintGraph2* fixEdges(const std::vector<PointerPair>& vEdges) override;
 
     std::vector<Triangle2*> trianglesFor(const Zone2* pZone);

@@ -60,9 +60,7 @@ void Dt2::applyConstraintsAndZones() {
 
 ConstraintGraph2* Dt2::fixEdges(const std::vector<PointerPair>& vEdges) {
     pEdgeGuard = pConstraintMgr.get();
-    // What is pending must wait: the edges would be others afterwards.
-    return pConstraintMgr->createConstraint_directed(vEdges, CIS_CONSTRAINED_DELAUNAY,
-                                                     !pConstraintMgr->hasPending());
+    return pConstraintMgr->createConstraint_directed(vEdges, CIS_CONSTRAINED_DELAUNAY);
 }
 
 void Dt2::newCDT_applyOneCS(ConstraintSegment2* pInitialCSeg) {

@@ -49,13 +49,17 @@ public:
     /// is not a number counts as changed.
     bool add(std::size_t numPoints, const double* aCoordinates);
 
+    /// The lower left corner.
     Point2 getMinPoint() const { return Point2(minX, minY); }
+    /// The upper right corner.
     Point2 getMaxPoint() const { return Point2(maxX, maxY); }
     /// The smaller one of the lower bounds.
     double getMinCoord() const { return minY < minX ? minY : minX; }
     /// The larger one of the upper bounds.
     double getMaxCoord() const { return maxX < maxY ? maxY : maxX; }
+    /// The width; negative for the empty box.
     double getRangeX() const { return maxX - minX; }
+    /// The height; negative for the empty box.
     double getRangeY() const { return maxY - minY; }
     /// The larger one of the two ranges.
     double getMaxRange() const {
@@ -63,10 +67,15 @@ public:
         const double rangeY = getRangeY();
         return rangeX < rangeY ? rangeY : rangeX;
     }
+    /// The left bound.
     double get_minX() const { return minX; }
+    /// The lower bound.
     double get_minY() const { return minY; }
+    /// The right bound.
     double get_maxX() const { return maxX; }
+    /// The upper bound.
     double get_maxY() const { return maxY; }
+    /// All four, in this order.
     void getBounds(double& minX_, double& maxX_, double& minY_, double& maxY_) const {
         minX_ = minX;
         maxX_ = maxX;
@@ -78,9 +87,14 @@ public:
     /// Each sets one bound, then the valid flag once the upper bounds are not below the lower ones. The flag
     /// is never cleared.
     /// \{
+
+    /// The left bound.
     void setMinX(double val) { setBound(minX, val); }
+    /// The right bound.
     void setMaxX(double val) { setBound(maxX, val); }
+    /// The lower bound.
     void setMinY(double val) { setBound(minY, val); }
+    /// The upper bound.
     void setMaxY(double val) { setBound(maxY, val); }
     /// \}
 

@@ -24,6 +24,7 @@ public:
     ConstraintGraph2(const ConstraintGraph2&) = delete;
     ConstraintGraph2& operator=(const ConstraintGraph2&) = delete;
 
+    /// How its segments were made edges.
     ConstraintInsertionStrategy getInsertionStrategy() const { return cis; }
     /// True when the segments form one closed ring.
     bool isPolygon() const { return bPolygon; }

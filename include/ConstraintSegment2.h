@@ -30,8 +30,11 @@ public:
     ConstraintSegment2(const ConstraintSegment2&) = delete;
     ConstraintSegment2& operator=(const ConstraintSegment2&) = delete;
 
+    /// The end with the lower address.
     Point2* getSrc() const { return pSrc; }
+    /// The end with the higher address.
     Point2* getTrg() const { return pTrg; }
+    /// How it becomes an edge; children inherit it.
     ConstraintInsertionStrategy getCIS() const { return cis; }
     /// False once the segment has been split, and while a split is in progress.
     bool isAlive() const { return bAlive && aChildren[0] == nullptr; }
@@ -39,6 +42,7 @@ public:
     std::size_t getNumberOfOwners() const;
     /// An area that the mesh generator keeps here; the largest double until it is set.
     double getAdjacentArea() const { return adjacentArea; }
+    /// Keeps the area.
     void setAdjacentArea(double area) { adjacentArea = area; }
 
     /// Splits the segment at a vertex without touching the triangulation, in which the caller has put the

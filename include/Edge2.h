@@ -12,12 +12,16 @@ namespace TESK_KIVO2D {
 /// unequal.
 class KIVO_API Edge2 {
 public:
+    /// No edge: it may only be assigned to and compared.
     Edge2() = default;
+    /// The edge of the triangle opposite that corner (0..2).
     Edge2(Triangle2* pTriangle, int oppositeIndex) : pT(pTriangle), ith(oppositeIndex) {}
 
     /// The triangle that names the edge.
     Triangle2* getTriangle() const { return pT; }
+    /// The corner after the opposite one, counter-clockwise.
     Point2* getSrc() const { return pT->getCorner(Triangle2::incIndexBy1(ith)); }
+    /// The corner before the opposite one.
     Point2* getTrg() const { return pT->getCorner(Triangle2::incIndexBy2(ith)); }
     /// Source and target.
     void getPoints(Point2*& p0, Point2*& p1) const {
@@ -30,7 +34,9 @@ public:
     /// Deliberate: the squared length.
     double getLength2D() const { return sqDistance(*getTrg(), *getSrc()); }
 
+    /// Same triangle and same index; the other name of an inner edge is unequal.
     bool operator==(const Edge2& other) const { return pT == other.pT && ith == other.ith; }
+    /// The opposite of `==`.
     bool operator!=(const Edge2& other) const { return !(*this == other); }
     /// By the triangle's address, then by index: an order for sets and maps.
     bool operator<(const Edge2& other) const;

@@ -45,6 +45,7 @@ namespace TESK_KIVO2D {
 /// internal condition failed.
 class KIVO_API Kivo_2D {
 public:
+    /// An empty triangulation.
     /// \param numExpectedVertices sizes the first blocks of memory; any number works.
     explicit Kivo_2D(unsigned int numExpectedVertices = 0);
     /// Ends all pointers that it handed out. Memory of up to a sixteenth of the machine's is kept for the
@@ -61,7 +62,7 @@ public:
     Point2* insert(const Point2& point);
     /// Inserts a batch: faster than one by one. O(n log n) for all but contrived inputs.
     void insert(const std::vector<Point2>& vInputPoints);
-    /// Inserts a batch; afterwards pVHandles holds the vertex of each input point, in input order (null where
+    /// Inserts a batch; afterwards vHandles holds the vertex of each input point, in input order (null where
     /// the point was not finite).
     void insert(const std::vector<Point2>& vInputPoints, std::vector<Point2*>& vHandles);
     /// Inserts numPoints points given as x0, y0, x1, y1, ... aHandles receives one vertex a point; it may be
@@ -224,6 +225,7 @@ public:
 
     /// A name of the user's choice.
     void setName(const std::string& name);
+    /// The name that was set; empty by default.
     std::string getName() const;
     /// Number of threads for large batches: n >= 1 as given, 0 for the number of hardware threads, 1 for
     /// negative values. Returns the number that is set.

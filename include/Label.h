@@ -17,9 +17,13 @@ public:
     Label(const Point2& position_, std::string text_, bool bWithMark_, int fontSize_)
         : position(position_), text(std::move(text_)), bWithMark(bWithMark_), fontSize(fontSize_) {}
 
+    /// Where the first line starts.
     Point2 position;
+    /// The lines, separated by newlines.
     std::string text;
+    /// Draws a small cross at the position.
     bool bWithMark;
+    /// Height of a line in page units.
     int fontSize;
 };
 

@@ -13,6 +13,7 @@ enum MsgType {
 /// unsubscribe it before it dies.
 class KIVO_API MsgBase {
 public:
+    /// A listener hears nothing until it is subscribed (`Kivo_2D::subscribe`).
     MsgBase() = default;
     MsgBase(const MsgBase&) = default;
     MsgBase& operator=(const MsgBase&) = default;

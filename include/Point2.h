@@ -18,10 +18,12 @@ class KIVO_API Point2 {
 public:
     /// Both coordinates are the lowest finite double.
     Point2() = default;
+    /// A free point with the custom index -1.
     Point2(double x, double y) : dX(x), dY(y) {}
 
     /// Copies the coordinates and the custom index. The copy is a free point: it is part of no triangulation.
     Point2(const Point2& other) : dX(other.dX), dY(other.dY), customIndex(other.customIndex) {}
+    /// Takes over coordinates and custom index; this point is a free one then.
     Point2& operator=(const Point2& other) {
         dX = other.dX;
         dY = other.dY;
@@ -30,8 +32,11 @@ public:
         return *this;
     }
 
+    /// The first coordinate.
     double x() const { return dX; }
+    /// The second coordinate.
     double y() const { return dY; }
+    /// Both coordinates.
     void xy(double& x, double& y) const {
         x = dX;
         y = dY;
@@ -49,11 +54,16 @@ public:
 
     /// The index is the user's own; the library carries it along and never reads it. -1 by default.
     void setCustomIndex(int index) { customIndex = index; }
+    /// The user's index.
     int getCustomIndex() const { return customIndex; }
 
+    /// By x, then by y.
     bool operator<(const Point2& other) const { return dX < other.dX || (dX == other.dX && dY < other.dY); }
+    /// By x, then by y.
     bool operator>(const Point2& other) const { return other < *this; }
+    /// Same coordinates.
     bool operator==(const Point2& other) const { return dX == other.dX && dY == other.dY; }
+    /// The opposite of `==`.
     bool operator!=(const Point2& other) const { return !(*this == other); }
 
 private:

@@ -16,17 +16,22 @@ public:
     /// Copies coordinates and custom indices.
     Segment2(const Point2& source, const Point2& target) : src(source), trg(target) {}
 
+    /// A copy of the point where it starts.
     Point2 getSrc() const { return src; }
+    /// A copy of the point where it ends.
     Point2 getTrg() const { return trg; }
 
     /// Squared length.
     double getSqLen2D() const { return sqDistance(src, trg); }
 
+    /// Turns the direction round.
     void swapSrcTrg() { std::swap(src, trg); }
 
+    /// Same ends, in whichever order.
     bool operator==(const Segment2& other) const {
         return (src == other.src && trg == other.trg) || (src == other.trg && trg == other.src);
     }
+    /// The opposite of `==`.
     bool operator!=(const Segment2& other) const { return !(*this == other); }
 
 private:

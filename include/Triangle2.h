@@ -12,17 +12,18 @@ namespace TESK_KIVO2D {
 
 /// A triangle of the triangulation: three corners in counter-clockwise order and three neighbours.
 ///
-///          corner 2
-///            /\             neighbour i lies across the edge opposite corner i, which runs from corner
-///  opp T 1  /  \  opp T 0   i+1 to corner i+2 (mod 3); null marks an edge of the convex hull
-///          /____\.
-///  corner 0      corner 1
-///        opp T 2
+///              corner 2
+///                /\             neighbour i lies across the edge opposite corner i, which runs from corner
+///      opp T 1  /  \  opp T 0   i+1 to corner i+2 (mod 3); null marks an edge of the convex hull
+///              /____\.
+///      corner 0      corner 1
+///            opp T 2
 ///
 /// Triangles belong to their triangulation. A pointer stays valid until the triangulation is changed: the
 /// record lives on, but insertion and removal give it other corners.
 class KIVO_API Triangle2 {
 public:
+    /// No corners and no neighbours.
     Triangle2() = default;
 
     /// (i + 1) mod 3.
@@ -97,6 +98,7 @@ public:
     /// Index of the edge behind which this neighbour lies.
     int getIntraTriangleIndex(const Triangle2* pT) const { return indexIn(aOppT, pT); }
 
+    /// True when this vertex is a corner; another one at the same place is not.
     bool hasVertex(const Point2* pVtx) const {
         return aCorners[0] == pVtx || aCorners[1] == pVtx || aCorners[2] == pVtx;
     }

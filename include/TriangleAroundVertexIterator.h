@@ -19,6 +19,7 @@ public:
     TriangleAroundVertexIterator(Point2* pVtx, Triangle2* pTr);
     /// The original must not be at null (`KivoException`); assignment takes any position.
     TriangleAroundVertexIterator(const TriangleAroundVertexIterator& other);
+    /// Takes over vertex and position.
     TriangleAroundVertexIterator& operator=(const TriangleAroundVertexIterator& other) = default;
 
     /// One step counter-clockwise.
@@ -27,9 +28,11 @@ public:
     TriangleAroundVertexIterator& operator--();
     /// The current triangle; null right after a step over the hull.
     Triangle2* operator*() const { return pTr; }
+    /// Same vertex and same triangle.
     bool operator==(const TriangleAroundVertexIterator& other) const {
         return pVtx == other.pVtx && pTr == other.pTr;
     }
+    /// The opposite of `==`.
     bool operator!=(const TriangleAroundVertexIterator& other) const { return !(*this == other); }
 
     /// What `++` would reach.

@@ -11,11 +11,16 @@ namespace TESK_KIVO2D {
 /// A direction in the plane.
 class KIVO_API Vector2 {
 public:
+    /// The zero vector.
     Vector2() = default;
+    /// From its components.
     Vector2(double x, double y) : dX(x), dY(y) {}
 
+    /// The first component.
     double x() const { return dX; }
+    /// The second component.
     double y() const { return dY; }
+    /// Replaces both components.
     void set(double x, double y) {
         dX = x;
         dY = y;
@@ -31,7 +36,9 @@ public:
 
     /// Dot product.
     double operator*(const Vector2& other) const { return dX * other.dX + dY * other.dY; }
+    /// The vector scaled.
     Vector2 operator*(double factor) const { return Vector2(dX * factor, dY * factor); }
+    /// The vector scaled by the inverse; division by 0 follows IEEE 754.
     Vector2 operator/(double divisor) const { return Vector2(dX / divisor, dY / divisor); }
 
 private:
@@ -41,8 +48,11 @@ private:
 
 /// Flips the sign bit of both components.
 inline Vector2 operator-(const Vector2& v) { return Vector2(-v.x(), -v.y()); }
+/// The vector scaled.
 inline Vector2 operator*(double factor, const Vector2& v) { return v * factor; }
+/// Sum by components.
 inline Vector2 operator+(const Vector2& a, const Vector2& b) { return Vector2(a.x() + b.x(), a.y() + b.y()); }
+/// Difference by components.
 inline Vector2 operator-(const Vector2& a, const Vector2& b) { return Vector2(a.x() - b.x(), a.y() - b.y()); }
 /// The vector from b to a.
 inline Vector2 operator-(const Point2& a, const Point2& b) { return Vector2(a.x() - b.x(), a.y() - b.y()); }

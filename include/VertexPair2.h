@@ -14,6 +14,7 @@ class KIVO_API VertexPair2 {
 public:
     /// Two null pointers.
     VertexPair2() = default;
+    /// The pair, in whichever order it is given.
     VertexPair2(Point2* p, Point2* q) : pFirst(p), pSecond(q) {
         if (std::less<const Point2*>()(q, p)) std::swap(pFirst, pSecond);
     }
@@ -28,9 +29,11 @@ public:
         return pFirst != nullptr && pSecond != nullptr ? sqDistance(*pFirst, *pSecond) : 0.0;
     }
 
+    /// The same two vertices.
     bool operator==(const VertexPair2& other) const {
         return pFirst == other.pFirst && pSecond == other.pSecond;
     }
+    /// The opposite of `==`.
     bool operator!=(const VertexPair2& other) const { return !(*this == other); }
     /// Lexicographic by (lower address, higher address).
     bool operator<(const VertexPair2& other) const {

@@ -33,17 +33,30 @@ public:
     /// Throws `KivoException` once the file was written. Lines have the width of their colour; its fill flag
     /// fills triangles and circles and marks the ends of segments. Points are crosses of a fixed size.
     /// \{
+
+    /// A cross.
     void addObject(const Point2& point, const Color& color);
+    /// A line, with crosses at its ends when the colour fills.
     void addObject(const Segment2& segment, const Color& color);
+    /// As its segment.
     void addObject(const Edge2& edge, const Color& color);
+    /// Its outline, or its area when the colour fills.
     void addObject(const Triangle2& triangle, const Color& color);
+    /// Its outline, or its area when the colour fills.
     void addObject(const Circle2& circle, const Color& color);
+    /// Its text, in the colour's red, green and blue.
     void addObject(const Label& label, const Color& color);
+    /// Each of them.
     void addObject(const std::vector<Point2>& vPoints, const Color& color);
+    /// Each of them.
     void addObject(const std::vector<Point2*>& vPoints, const Color& color);
+    /// Each of them.
     void addObject(const std::vector<Segment2>& vSegments, const Color& color);
+    /// Each of them.
     void addObject(const std::vector<Edge2>& vEdges, const Color& color);
+    /// Each of them.
     void addObject(const std::vector<Triangle2>& vTriangles, const Color& color);
+    /// Each of them.
     void addObject(const std::vector<Triangle2*>& vTriangles, const Color& color);
     /// \}
 

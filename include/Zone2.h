@@ -47,9 +47,11 @@ public:
     /// \name The rule
     /// \{
 
+    /// How it finds its triangles.
     ZoneLocation getZoneLocation() const { return zoneLoc; }
     /// The triangulation's implementation object, as `Kivo_2D::getImpl` returns it.
     Dt2* getDelaunayTriangulation() const;
+    /// Number of the graphs that it was made with.
     std::size_t numberOfConstraintGraphs() const { return vConstraintGraphs.size(); }
     /// Replaces the content by the zone's graphs.
     void getConstraintGraphs(std::vector<ConstraintGraph2*>& vGraphs) const { vGraphs = vConstraintGraphs; }

@@ -51,8 +51,11 @@ KIVO_API Zone2* peelOffIf(Zone2* pZone, UserPredicateT* pPredicate, bool bVerbos
 /// \name Versions
 /// \{
 
+/// 1 in 1.60.244: changes when clients have to change.
 KIVO_API int getMajorVersionNumber();
+/// 60 in 1.60.244.
 KIVO_API int getMinorVersionNumber();
+/// 244 in 1.60.244.
 KIVO_API int getRevisionNumber();
 /// True when the library was built with assertions of the record classes off.
 KIVO_API bool isRelease();
@@ -64,7 +67,10 @@ KIVO_API std::string getKivo2DVersion();
 /// \{
 
 /// Where the library means a text to go.
-enum MessageChannel { MSG_CHANNEL_OUTPUT = 0, MSG_CHANNEL_ERROR = 1 };
+enum MessageChannel {
+    MSG_CHANNEL_OUTPUT = 0, ///< standard output
+    MSG_CHANNEL_ERROR = 1   ///< standard error
+};
 
 /// Receives each text that the library would write: one or more whole lines, or a fragment as given.
 using MessageSink = std::function<void(MessageChannel channel, const std::string& text)>;
@@ -86,6 +92,7 @@ KIVO_API double timer(const std::string& label);
 
 /// Writes type 20 (int32), the count (uint64), then x and y of each point, in the machine's byte order.
 KIVO_API bool writePointsBIN(const char* filename, const std::vector<Point2>& vPoints);
+/// The same of vertices.
 KIVO_API bool writePointsBIN(const char* filename, const std::vector<Point2*>& vPoints);
 /// Appends the points of a file of type 20 or 30 (z is dropped). On failure the vector stays as it was. A
 /// file that ends inside its last records gives zeros for what is missing.
@@ -98,6 +105,7 @@ KIVO_API bool readSegmentsBIN(const char* filename, std::vector<Segment2>& vSegm
 
 /// One point a line: x, a blank, y, with 18 significant digits.
 KIVO_API bool writePointsASCII(const char* filename, const std::vector<Point2>& vPoints);
+/// The same of vertices.
 KIVO_API bool writePointsASCII(const char* filename, const std::vector<Point2*>& vPoints);
 /// Appends pairs of numbers, separated by any white space, until the file ends or something else is met.
 KIVO_API bool readXY(const char* filename, std::vector<Point2>& vPoints);

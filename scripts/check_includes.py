@@ -21,6 +21,7 @@ MAY_INCLUDE = {
     "zones": {"include", "kernel", "output", "core", "constraints", "zones"},
     "core": {"include", "kernel", "output", "core", "constraints", "zones"},
     "cli": {"include", "cli"},
+    "examples": {"include"},
     "bench": {"include", "kernel", "core", "constraints", "zones", "output", "bench"},
     "tests": {"include", "kernel", "core", "constraints", "zones", "output", "tests"},
 }
@@ -36,6 +37,7 @@ THIRD_PARTY = {
     "constraints": set(),
     "zones": set(),
     "cli": {"CLI/CLI.hpp", "nlohmann/json.hpp"},
+    "examples": set(),
 }
 POSIX = {"unistd.h", "fcntl.h", "sys/mman.h", "sys/stat.h", "sys/types.h"}
 POSIX_ALLOWED = {"kernel", "core", "output", "cli"}

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the library, shared and static, and builds tests/consumer against the installed tree in both ways that
-# the package offers. The tree is moved after installing: nothing in it may remember where it was.
+# the package offers, and examples/ in one. The tree is moved after installing: nothing in it may remember where it
+# was.
 #
 # usage: consumer_check.sh [WORK_DIR]
 set -euo pipefail
@@ -15,6 +16,13 @@ check_cmake() { # PREFIX
         -DCMAKE_CXX_STANDARD=17 -DCMAKE_CXX_FLAGS="-Wall -Wextra -Wpedantic -Werror" >/dev/null
     cmake --build "$1/consumer"
     "$1/consumer/consumer"
+}
+
+check_examples() { # PREFIX
+    cmake -S "$root/examples" -B "$1/examples" -G Ninja -DCMAKE_PREFIX_PATH="$1" -DCMAKE_BUILD_TYPE=Release \
+        -DKIVO2D_WARNINGS_AS_ERRORS=ON >/dev/null
+    cmake --build "$1/examples"
+    ctest --test-dir "$1/examples" --no-tests=error --output-on-failure
 }
 
 check_pkgconfig() { # PREFIX
@@ -43,13 +51,15 @@ for kind in shared static; do
     echo "== $kind library"
     [[ $kind == shared ]] && shared=ON || shared=OFF
     cmake -S "$root" -B "$work/build-$kind" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=$shared \
-        -DKIVO2D_BUILD_TESTS=OFF -DCMAKE_INSTALL_PREFIX=/usr/local -DCMAKE_INSTALL_LIBDIR=lib >/dev/null
+        -DKIVO2D_BUILD_TESTS=OFF -DKIVO2D_BUILD_EXAMPLES=OFF -DCMAKE_INSTALL_PREFIX=/usr/local \
+        -DCMAKE_INSTALL_LIBDIR=lib >/dev/null
     cmake --build "$work/build-$kind"
     DESTDIR="$work/stage-$kind" cmake --install "$work/build-$kind" >/dev/null
     prefix="$work/moved-$kind"
     mv "$work/stage-$kind/usr/local" "$prefix"
     check_texts "$prefix"
     check_cmake "$prefix"
+    check_examples "$prefix"
     check_pkgconfig "$prefix"
     "$prefix/bin/kivo2d" --version
 done

@@ -142,7 +142,8 @@ void Zone2::getBoundarySegments(std::vector<Segment2>& vSegments) const {
 
 Zone2* Zone2::convertToBoundedZone() {
     if (zoneLoc == ZL_INSIDE) return this;
-    dt.applyConstraintsAndZones();
+    // Only then: application goes over all segments, and conforming ones might be divided further.
+    if (dt.constraints().hasPending() || !dt.is2D()) dt.applyConstraintsAndZones();
     const ZoneEvaluation evaluation(dt);
     const TriangleSet triangles = evaluation.setOf(*this);
     if (triangles.empty()) {

@@ -4,6 +4,7 @@
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
 #include "zones/ResultOrder.h"
+#include "zones/SeedFinder.h"
 #include "zones/graphEdges.h"
 
 #include <algorithm>
@@ -15,32 +16,6 @@ namespace TESK_KIVO2D {
 namespace {
 
 constexpr const char* location = "Zone2::getTriangles()";
-
-// Where the fill of the left sides (or the right sides) of a graph begins: beside each edge that the graph
-// lists once. An edge that it lists twice, there and back or over and over, says nothing about its sides.
-void appendSeeds(const std::vector<GraphEdge>& vEdges, bool bLeft, std::vector<std::uint8_t>& vCounts,
-                 const RecordNumbers<Triangle2>& numbers, std::vector<Triangle2*>& vSeeds) {
-    // Two bits an edge, on the side by which it is named.
-    const auto countOf = [&](const GraphEdge& e) -> std::pair<std::uint8_t&, int> {
-        const Triangle2* const pN = e.edge.opposite();
-        const bool bNamed = pN == nullptr || numbers.numberOf(e.edge.pT) < numbers.numberOf(pN);
-        const Triangle2* const pT = bNamed ? e.edge.pT : pN;
-        return {vCounts[numbers.numberOf(pT)],
-                2 * (bNamed ? e.edge.ith : pN->getIntraTriangleIndex(e.edge.pT))};
-    };
-    for (const GraphEdge& e : vEdges) {
-        const auto [counts, shift] = countOf(e);
-        const unsigned num = std::min(counts >> shift & 3U, 1U) + 1;
-        counts = static_cast<std::uint8_t>((counts & ~(3U << shift)) | num << shift);
-    }
-    for (const GraphEdge& e : vEdges) {
-        const auto [counts, shift] = countOf(e);
-        Triangle2* const pSeed = bLeft ? e.pLeft : e.pRight;
-        if ((counts >> shift & 3U) == 1 && pSeed != nullptr) vSeeds.push_back(pSeed);
-    }
-    for (const GraphEdge& e : vEdges)
-        countOf(e).first = 0; // for the next graph
-}
 
 } // namespace
 
@@ -90,13 +65,13 @@ TriangleSet ZoneEvaluation::basicSet(const Zone2& zone) const {
 TriangleSet ZoneEvaluation::enclosed(const Zone2& zone) const {
     KIVO_ASSERT(!zone.vConstraintGraphs.empty(), "!vConstraintGraphs.empty()");
     EdgeMarks closed(numbers);
-    std::vector<std::uint8_t> vCounts(numbers.size());
+    SeedFinder seedFinder(dt.meshStore(), numbers);
     std::vector<Triangle2*> vSeeds;
     for (const ConstraintGraph2* pGraph : zone.vConstraintGraphs) {
         const std::vector<GraphEdge> vEdges = edgesOf(*pGraph);
         for (const GraphEdge& e : vEdges)
             closed.set(e.edge);
-        appendSeeds(vEdges, zone.zoneLoc != ZL_OUTSIDE, vCounts, numbers, vSeeds);
+        seedFinder.append(*pGraph, vEdges, zone.zoneLoc != ZL_OUTSIDE, vSeeds);
     }
     if (vSeeds.empty() && zone.zoneLoc != ZL_OUTSIDE) {
         reportError(location,
@@ -121,13 +96,15 @@ void ZoneEvaluation::grow(const Zone2& zone, TriangleSet& reached, std::vector<T
             closed.set(e.edge);
     }
     std::vector<Triangle2*> vStack, vRegion;
+    Triangle2* pPrevious = nullptr; // start points of many parts come in an order by place
     for (const Point2& start : zone.vStartPoints) {
-        Triangle2* const pStart = dt.locate(start);
+        Triangle2* const pStart = dt.locateNear(start, pPrevious);
         if (pStart == nullptr) {
             reportWarning("growZoneArea()",
                           "pVtx is outside the convex hull of the triangulation, no triangles returned");
             continue;
         }
+        pPrevious = pStart;
         vRegion.clear();
         if (reached.insert(pStart)) {
             vRegion.push_back(pStart);

@@ -21,8 +21,9 @@ public:
     virtual const MeshStore& meshStore() const = 0;
     virtual const ConstraintMgr& constraints() const = 0;
     virtual TeskTest& predicates() = 0;
-    // A triangle at the finite point, or null outside the hull.
-    virtual Triangle2* locate(const Point2& q) = 0;
+    // A triangle at the finite point, or null outside the hull. The hint is null or a triangle that may be
+    // near.
+    virtual Triangle2* locateNear(const Point2& q, Triangle2* pHint) = 0;
     virtual void applyConstraintsAndZones() = 0;
     // Makes edges of the triangulation, named from start to end, constraints, as an oriented graph. Changes
     // no triangle.

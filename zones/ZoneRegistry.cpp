@@ -100,7 +100,7 @@ Zone2* ZoneRegistry::createZone(const std::vector<Triangle2*>& vTriangles) {
 Zone2* ZoneRegistry::createEnclosedZone(const std::vector<ConstraintGraph2*>& vGraphs, InsideRule rule,
                                         const std::vector<Point2>& vHolePoints) {
     if (!hasTriangles() || !areOwn(vGraphs)) return nullptr;
-    dt.applyConstraintsAndZones();
+    if (dt.constraints().hasPending()) dt.applyConstraintsAndZones();
     const RecordNumbers<Triangle2> numbers = dt.meshStore().triangleNumbers();
     const TriangleSet triangles = enclosedTriangles(dt, numbers, vGraphs, rule, vHolePoints);
     if (triangles.empty()) reportWarning(location, "The segments enclose no triangle, returning NULL");

@@ -2,7 +2,6 @@
 
 #include "core/EdgeMarks.h"
 #include "core/flood.h"
-#include "zones/graphEdges.h"
 
 #include <cmath>
 
@@ -89,7 +88,8 @@ void cutOutHoles(ZoneHost& dt, const EdgeMarks& closed, const std::vector<Point2
     TriangleSet holes(inside.numbers());
     std::vector<Triangle2*> vStack;
     for (const Point2& p : vHolePoints) {
-        Triangle2* const pT = std::isfinite(p.x()) && std::isfinite(p.y()) ? dt.locate(p) : nullptr;
+        Triangle2* const pT =
+            std::isfinite(p.x()) && std::isfinite(p.y()) ? dt.locateNear(p, nullptr) : nullptr;
         if (pT == nullptr || !holes.insert(pT)) continue;
         inside.erase(pT);
         vStack.push_back(pT);
@@ -98,6 +98,14 @@ void cutOutHoles(ZoneHost& dt, const EdgeMarks& closed, const std::vector<Point2
 }
 
 } // namespace
+
+TriangleSet enclosedByParity(const MeshStore& store, const RecordNumbers<Triangle2>& numbers,
+                             const std::vector<GraphEdge>& vEdges) {
+    EdgeMarks odd(numbers);
+    for (const GraphEdge& e : vEdges)
+        odd.flip(e.edge);
+    return oddLayers(store, odd, numbers);
+}
 
 TriangleSet enclosedTriangles(ZoneHost& dt, const RecordNumbers<Triangle2>& numbers,
                               const std::vector<ConstraintGraph2*>& vGraphs, InsideRule rule,

@@ -15,7 +15,7 @@ std::vector<GraphEdge> edgesOf(const ConstraintGraph2& graph) {
         const HalfEdge edge = findEdge(p0, p1);
         if (edge.pT == nullptr) continue;
         const bool bAlong = edge.source() == p0;
-        vEdges.push_back({edge, bAlong ? edge.pT : edge.opposite(), bAlong ? edge.opposite() : edge.pT});
+        vEdges.push_back({edge, p0, bAlong ? edge.pT : edge.opposite(), bAlong ? edge.opposite() : edge.pT});
     }
     return vEdges;
 }

@@ -10,7 +10,8 @@ namespace TESK_KIVO2D {
 
 // A piece of a constraint graph that is an edge of the triangulation, in the direction that the user gave it.
 struct GraphEdge {
-    HalfEdge edge;     // on one of its sides
+    HalfEdge edge; // on one of its sides
+    const Point2* pStart;
     Triangle2* pLeft;  // null outside the hull
     Triangle2* pRight; // the same
 };

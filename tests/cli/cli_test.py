@@ -7,50 +7,9 @@ import json
 import os
 import random
 import struct
-import subprocess
-import sys
-import tempfile
 import unittest
 
-KIVO2D = os.path.abspath(sys.argv.pop(1))
-
-
-class CommandTest(unittest.TestCase):
-    def setUp(self):
-        self.folder = tempfile.TemporaryDirectory()
-        self.addCleanup(self.folder.cleanup)
-
-    def path(self, name):
-        return os.path.join(self.folder.name, name)
-
-    def write(self, name, content):
-        with open(self.path(name), "wb") as file:
-            file.write(content if isinstance(content, bytes) else content.encode())
-        return name
-
-    def read(self, name):
-        with open(self.path(name), "rb") as file:
-            return file.read()
-
-    def rows(self, name):
-        return [line.split() for line in self.read(name).decode().splitlines()]
-
-    def run_kivo(self, *arguments, exit_code=0, **options):
-        options.setdefault("stdout", subprocess.PIPE)
-        done = subprocess.run([KIVO2D, *arguments], cwd=self.folder.name, stderr=subprocess.PIPE, text=True,
-                              check=False, timeout=120, **options)
-        self.assertEqual(done.returncode, exit_code, f"{arguments}: {done.stderr}")
-        return done
-
-    def report(self, *arguments, **options):
-        return json.loads(self.run_kivo("triangulate", *arguments, "--json", **options).stdout)
-
-    def expect_refusal(self, name, content, *words):
-        """Exit code 1, nothing on standard output, and a message that names the file and the words."""
-        done = self.run_kivo("triangulate", self.write(name, content), exit_code=1)
-        self.assertEqual(done.stdout, "")
-        for word in (name, *words):
-            self.assertIn(word, done.stderr)
+from command import DATA, CommandTest
 
 
 class Usage(CommandTest):
@@ -427,9 +386,8 @@ class Segments(CommandTest):
                 self.assertEqual((again["segments"]["steinerPoints"], self.read("c.poly")), (0, self.read("b.poly")))
 
     def test_counts_of_real_segments_are_those_found_without_this_library(self):
-        data = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "data")
         for name in ("co_iceland_h", "ps_usatlas_states", "ps_worldatlas_110m"):
-            path = os.path.join(data, name)
+            path = os.path.join(DATA, name)
             with open(path + ".json", encoding="utf-8") as file:
                 facts = json.load(file)["derived"]["segments"]
             crossings = facts["pairs_crossing"]

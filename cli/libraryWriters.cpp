@@ -1,0 +1,71 @@
+#include "cli/libraryWriters.h"
+
+#include "cli/errors.h"
+#include "cli/formats.h"
+#include "cli/outputFiles.h"
+
+#include <cstdio>
+#include <memory>
+#include <string_view>
+
+namespace cli {
+
+namespace {
+
+using TESK_KIVO2D::Kivo_2D;
+using TESK_KIVO2D::Zone2;
+
+// Only the end is read: drawings are large.
+bool endsWith(const std::string& filename, std::string_view text) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(filename.c_str(), "rb"),
+                                                               &std::fclose);
+    if (!file || std::fseek(file.get(), -static_cast<long>(text.size()), SEEK_END) != 0) return false;
+    std::string end(text.size(), ' ');
+    return std::fread(end.data(), 1, end.size(), file.get()) == end.size() && end == text;
+}
+
+// All that the triangulation draws itself is complete when its last line is there.
+bool writeDrawing(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone) {
+    if (pZone == nullptr) {
+        triangulation.show(filename);
+    } else {
+        pZone->show(filename, false, true);
+    }
+    return endsWith(filename, "%%Trailer\n");
+}
+
+bool writeObj(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone) {
+    return pZone == nullptr ? triangulation.writeObj(filename) : triangulation.writeObj(filename, pZone);
+}
+
+bool writeScene(const std::string& folder, const Kivo_2D& triangulation, const Zone2* pZone) {
+    return pZone == nullptr ? triangulation.writeWebScene(folder.c_str())
+                            : triangulation.writeWebScene(folder.c_str(), pZone);
+}
+
+using Writer = bool (*)(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone);
+
+Writer writerOf(FileFormat format) {
+    switch (format) {
+    case FORMAT_PS:
+        return &writeDrawing;
+    case FORMAT_OBJ:
+        return &writeObj;
+    case FORMAT_SCENE:
+        return &writeScene;
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+bool writeByLibrary(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone) {
+    const Writer write = writerOf(formatOf(filename));
+    if (write == nullptr) return false;
+    if (write(filename, triangulation, pZone)) return true;
+    removeUnfinished(filename);
+    throw FileError(filename, "can't be written completely");
+}
+
+} // namespace cli
