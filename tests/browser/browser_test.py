@@ -169,7 +169,7 @@ class Drawing(SceneTest):
     def test_a_zone_has_its_colour_and_no_row_for_constraints(self):
         self.open("zone")
         self.expect_color(self.look("zone"), self.pixel_of()(.7, .3), ZONE)
-        self.assertEqual(self.browser.text("fill-name"), "Zone")
+        self.assertEqual(self.browser.text("fill-name"), "Zone triangles")
         self.assertFalse(self.browser.evaluate("document.getElementById('constraints-row').checkVisibility()"))
 
     def test_a_zone_of_a_triangulation_is_what_its_obj_file_holds(self):
