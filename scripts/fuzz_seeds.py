@@ -32,7 +32,7 @@ def soup(mode, rows, per_call):
 
 def main():
     data, corpus = Path(sys.argv[1]), Path(sys.argv[2])
-    for target in ("point_file_fuzz", "segment_soup_fuzz"):
+    for target in ("point_file_fuzz", "segment_soup_fuzz", "zone_soup_fuzz"):
         (corpus / target).mkdir(parents=True, exist_ok=True)
     for path in sorted(data.glob("*.xy")):
         rows, segments = numbers(path), numbers(path.with_suffix(".seg"))
@@ -46,6 +46,13 @@ def main():
         for mode in range(4):
             seed = corpus / "segment_soup_fuzz" / f"{path.stem}_{mode}"
             seed.write_bytes(soup(mode, segments[:16], 4))
+    # As fuzz/zone_soup_fuzz.cpp reads them: points, two rings, and zones of each kind made of them.
+    zones = bytes([0, 5, *b"\x11\xe2\x2d\xdc\x67\x98", 1, 1, 0x22, 3, 0xA2, 0xAA, 0x2A, 1, 0, 0x44, 3, 0x4C, 0xCC, 0xC4])
+    kinds = [bytes([3, 0, kind, 0x66, 1]) for kind in range(5)]
+    rest = bytes([4, 0, 1, 3, 5, 2, 1, 0, 6, 0x35, 2, 7, 3, 1, 0x55, 8, 3, 0, 9, 0, 0, 0x37, 11, 1, 4, 2, 3, 0])
+    for mode in range(4):
+        seed = corpus / "zone_soup_fuzz" / f"zones_{mode}"
+        seed.write_bytes(bytes([mode]) + zones + b"".join(kinds) + rest)
 
 
 if __name__ == "__main__":

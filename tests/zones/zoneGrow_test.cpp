@@ -144,6 +144,23 @@ TEST(ZoneOfTriangles, keepsFiguresThatTouchThemselvesInAVertex) {
     }
 }
 
+TEST(ZoneOfTriangles, mayLieBetweenASegmentAndThePiecesThatItWasSplitInto) {
+    Kivo_2D kivo;
+    kivo.insert({{0, 0}, {10, 4}, {5, -100}, {5, 60}});
+    std::vector<ConstraintSegment2*> vLeaves;
+    add(kivo, {{{0, 0}, {10, 4}}})->getChildConstraintSegments(vLeaves);
+    Point2 *const p = vLeaves[0]->getSrc(), *const q = vLeaves[0]->getTrg();
+    Point2* const pBeside = vLeaves[0]->insertAndSplit({5, 3});
+    Triangle2* const pT = kivo.getAdjacentTriangle(p->x() == 0 ? p : q, p->x() == 0 ? q : p);
+    ASSERT_TRUE(pT != nullptr && pT->hasVertex(pBeside)) << "the segment is no edge any more";
+    for (const Triangles& vGiven : {Triangles{pT}, differenceOf(oracle::allTriangles(kivo), {pT})}) {
+        Zone2* const pZone = kivo.createZone(vGiven);
+        expectZone(kivo, pZone, vGiven);
+        expectZone(kivo, pZone->convertToBoundedZone(), vGiven);
+    }
+    EXPECT_TRUE(kivo.checkValidity(true, "between"));
+}
+
 TEST(Conversion, keepsTheTrianglesOfEveryKindOfZone) {
     for (unsigned int seed = 1; seed <= 8 && !HasFailure(); ++seed) {
         SCOPED_TRACE(seed);

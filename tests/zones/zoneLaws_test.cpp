@@ -162,6 +162,26 @@ TEST(Zone, ofSeveralRingsLiesLeftOfEachHoweverTheyTouchNestOrCross) {
     }
 }
 
+TEST(Zone, ofARingThatCrossesItselfIsWhatItEnclosesByParity) {
+    const Segments vBowTie = ringOf({{0, 0}, {4, 4}, {4, 0}, {0, 4}});
+    const Segments vTwiceRound = ringOf({{0, 0}, {9, 0}, {9, 9}, {1, 9}, {1, -1}, {8, -1}, {8, 8}, {0, 8}});
+    for (const Segments& vRing : {vBowTie, reversed(vBowTie), vTwiceRound, reversed(vTwiceRound)}) {
+        Rng rng(3);
+        Kivo_2D kivo;
+        kivo.insert({{-9, -9}, {19, -8}, {5, 20}});
+        ConstraintGraph2* const pGraph = add(kivo, vRing);
+        const auto [pInside, pOutside] = sidesOf(kivo, pGraph);
+        for (int round = 0; round < 2; ++round) {
+            const Triangles vOdd =
+                oracle::withOddCrossings(oracle::allTriangles(kivo), oracle::leavesOf({pGraph}));
+            expectZone(kivo, pInside, vOdd);
+            expectPartition(kivo, pInside, pOutside);
+            EXPECT_EQ(vOdd, trianglesOf(kivo.createParityZone({pGraph})));
+            disturb(kivo, rng, {pGraph}, 16);
+        }
+    }
+}
+
 TEST(Zone, isNotDividedByOtherConstraintsNorByLeavesThatItsGraphHasTwice) {
     Kivo_2D kivo;
     kivo.insert({{-9, -9}, {9, -9}, {0, 12}});

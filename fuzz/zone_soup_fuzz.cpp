@@ -1,0 +1,318 @@
+#include "fuzz/check.h"
+
+#include "Kivo_2D.h"
+#include "tests/oracle/zones.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <functional>
+
+// Zones of all kinds over points and segments on a small grid, made, combined, peeled, converted and deleted
+// in any order, while more is inserted. Each zone is compared with the set that the slow means find, and what
+// it says of its border, its vertices and its arrays with its triangles.
+
+using namespace TESK_KIVO2D;
+using oracle::Triangles;
+
+namespace {
+
+constexpr int MAX_OPERATIONS = 40;
+constexpr std::size_t MANY_POINTS = 400;
+
+class Input {
+public:
+    Input(const std::uint8_t* pBytes, std::size_t num) : pNext(pBytes), pEnd(pBytes + num) {
+        const std::uint8_t mode = byte();
+        unit = mode & 1 ? 1 : 0.1; // tenths leave their lines by rounding
+        offset = mode & 2 ? 4e6 : 0;
+    }
+    bool atEnd() const { return pNext == pEnd; }
+    std::uint8_t byte() { return atEnd() ? std::uint8_t(0) : *pNext++; }
+    Point2 point() {
+        const std::uint8_t xy = byte();
+        return {(xy & 15) * unit + offset, (xy >> 4) * unit};
+    }
+    template<class T>
+    T* any(const std::vector<T*>& v) {
+        return v.empty() ? nullptr : v[byte() % v.size()];
+    }
+
+private:
+    const std::uint8_t *pNext, *pEnd;
+    double unit, offset;
+};
+
+struct Peel : UserPredicateT {
+    explicit Peel(std::uint8_t itsBits) : bits(itsBits) {}
+    bool operator()(const Triangle2*) override { return (bits >> (num++ % 8) & 1) != 0; }
+    std::uint8_t bits;
+    std::size_t num = 0;
+};
+
+Triangles asSet(std::vector<Triangle2*> v) {
+    std::sort(v.begin(), v.end(), std::less<>());
+    v.erase(std::unique(v.begin(), v.end()), v.end());
+    return v;
+}
+Triangles trianglesOf(const Zone2* pZone) {
+    std::vector<Triangle2*> v;
+    pZone->getTriangles(v);
+    CHECK(pZone->getZoneLocation() == ZL_GROW || v == asSet(v));
+    return asSet(v);
+}
+
+std::string heard; // since it was cleared
+
+class Soup {
+public:
+    void run(Input& input) {
+        for (int i = 0; i < MAX_OPERATIONS && !input.atEnd() && kivo.numberOfPoints() < MANY_POINTS; ++i) {
+            step(input);
+            if (kivo.is2D() && !vZones.empty()) checkQueries(vZones[std::size_t(i) % vZones.size()]);
+        }
+        if (!kivo.is2D()) return;
+        for (const Zone2* pZone : vZones)
+            checkQueries(pZone);
+        kivo.applyConstraintsAndZones();
+        CHECK(kivo.checkValidity(true, "zones"));
+    }
+
+private:
+    void step(Input& input) {
+        const int operation = input.byte() % 12;
+        switch (operation) {
+        case 0:
+            for (int num = input.byte() % 8; num >= 0; --num)
+                kivo.insert(input.point());
+            break;
+        case 1:
+        case 2:
+            addGraph(input, operation == 1);
+            break;
+        case 3:
+            keep(make(input));
+            break;
+        case 4:
+            combine(input);
+            break;
+        case 5:
+            peelOrConvert(input);
+            break;
+        case 6:
+            makeOfTriangles(input);
+            break;
+        case 7:
+        case 8:
+            makeEnclosed(input, operation == 7);
+            break;
+        case 9:
+            splitSegment(input);
+            break;
+        case 10:
+            kivo.insert(input.point());
+            break;
+        default:
+            if (Zone2* const pZone = input.any(vZones)) {
+                vZones.erase(std::find(vZones.begin(), vZones.end(), pZone));
+                kivo.deleteZone(pZone);
+            }
+        }
+    }
+
+    void addGraph(Input& input, bool bRing) {
+        std::vector<Segment2> vSegments;
+        const bool bOriented = (input.byte() & 1) != 0;
+        const Point2 first = input.point();
+        Point2 p = first;
+        for (int num = input.byte() % 8; num >= 0; --num) {
+            const Point2 q = num == 0 && bRing ? first : input.point();
+            vSegments.emplace_back(p, q);
+            p = bRing || num % 3 != 0 ? q : input.point();
+        }
+        vGraphs.push_back(kivo.createConstraint(vSegments, CIS_CONSTRAINED_DELAUNAY, bOriented));
+    }
+
+    Zone2* make(Input& input) {
+        ConstraintGraph2* const pGraph = input.any(vGraphs);
+        const ZoneLocation location =
+            std::array{ZL_GLOBAL, ZL_INSIDE, ZL_OUTSIDE, ZL_BOUNDED, ZL_GROW}[input.byte() % 5];
+        if (location == ZL_GLOBAL) return kivo.createZone(static_cast<ConstraintGraph2*>(nullptr), location);
+        if (pGraph == nullptr) return nullptr;
+        if (location == ZL_GROW) return kivo.createZone(vGraphs, location, input.point());
+        std::vector<ConstraintGraph2*> vTwo = {pGraph, input.any(vGraphs)};
+        return location == ZL_BOUNDED ? kivo.createZone(pGraph, location) : kivo.createZone(vTwo, location);
+    }
+
+    void combine(Input& input) {
+        Zone2 *const p0 = input.any(vZones), *const p1 = input.any(vZones);
+        if (p0 == nullptr) return;
+        constexpr std::array combiners = {zoneUnion, zoneIntersection, zoneDifference,
+                                          zoneSymmetricDifference};
+        const std::size_t which = input.byte() % combiners.size();
+        Zone2* const pZone = combiners[which](p0, p1);
+        CHECK((pZone != nullptr) == kivo.is2D());
+        Triangles v0, v1, vResult, vExpected;
+        if (pZone == nullptr || !evaluate(pZone, vResult)) return keep(pZone);
+        keep(pZone);
+        if (vResult.empty() && (hasLostOperand(p0) || hasLostOperand(p1))) return;
+        CHECK(evaluate(p0, v0) && evaluate(p1, v1));
+        for (Triangle2* pT : oracle::allTriangles(kivo)) {
+            const bool b0 = std::binary_search(v0.begin(), v0.end(), pT, std::less<>());
+            const bool b1 = std::binary_search(v1.begin(), v1.end(), pT, std::less<>());
+            if (std::array{b0 || b1, b0 && b1, b0 && !b1, b0 != b1}[which]) vExpected.push_back(pT);
+        }
+        CHECK(vResult == vExpected);
+    }
+    // Of the zone or of what it is made of.
+    static bool hasLostOperand(const Zone2* pZone) {
+        heard.clear();
+        Triangles v;
+        evaluate(pZone, v);
+        return heard.find("deleted") != std::string::npos;
+    }
+
+    void peelOrConvert(Input& input) {
+        Zone2* const pZone = input.any(vZones);
+        Triangles vBefore;
+        if (pZone == nullptr || !evaluate(pZone, vBefore)) return;
+        if (input.byte() % 2 == 0) {
+            Peel peel(input.byte());
+            Zone2* const pRest = peelOffIf(pZone, &peel, false);
+            if (pRest != nullptr) {
+                const Triangles vRest = trianglesOf(pRest);
+                CHECK(
+                    std::includes(vBefore.begin(), vBefore.end(), vRest.begin(), vRest.end(), std::less<>()));
+            }
+            keep(pRest);
+        } else {
+            Zone2* const pBounded = pZone->convertToBoundedZone();
+            CHECK((pBounded == nullptr) == vBefore.empty());
+            CHECK(vBefore.empty() || trianglesOf(pBounded) == vBefore);
+            if (pBounded != pZone) keep(pBounded);
+        }
+        CHECK(trianglesOf(pZone) == vBefore);
+    }
+
+    void makeOfTriangles(Input& input) {
+        Triangles vGiven;
+        const std::uint8_t bits = input.byte();
+        std::size_t i = input.byte();
+        for (Triangle2* pT : oracle::allTriangles(kivo))
+            if (++i; (bits >> (i * i % 11 % 8) & 1) != 0) vGiven.push_back(pT);
+        heard.clear();
+        Zone2* const pZone = kivo.createZone(vGiven);
+        const bool bAll = heard.find("almost degenerate") == std::string::npos;
+        CHECK(vGiven.empty() || !bAll || trianglesOf(pZone) == vGiven);
+        keep(pZone);
+    }
+
+    void makeEnclosed(Input& input, bool bParity) {
+        if (!kivo.is2D()) return;
+        for (const Zone2* pZone : vZones)
+            checkQueries(pZone);
+        kivo.applyConstraintsAndZones();
+        std::vector<ConstraintGraph2*> vSome;
+        const std::uint8_t bits = input.byte();
+        for (std::size_t i = 0; i < vGraphs.size(); ++i)
+            if ((bits >> i % 8 & 1) != 0) vSome.push_back(vGraphs[i]);
+        Triangles vExpected = bParity ? oracle::oddlyEnclosed(kivo, vSome) : oracle::enclosed(kivo, vSome);
+        std::vector<Point2> vHoles;
+        if (input.byte() % 2 != 0) {
+            const Point2 p = input.point();
+            vHoles = {{p.x() + 0.017, p.y() + 0.031}};
+            if (Triangle2* const pT = kivo.locate(vHoles[0])) {
+                Triangles vRest;
+                const Triangles vHole = oracle::reachedFrom(pT, vSome);
+                std::set_difference(vExpected.begin(), vExpected.end(), vHole.begin(), vHole.end(),
+                                    std::back_inserter(vRest), std::less<>());
+                vExpected = vRest;
+            }
+        }
+        Zone2* const pZone =
+            bParity ? kivo.createParityZone(vSome, vHoles) : kivo.createEnclosedZone(vSome, vHoles);
+        CHECK((pZone == nullptr) == vExpected.empty());
+        CHECK(vExpected.empty() || trianglesOf(pZone) == vExpected);
+        keep(pZone);
+    }
+
+    // Beside its line, too.
+    void splitSegment(Input& input) {
+        ConstraintGraph2* const pGraph = input.any(vGraphs);
+        std::vector<ConstraintSegment2*> vLeaves;
+        if (pGraph != nullptr && kivo.is2D()) pGraph->getChildConstraintSegments(vLeaves);
+        if (ConstraintSegment2* const pLeaf = input.any(vLeaves)) pLeaf->insertAndSplit(input.point());
+    }
+
+    void keep(Zone2* pZone) {
+        if (pZone != nullptr) vZones.push_back(pZone);
+    }
+
+    // False where an inside zone has no edge to start from.
+    static bool evaluate(const Zone2* pZone, Triangles& v) {
+        try {
+            v = trianglesOf(pZone);
+            return true;
+        } catch (const KivoException&) {
+            return false;
+        }
+    }
+
+    void checkQueries(const Zone2* pZone) const {
+        Triangles v;
+        if (!evaluate(pZone, v)) return;
+        std::vector<Edge2> vEdges, vRings;
+        pZone->getBorderEdges(vEdges);
+        pZone->getBoundaryEdges(vRings);
+        std::vector<oracle::VertexPair> vPairs;
+        for (const Edge2& edge : vEdges)
+            vPairs.emplace_back(edge.getSrc(), edge.getTrg());
+        std::sort(vPairs.begin(), vPairs.end());
+        CHECK(vPairs == oracle::borderOf(v));
+        CHECK(vRings.size() == vEdges.size());
+        for (std::size_t i = 0, start = 0; i < vRings.size(); ++i) {
+            const bool bEnd = vRings[i].getTrg() == vRings[start].getSrc();
+            CHECK(bEnd || (i + 1 < vRings.size() && vRings[i].getTrg() == vRings[i + 1].getSrc()));
+            if (bEnd) start = i + 1;
+        }
+        MeshArrays arrays;
+        kivo.getMeshArrays(arrays, pZone);
+        CHECK(arrays.vCorners.size() == 3 * v.size());
+        checkRule(pZone, v);
+    }
+
+    // Inside and outside are the sides of the leaves, but for rings that pass a vertex twice.
+    void checkRule(const Zone2* pZone, const Triangles& v) const {
+        const ZoneLocation location = pZone->getZoneLocation();
+        std::vector<ConstraintGraph2*> vOwn;
+        pZone->getConstraintGraphs(vOwn);
+        if (location != ZL_INSIDE && location != ZL_OUTSIDE && location != ZL_BOUNDED) return;
+        for (const ConstraintGraph2* pGraph : vOwn) {
+            std::vector<Point2*> vPassed;
+            pGraph->getPolygonVertices(vPassed);
+            for (std::size_t i = 0; i < vPassed.size(); i += 2)
+                vPassed[i / 2] = vPassed[i];
+            vPassed.resize(vPassed.size() / 2);
+            std::sort(vPassed.begin(), vPassed.end());
+            if (pGraph->isPolygon() && std::adjacent_find(vPassed.begin(), vPassed.end()) != vPassed.end())
+                return;
+        }
+        CHECK(v == oracle::reachedFrom(location == ZL_OUTSIDE ? oracle::RIGHT : oracle::LEFT, kivo, vOwn));
+    }
+
+    Kivo_2D kivo;
+    std::vector<ConstraintGraph2*> vGraphs;
+    std::vector<Zone2*> vZones;
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pBytes, std::size_t num) {
+    Input input(pBytes, num);
+    Soup soup;
+    setMessageSink([](MessageChannel, const std::string& text) { heard += text; });
+    soup.run(input);
+    setMessageSink({});
+    return 0;
+}
