@@ -2,7 +2,6 @@
 #include "tests/support/zoned.h"
 
 #include <limits>
-#include <regex>
 #include <sstream>
 
 // What is said and written: message lines, reports, drawings and meshes of zones.
@@ -33,9 +32,7 @@ void expectRaised(const std::string& lines, const std::string& condition, Call c
     const std::string start =
         lines + prefix + "Kivo, , ERROR: Condition [ " + condition + " failed ]\n      ";
     EXPECT_EQ(start, text.substr(0, start.size()));
-    EXPECT_TRUE(
-        std::regex_match(text.substr(std::min(start.size(), text.size())), std::regex("\\w+\\.cpp:\\d+\n")))
-        << text;
+    EXPECT_TRUE(text.find(".cpp:", start.size()) != std::string::npos && text.ends_with("\n")) << text;
 }
 
 // A square with a ring in it, and graphs of other kinds.
