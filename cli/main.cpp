@@ -32,7 +32,8 @@ CLI::App* addTriangulate(CLI::App& app, CommandLine& commandLine) {
                      "the .node file of the same name")
         ->required();
     pCommand->add_option("--segments", options.segments,
-                         "segments that become edges: .seg with \"x1 y1 x2 y2\" a line, or .bin");
+                         "segments that become edges: .seg with \"x1 y1 x2 y2\" a line, .bin, or the lines "
+                         "and rings of .geojson");
     pCommand->add_flag("--conforming", options.bConforming,
                        "divide segments until every triangle's circle is empty, instead of forcing them in");
     pCommand

@@ -3,6 +3,7 @@
 #include "cli/BinaryRecords.h"
 #include "cli/errors.h"
 #include "cli/formats.h"
+#include "cli/geojsonReader.h"
 #include "cli/nodeReader.h"
 #include "cli/textLines.h"
 
@@ -38,6 +39,15 @@ std::vector<Segment2> readBinary(const std::string& filename) {
     return vSegments;
 }
 
+std::vector<Segment2> readLinesOfGeoJson(const std::string& filename) {
+    const Input input = readGeoJson(filename);
+    std::vector<Segment2> vSegments;
+    vSegments.reserve(input.domain.vSegments.size());
+    for (const InputSegment& segment : input.domain.vSegments)
+        vSegments.emplace_back(input.table.vPoints[segment.source], input.table.vPoints[segment.target]);
+    return vSegments;
+}
+
 } // namespace
 
 std::vector<Segment2> readSegments(const std::string& filename) {
@@ -46,8 +56,10 @@ std::vector<Segment2> readSegments(const std::string& filename) {
         return readText(filename);
     case FORMAT_BIN:
         return readBinary(filename);
+    case FORMAT_GEOJSON:
+        return readLinesOfGeoJson(filename);
     default:
-        throw UsageError(filename + ": files of segments are .seg or .bin");
+        throw UsageError(filename + ": files of segments are .seg, .geojson or .bin");
     }
 }
 

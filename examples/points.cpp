@@ -34,7 +34,9 @@ int main() {
     Kivo_2D stations;
     for (std::size_t i = 0; i < vPlaces.size(); ++i)
         stations.insert(vPlaces[i])->setCustomIndex(static_cast<int>(i));
-    const auto nameOf = [&](const Point2* pVtx) { return vNames[pVtx->getCustomIndex()]; };
+    const auto nameOf = [&](const Point2* pVtx) {
+        return vNames[static_cast<std::size_t>(pVtx->getCustomIndex())];
+    };
 
     std::vector<Point2*> vHull;
     stations.getConvexHull(true, vHull);

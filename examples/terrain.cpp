@@ -24,7 +24,7 @@ static double heightAt(const Kivo_2D& terrain, const std::vector<double>& vHeigh
         const Point2* const pCorner = pTriangle->getCorner(i);
         const double weight = doubleArea(*pTriangle->getCorner(Triangle2::incIndexBy1(i)),
                                          *pTriangle->getCorner(Triangle2::incIndexBy2(i)), place);
-        sum += weight * vHeights[pCorner->getCustomIndex()];
+        sum += weight * vHeights[static_cast<std::size_t>(pCorner->getCustomIndex())];
         sumOfWeights += weight;
     }
     return sum / sumOfWeights;

@@ -169,8 +169,24 @@ class Drawing(SceneTest):
     def test_a_zone_has_its_colour_and_no_row_for_constraints(self):
         self.open("zone")
         self.expect_color(self.look("zone"), self.pixel_of()(.7, .3), ZONE)
-        self.assertEqual(self.browser.text("fill-name"), "Zone")
+        self.assertEqual(self.browser.text("fill-name"), "Zone triangles")
         self.assertFalse(self.browser.evaluate("document.getElementById('constraints-row').checkVisibility()"))
+
+    def test_a_zone_of_a_triangulation_is_what_its_obj_file_holds(self):
+        self.open("island")
+        picture = self.look("island")
+        with open(os.path.join(SCENES, "island", "3d.obj"), encoding="ascii") as file:
+            kinds = [line[0] for line in file]
+        count = {name: int(self.browser.text(name).split()[0].replace(",", "")) for name in
+                 ("vertices", "triangles", "edges", "borderEdges", "constraintEdges")}
+        self.assertEqual((count["vertices"], count["triangles"]), (kinds.count("v"), kinds.count("f")))
+        # A simple polygon: its edges are the border, and it has one piece and no holes.
+        self.assertEqual(count["borderEdges"], count["constraintEdges"])
+        self.assertEqual(count["vertices"] - count["edges"] + count["triangles"], 1)
+        colors = [picture.at(x, y) for x in range(320, 1080, 4) for y in range(30, 770, 4)]
+        self.assertGreater(colors.count(ZONE), 1000)
+        self.assertGreater(colors.count(BACKGROUND["light"]), 1000)
+        self.assertGreater(sum(max(abs(a - b) for a, b in zip(color, CONSTRAINT)) < 60 for color in colors), 50)
 
     def test_fine_displays_get_fine_pixels(self):
         self.open("plain", ratio=2)
@@ -297,14 +313,13 @@ class Numbers(SceneTest):
         self.assertLess(right[0] - left[0], 4e-6)
         self.assertTrue(left[0] < x < right[0] and abs(left[1] - y) < 4e-8, (left, right))
         picture = self.look("map-deep")
-        (px, py), dark = self.pixel_of()(x, y), FILL["light"]
-        at_left, at_right = (300, py), (1100, py)
-        self.expect_line(picture, at_left, CONSTRAINT)
-        self.expect_line(picture, at_right, CONSTRAINT)
-        self.expect_color(picture, (px + 100, py + 40), dark)
-        self.expect_color(picture, (px + 40, py - 100), dark)
+        (px, py), fill = self.pixel_of()(x, y), FILL["light"]
+        self.expect_line(picture, (300, py), CONSTRAINT)
+        self.expect_line(picture, (1100, py), CONSTRAINT)
+        self.expect_color(picture, (px + 100, py + 40), fill)
+        self.expect_color(picture, (px + 40, py - 100), fill)
         diagonal = [picture.at(px + 150 + i, py - 150) for i in range(-3, 4)]
-        self.assertGreater(max(abs(a - b) for color in diagonal for a, b in zip(color, dark)), 40)
+        self.assertGreater(max(abs(a - b) for color in diagonal for a, b in zip(color, fill)), 40)
 
     def test_deep_zoom_stays_sharp_where_no_vertex_is_near(self):
         """The middles of edges whose ends are some 10^9 pixels away."""
@@ -320,9 +335,9 @@ class Numbers(SceneTest):
             near = [(place[0] + i, place[1] + j) for i in range(-1, 2) for j in range(-1, 2)]
             contrast = max(abs(a - b) for at in near for a, b in zip(picture.at(*at), bare.at(*at)))
             self.assertGreater(contrast, 60, (x, y))
-            self.expect_color(picture, (place[0] + 100, place[1] + 50), FILL["light"])
-            above = FILL["light"] if key != "b" else BACKGROUND["light"]
-            self.expect_color(picture, (place[0] + 50, place[1] - 100), above)
+            above, below = (place[0] + 50, place[1] - 100), (place[0] + 100, place[1] + 50)
+            self.expect_color(picture, below, FILL["light"])
+            self.expect_color(picture, above, (BACKGROUND if key == "b" else FILL)["light"])
 
     def test_extents_at_the_ends_of_the_doubles(self):
         for name, unit, scale in (("huge", 1.7e308, "5 × 10³⁰⁷"), ("tiny", 1e-306, "2 × 10⁻³⁰⁷")):

@@ -1,4 +1,6 @@
 // Makes the scenes that the browser tests open: makeScenes FOLDER.
+#include "Kivo_2D.h"
+#include "Zone2.h"
 #include "functions.h"
 #include "output/webScene.h"
 
@@ -69,6 +71,18 @@ private:
     std::uint32_t numRows;
 };
 
+// What clients do: a ring, the zone inside it, its page.
+bool writeIsland(const std::string& path) {
+    std::vector<Segment2> vCoast;
+    generateRandomPolygon(400, 0, 1000, vCoast, 4);
+    Kivo_2D kivo;
+    ConstraintGraph2* pCoast = kivo.createConstraint(vCoast);
+    std::vector<Point2> vSoundings;
+    generateRandomPoints(1500, 0, 1000, vSoundings, 5);
+    kivo.insert(vSoundings);
+    return kivo.writeWebScene(path.c_str(), kivo.createParityZone({pCoast}));
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -114,5 +128,5 @@ int main(int argc, char** argv) {
         y += shift;
     };
     write(std::move(Grid(1000, 500).constrain(250).move(wave)), "large", "A million triangles");
-    return bOk ? 0 : 1;
+    return writeIsland(folder + "/island") && bOk ? 0 : 1;
 }

@@ -46,6 +46,10 @@ class GeoJsonInput(CommandTest):
             rows = {tuple(map(float, row)) for row in self.rows("a.seg")}
             self.assertTrue({(0, 20, 1, 21), (1, 21, 2, 20), (2, 31, 3, 31), (9, 9, 0, 0), (8, 2, 6, 2), (68, 2, 66, 2)} <= rows)
             self.assertEqual(len(rows), 16)
+            self.write("p.xyz", "-9 -9 1\n99 -9 1\n99 99 1\n-9 99 1\n")
+            segments = self.report("p.xyz", "--segments", "a.geojson", "-o", "b.seg", "-o", "b.xyz")["segments"]
+            self.assertEqual((segments["read"], segments["newEnds"]), (16, 19))
+            self.assertEqual(self.read("b.seg"), self.read("a.seg"))
         for part, points in zip(parts, (1, 2, 3, 4, 6, 6)):
             self.write("a.geojson", json.dumps(part))
             self.assertEqual(self.report("a.geojson")["points"], points)

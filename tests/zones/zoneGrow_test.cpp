@@ -258,7 +258,7 @@ TEST(PeelOffIf, isNotConfusedByAPredicateThatThrowsOrChangesItsMind) {
                 for (int i = 0; i < 3; ++i)
                     EXPECT_FALSE(kivo.isConstraint(pT, i)) << "something has changed";
             expectZone(kivo, pZone, oracle::allTriangles(kivo));
-            Rng moods(numCalls);
+            Rng moods(static_cast<std::uint64_t>(numCalls));
             Predicate moody([&](const Triangle2*) { return moods() % 2 != 0; });
             const Zone2* const pRest = peelOffIf(pZone, &moody, false);
             vRests.emplace_back();

@@ -57,7 +57,8 @@ TEST(SetOperations, giveTheSetsAndAddUpByArea) {
                 for (int k = 0; k < 4; ++k) {
                     Zone2* const pResult = aOperations[k].combine(p0, p1);
                     expectZone(kivo, pResult, aOperations[k].onSets(trianglesOf(p0), trianglesOf(p1)));
-                    EXPECT_EQ(ZL_RESULT_UNION + k, pResult->getZoneLocation());
+                    EXPECT_EQ(static_cast<int>(ZL_RESULT_UNION) + k,
+                              static_cast<int>(pResult->getZoneLocation()));
                     EXPECT_EQ(0u, pResult->numberOfConstraintGraphs());
                     EXPECT_EQ(p0->getDelaunayTriangulation(), pResult->getDelaunayTriangulation());
                     aAreas[k] = pResult->getArea2D();
