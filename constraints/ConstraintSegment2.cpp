@@ -111,6 +111,9 @@ Point2* ConstraintSegment2::insertAndSplit(const Point2& p) {
             const SegmentRelease release(*this); // else the insertion would split it
             pSplit = pOwnerDt->insert(clampedIntoBox(p));
             KIVO_ASSERT(pSplit != nullptr, "pSplit!=0");
+            // Beside the edge, which then is none of ours any more. Before the children are inserted, which
+            // takes all edges but constraints to be legal.
+            if (!hasEnd(pSplit) && pOwnerDt->is2D()) pOwnerDt->legalizeEdge(pSrc, pTrg);
         }
         if (hasEnd(pSplit)) {
             reportWarning("ConstraintSegment2::insertAndSplit",

@@ -74,3 +74,25 @@ TEST(AnUnknownStrategy, doesNotKeepOthersFromTheirEdges) {
         EXPECT_TRUE(kivo.checkValidity(true, "unknown"));
     }
 }
+
+TEST(ASegmentSplitBesideItsLine, leavesADelaunayTriangulation) {
+    for (std::uint64_t seed = 1; seed <= 200 && !testing::Test::HasFailure(); ++seed) {
+        Rng rng(seed);
+        const auto gridPoint = [&] { return Point2(below(rng, 16), below(rng, 16) * 0.7); };
+        Constrained c;
+        for (int i = 0; i < 12; ++i)
+            c.kivo.insert(gridPoint());
+        for (int i = 0; i < 6; ++i) {
+            const Point2 p = gridPoint(), q = gridPoint();
+            if (p != q) c.add({{p, q}}, CIS_CONSTRAINED_DELAUNAY);
+        }
+        for (int i = 0; i < 12 && c.kivo.is2D(); ++i) {
+            std::vector<ConstraintSegment2*> vLeaves;
+            const auto& graph = c.vGraphs[rng() % c.vGraphs.size()];
+            graph.pGraph->getChildConstraintSegments(vLeaves);
+            const CapturedMessages messages;
+            vLeaves[rng() % vLeaves.size()]->insertAndSplit(gridPoint());
+            EXPECT_TRUE(c.kivo.checkValidity(true, "beside")) << seed << messages.output();
+        }
+    }
+}
