@@ -94,6 +94,10 @@ Zone2* peelOffIf(Zone2* pZone, UserPredicateT* pPredicate, bool bVerbose) {
     }
     if (bVerbose) printNumbers("\nZone2::peelOffIf(), original Zone:", *pZone);
     peel(triangles, *pPredicate);
+    if (dt.meshStore().triangleNumbers().size() != triangles.numbers().size()) {
+        reportError("peelOffIf()", "The predicate has changed the triangulation, returning NULL");
+        return nullptr;
+    }
     Zone2* const pPeeled = dt.zoneRegistry().createGrownZone(triangles);
     if (bVerbose && pPeeled != nullptr) printNumbers("Output Zone:", *pPeeled);
     return pPeeled;

@@ -241,6 +241,19 @@ TEST(PeelOffIf, takesWhatHangsTogetherWithTheBorder) {
     }
 }
 
+TEST(PeelOffIf, refusesAPredicateThatInsertsPoints) {
+    Rng rng(6);
+    Kivo_2D kivo;
+    kivo.insert(randomPoints(rng, 50, 0, 1));
+    Predicate inserting([&](const Triangle2* pT) {
+        kivo.insert(pT->getBarycenter());
+        return inserting.numAsked % 3 == 0;
+    });
+    const CapturedMessages captured;
+    EXPECT_EQ(nullptr, peelOffIf(globalZone(kivo), &inserting, false));
+    EXPECT_NE(std::string::npos, captured.output().find("The predicate has changed the triangulation"));
+}
+
 TEST(PeelOffIf, isNotConfusedByAPredicateThatThrowsOrChangesItsMind) {
     for (int numCalls = 0; numCalls < 40 && !HasFailure(); numCalls += 3) {
         std::vector<std::vector<std::pair<double, double>>> vRests;
