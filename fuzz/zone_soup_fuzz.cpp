@@ -282,23 +282,32 @@ private:
         checkRule(pZone, v);
     }
 
-    // Inside and outside are the sides of the leaves, but for rings that pass a vertex twice.
+    static bool passesVertexTwice(const ConstraintGraph2* pGraph) {
+        std::vector<Point2*> vEnds, vStarts;
+        pGraph->getPolygonVertices(vEnds);
+        for (std::size_t i = 0; i < vEnds.size(); i += 2)
+            vStarts.push_back(vEnds[i]);
+        std::sort(vStarts.begin(), vStarts.end());
+        return std::adjacent_find(vStarts.begin(), vStarts.end()) != vStarts.end();
+    }
+
+    // Inside and outside are the sides of the leaves, but for a ring that passes a vertex twice: this
+    // encloses by parity.
     void checkRule(const Zone2* pZone, const Triangles& v) const {
         const ZoneLocation location = pZone->getZoneLocation();
+        if (location != ZL_INSIDE && location != ZL_OUTSIDE && location != ZL_BOUNDED) return;
         std::vector<ConstraintGraph2*> vOwn;
         pZone->getConstraintGraphs(vOwn);
-        if (location != ZL_INSIDE && location != ZL_OUTSIDE && location != ZL_BOUNDED) return;
-        for (const ConstraintGraph2* pGraph : vOwn) {
-            std::vector<Point2*> vPassed;
-            pGraph->getPolygonVertices(vPassed);
-            for (std::size_t i = 0; i < vPassed.size(); i += 2)
-                vPassed[i / 2] = vPassed[i];
-            vPassed.resize(vPassed.size() / 2);
-            std::sort(vPassed.begin(), vPassed.end());
-            if (pGraph->isPolygon() && std::adjacent_find(vPassed.begin(), vPassed.end()) != vPassed.end())
-                return;
+        const bool bParity = std::any_of(vOwn.begin(), vOwn.end(), [](const ConstraintGraph2* pGraph) {
+            return pGraph->isPolygon() && passesVertexTwice(pGraph);
+        });
+        if (!bParity) {
+            CHECK(v ==
+                  oracle::reachedFrom(location == ZL_OUTSIDE ? oracle::RIGHT : oracle::LEFT, kivo, vOwn));
+        } else if (vOwn.front() == vOwn.back()) {
+            const Triangles vOdd = oracle::oddlyEnclosed(kivo, {vOwn.front()});
+            CHECK(location == ZL_OUTSIDE ? v.size() + vOdd.size() == kivo.numberOfTriangles() : v == vOdd);
         }
-        CHECK(v == oracle::reachedFrom(location == ZL_OUTSIDE ? oracle::RIGHT : oracle::LEFT, kivo, vOwn));
     }
 
     Kivo_2D kivo;

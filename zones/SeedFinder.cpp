@@ -1,14 +1,12 @@
 #include "zones/SeedFinder.h"
 
-#include "zones/enclosedTriangles.h"
-
 #include <algorithm>
 
 namespace TESK_KIVO2D {
 
 SeedFinder::SeedFinder(const MeshStore& meshStore, const RecordNumbers<Triangle2>& triangleNumbers)
-    : store(meshStore), numbers(triangleNumbers), vertexNumbers(meshStore.vertexNumbers()),
-      vbPassed(vertexNumbers.size()), vCounts(numbers.size()) {}
+    : numbers(triangleNumbers), vertexNumbers(meshStore.vertexNumbers()), vbPassed(vertexNumbers.size()),
+      vCounts(numbers.size()) {}
 
 void SeedFinder::append(const ConstraintGraph2& graph, const std::vector<GraphEdge>& vEdges, bool bInside,
                         std::vector<Triangle2*>& vSeeds) {
@@ -26,19 +24,63 @@ bool SeedFinder::passesVertexTwice(const std::vector<GraphEdge>& vEdges) {
         bTwice = bTwice || *passed;
         *passed = true;
     }
-    for (const GraphEdge& e : vEdges)
-        vbPassed[vertexNumbers.numberOf(e.pStart)] = false;
+    setPassed(vEdges, false);
     return bTwice;
+}
+
+void SeedFinder::setPassed(const std::vector<GraphEdge>& vEdges, bool bPassed) {
+    for (const GraphEdge& e : vEdges)
+        vbPassed[vertexNumbers.numberOf(e.pStart)] = bPassed;
 }
 
 void SeedFinder::appendByParity(const std::vector<GraphEdge>& vEdges, bool bInside,
                                 std::vector<Triangle2*>& vSeeds) {
-    const TriangleSet inside = enclosedByParity(store, numbers, vEdges);
+    if (vLabels.empty()) vLabels.resize(numbers.size());
+    setPassed(vEdges, true);
+    for (const GraphEdge& e : vEdges) {
+        const auto [counts, shift] = countOf(e.edge);
+        counts = static_cast<std::uint8_t>(counts ^ 1U << shift);
+    }
+    const std::uint8_t outside = labelAround(vEdges);
     for (const GraphEdge& e : vEdges) {
         for (Triangle2* pT : {e.pLeft, e.pRight}) {
-            if (pT != nullptr && inside.contains(pT) == bInside) vSeeds.push_back(pT);
+            if (pT != nullptr && labelOf(pT) != 0 && (labelOf(pT) != outside) == bInside)
+                vSeeds.push_back(pT);
+        }
+        countOf(e.edge).first = 0;
+    }
+    for (const Triangle2* pT : vLabelled)
+        labelOf(pT) = 0;
+    setPassed(vEdges, false);
+}
+
+// Goes round the vertices of the ring, and so along it, and gives the triangles there labels that change
+// where an edge is crossed that the ring has an odd number of times. Returns the label of the outside: below
+// the ring's lowest vertex, that is with the smallest x and then y, there is nothing of the ring.
+std::uint8_t SeedFinder::labelAround(const std::vector<GraphEdge>& vEdges) {
+    const auto isLower = [](const GraphEdge& a, const GraphEdge& b) { return *a.pStart < *b.pStart; };
+    const Point2* const pLowest = std::min_element(vEdges.begin(), vEdges.end(), isLower)->pStart;
+    std::uint8_t outside = 1;
+    vLabelled.assign(1, vEdges.front().edge.pT);
+    labelOf(vLabelled.front()) = 1;
+    for (std::size_t next = 0; next < vLabelled.size(); ++next) {
+        Triangle2* const pT = vLabelled[next];
+        const std::uint8_t label = labelOf(pT);
+        for (int i = 0; i < 3; ++i) {
+            const HalfEdge edge{pT, i};
+            const Point2 *const p = edge.source(), *const q = edge.target();
+            if (!isPassed(p) && !isPassed(q)) continue;
+            const auto [counts, shift] = countOf(edge);
+            const auto beyond = static_cast<std::uint8_t>((counts >> shift & 1U) != 0 ? 3 - label : label);
+            Triangle2* const pN = edge.opposite();
+            if ((p == pLowest || q == pLowest) && (pN == nullptr || *p < *pLowest || *q < *pLowest))
+                outside = beyond;
+            if (pN == nullptr || labelOf(pN) != 0) continue;
+            labelOf(pN) = beyond;
+            vLabelled.push_back(pN);
         }
     }
+    return outside;
 }
 
 void SeedFinder::appendBySide(const std::vector<GraphEdge>& vEdges, bool bLeft,

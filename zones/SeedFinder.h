@@ -25,15 +25,20 @@ public:
 
 private:
     bool passesVertexTwice(const std::vector<GraphEdge>& vEdges);
+    void setPassed(const std::vector<GraphEdge>& vEdges, bool bPassed);
+    bool isPassed(const Point2* pVtx) const { return vbPassed[vertexNumbers.numberOf(pVtx)]; }
     void appendByParity(const std::vector<GraphEdge>& vEdges, bool bInside, std::vector<Triangle2*>& vSeeds);
     void appendBySide(const std::vector<GraphEdge>& vEdges, bool bLeft, std::vector<Triangle2*>& vSeeds);
+    std::uint8_t labelAround(const std::vector<GraphEdge>& vEdges);
+    std::uint8_t& labelOf(const Triangle2* pT) { return vLabels[numbers.numberOf(pT)]; }
     std::pair<std::uint8_t&, int> countOf(HalfEdge edge);
 
-    const MeshStore& store;
     const RecordNumbers<Triangle2>& numbers;
     const RecordNumbers<Point2> vertexNumbers;
     std::vector<bool> vbPassed;        // a vertex each; false between calls
     std::vector<std::uint8_t> vCounts; // two bits an edge, on one side of it; 0 between calls
+    std::vector<std::uint8_t> vLabels; // of triangles beside a ring, 1 or 2; 0 between calls
+    std::vector<Triangle2*> vLabelled;
 };
 
 } // namespace TESK_KIVO2D
