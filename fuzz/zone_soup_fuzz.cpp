@@ -174,6 +174,7 @@ private:
     }
 
     void peelOrConvert(Input& input) {
+        if (kivo.is2D()) kivo.applyConstraintsAndZones(); // what is pending may change the zone
         Zone2* const pZone = input.any(vZones);
         Triangles vBefore;
         if (pZone == nullptr || !evaluate(pZone, vBefore)) return;
