@@ -112,7 +112,8 @@ public:
     int getMinIndex() const;
     /// Index of the corner opposite the longest edge; the first one of equals.
     int getMaxIndex() const;
-    /// Area by Heron's formula, 0 for a degenerate triangle. Throws `KivoException` when it is not a number.
+    /// Area by Heron's formula, of slivers by the cross product of two edges; 0 for a degenerate triangle.
+    /// Throws `KivoException` when it is not a number.
     double getArea2D() const;
     /// The mean of the corners.
     Point2 getBarycenter() const;

@@ -202,6 +202,14 @@ const char* orientationText(Orientation2 orientation) {
     return orientation == ORIENTATION2_CW ? "ATTENTION, CLOCKWISE CORNERS!" : "ATTENTION, COLLINEAR CORNERS";
 }
 
+// Half the cross product of two edges, in units of 1 / scale^2.
+double areaOfCorners(const CornerPoints& c, double scale) {
+    const auto along = [scale](double from, double to) { return to * scale - from * scale; };
+    const double ux = along(c.p0.x(), c.p1.x()), uy = along(c.p0.y(), c.p1.y());
+    const double vx = along(c.p0.x(), c.p2.x()), vy = along(c.p0.y(), c.p2.y());
+    return std::fabs(ux * vy - uy * vx) / 2;
+}
+
 } // namespace
 
 double Triangle2::getSquaredEdgeLength(int ith) const {
@@ -222,12 +230,12 @@ int Triangle2::getMaxIndex() const {
 double Triangle2::getArea2D() const {
     const EdgeLengths lengths(*this);
     const double area = computeArea(lengths.aLength[0], lengths.aLength[1], lengths.aLength[2]);
-    // The rounding errors of the lengths alone can make up for so much, so here the corners are asked.
+    // The rounding errors of the lengths alone can make up for so much, so here the corners are asked. Many
+    // slivers, as rounded crossings leave them, would add up to a visible error.
     const double longest = std::max({lengths.aLength[0], lengths.aLength[1], lengths.aLength[2]});
-    const bool bDoubtful = area < 1e-6 * longest * longest;
-    if (bDoubtful && getOrientation2_mt(aCorners[0], aCorners[1], aCorners[2]) == ORIENTATION2_COLLINEAR)
-        return 0;
-    return area / lengths.scale / lengths.scale;
+    if (!(area < 1e-6 * longest * longest)) return area / lengths.scale / lengths.scale;
+    if (getOrientation2_mt(aCorners[0], aCorners[1], aCorners[2]) == ORIENTATION2_COLLINEAR) return 0;
+    return areaOfCorners(CornerPoints(*this), lengths.scale) / lengths.scale / lengths.scale;
 }
 
 Point2 Triangle2::getBarycenter() const {
