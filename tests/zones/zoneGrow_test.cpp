@@ -91,6 +91,30 @@ TEST(GrownZone, isWhatCanBeReachedAndListsARegionOnceForEachStart) {
     }
 }
 
+TEST(GrownZone, whoseStartsHaveComeIntoOneRegionListsItOnceForEach) {
+    Kivo_2D kivo;
+    kivo.insert({{-40, -40}, {60, -40}, {10, 70}});
+    add(kivo, ringOf({{0, 0}, {12, 0}, {12, 12}}));
+    add(kivo, ringOf({{0, -1}, {12, -13}, {12, -1}}));
+    Zone2* const pZone = kivo.createZone({kivo.locate({8, 4}), kivo.locate({8, -5})});
+    EXPECT_EQ(2u, pZone->getNumberOfTriangles());
+    // Bends a side of each triangle so far inwards that its centre, where it grows from, is left outside.
+    const auto bend = [&](const Point2& p, const Point2& q, const Point2& to) {
+        kivo.getConstraintSegment(kivo.insert(p), kivo.insert(q))->insertAndSplit(to);
+    };
+    bend({0, 0}, {12, 12}, {11, 2});
+    bend({0, -1}, {12, -13}, {11, -3});
+    const Triangles vOutside = oracle::reachedFrom(kivo.locate({8, 4}), {pZone->getConstraintGraph()});
+    Triangles vListed, vTwice = vOutside;
+    vTwice.insert(vTwice.end(), vOutside.begin(), vOutside.end());
+    pZone->getTriangles(vListed);
+    EXPECT_EQ(vTwice, vListed);
+    EXPECT_EQ(vTwice.size(), pZone->getNumberOfTriangles());
+    expectNearArea(2 * oracle::areaOf(vOutside), pZone->getArea2D());
+    expectZone(kivo, zoneUnion(pZone, pZone), vOutside); // once
+    expectZone(kivo, pZone->convertToBoundedZone(), vOutside);
+}
+
 TEST(ZoneOfTriangles, hasExactlyTheseAndSurvivesConversion) {
     for (unsigned int seed = 1; seed <= 16 && !HasFailure(); ++seed) {
         SCOPED_TRACE(seed);
