@@ -157,7 +157,8 @@ public:
     /// (`ZL_INSIDE`, `ZL_BOUNDED`) or on its right (`ZL_OUTSIDE`). For a closed ring, in whichever direction
     /// it was given, that is the area that it encloses, and the rest. O(1).
     Zone2* createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc, bool bVerbose = true);
-    /// The same of several oriented graphs together (`ZL_INSIDE` or `ZL_OUTSIDE`).
+    /// The same of several oriented graphs together (`ZL_INSIDE` or `ZL_OUTSIDE`). Left and right are those
+    /// of each edge: with rings inside each other that run the same way, triangles may be in both zones.
     Zone2* createZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs, ZoneLocation zoneLoc,
                       bool bVerbose = true);
     /// What can be reached from the start point without crossing an edge of the graph (`ZL_GROW` only).
@@ -174,10 +175,10 @@ public:
     /// What the graphs' segments enclose by parity, whichever way they run and in whatever order they were
     /// given: a `ZL_BOUNDED` zone of the triangles from which the way out crosses an odd number of segments
     /// (of several ways the one with the fewest, which matters where segments form no closed rings). A piece
-    /// that several segments share counts as often as they are. Segments that bound nothing, such as open
-    /// ends, are no border. Then the regions of the hole points are left out: what can be reached from these
-    /// without crossing any of the segments; hole points outside the hull do nothing. Applies pending
-    /// constraints first. O(number of triangles of the triangulation).
+    /// that several segments share counts as often as they are, so an even number of them is no border.
+    /// Segments that bound nothing, such as open ends, are no border. Then the regions of the hole points are
+    /// left out: what can be reached from these without crossing any of the segments; hole points outside the
+    /// hull do nothing. Applies pending constraints first. O(number of triangles of the triangulation).
     Zone2* createParityZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs,
                             const std::vector<Point2>& vHolePoints = {}, bool bVerbose = true);
     /// The same for maps whose areas share borders that were given once: everything is inside that has no way

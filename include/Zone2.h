@@ -35,12 +35,11 @@ enum ZoneLocation : std::uint32_t {
 /// was deleted has no triangles any more; queries say so with a warning.
 ///
 /// Every query costs time proportional to the number of triangles of the triangulation and the number of
-/// constraint segments of the zone, and a bit or two a triangle of memory. Lists are in the order of the
-/// triangles' records, unless said otherwise. While not 2-D, queries warn and find nothing. Output sequences
-/// are appended to.
+/// constraint segments of the zone, and up to two bytes a triangle of memory besides what it lists. Lists are
+/// in the order of the triangles' records, unless said otherwise. While not 2-D, queries warn and find
+/// nothing. Output sequences are appended to.
 class KIVO_API Zone2 {
 public:
-    ~Zone2();
     Zone2(const Zone2&) = delete;
     Zone2& operator=(const Zone2&) = delete;
 
@@ -123,6 +122,9 @@ private:
     Zone2(ZoneHost& triangulation, ZoneLocation location, const std::vector<ConstraintGraph2*>& vGraphs);
     Zone2(ZoneHost& triangulation, const std::vector<ConstraintGraph2*>& vGraphs, ZoneLocation location,
           const std::vector<Point2>& vPoints);
+    ~Zone2();
+    void draw(Visualizer2& visualizer, const std::vector<Triangle2*>& vTriangles, bool bShowFull,
+              bool bWithConstraints) const;
 
     ZoneHost& dt;
     ZoneLocation zoneLoc;

@@ -49,31 +49,38 @@ void Zone2::show(Visualizer2* pVisualizer, bool bShowFull, bool bWithConstraints
     }
     std::vector<Triangle2*> vTriangles;
     getTriangles(vTriangles);
-    pVisualizer->addObject(vTriangles, Color(0.94, 0.9, 0.55, 0.01, true));
+    draw(*pVisualizer, vTriangles, bShowFull, bWithConstraints);
+}
+
+void Zone2::draw(Visualizer2& visualizer, const std::vector<Triangle2*>& vTriangles, bool bShowFull,
+                 bool bWithConstraints) const {
+    visualizer.addObject(vTriangles, Color(0.94, 0.9, 0.55, 0.01, true));
     if (bShowFull) {
-        if (dt.is2D()) dt.show(pVisualizer, bWithConstraints);
+        if (dt.is2D()) dt.show(&visualizer, bWithConstraints);
         return;
     }
     const Color thick(CRED, 0.5F, false), thin(CRED, 0.001F, false);
     std::vector<ConstraintSegment2*> vOwn = segmentsOf(vConstraintGraphs);
     for (const ConstraintSegment2* pCSeg : vOwn)
-        pVisualizer->addObject(segmentOf(pCSeg), bWithConstraints ? thick : thin);
+        visualizer.addObject(segmentOf(pCSeg), bWithConstraints ? thick : thin);
     if (!bWithConstraints) return;
     std::sort(vOwn.begin(), vOwn.end(), std::less<>{});
     dt.constraints().forEachLiveSegment([&](ConstraintSegment2* pCSeg) {
         if (!std::binary_search(vOwn.begin(), vOwn.end(), pCSeg, std::less<>{}))
-            pVisualizer->addObject(segmentOf(pCSeg), thin);
+            visualizer.addObject(segmentOf(pCSeg), thin);
     });
 }
 
 void Zone2::show(const std::string& postscriptFilename, bool bShowFull, bool bWithConstraints) const {
     // A drawing without any extent can't be scaled to the page.
-    if (getNumberOfTriangles() == 0) {
+    std::vector<Triangle2*> vTriangles;
+    getTriangles(vTriangles);
+    if (vTriangles.empty()) {
         reportWarning("Zone2::show()", "The zone has no triangles, no visualization");
         return;
     }
     Visualizer2 vis(postscriptFilename);
-    show(&vis, bShowFull, bWithConstraints);
+    draw(vis, vTriangles, bShowFull, bWithConstraints);
     vis.writeFile();
 }
 

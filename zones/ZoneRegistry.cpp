@@ -35,7 +35,7 @@ Zone2* ZoneRegistry::createZone(ConstraintGraph2* pGraph, ZoneLocation zoneLoc) 
     if (!hasTriangles()) return nullptr;
     if (zoneLoc == ZL_GLOBAL || isResult(zoneLoc)) {
         KIVO_ASSERT(pGraph == nullptr, "pConstraintGraph==NULL");
-        return add(std::unique_ptr<Zone2>(new Zone2(dt, zoneLoc)));
+        return add(OwnedZone(new Zone2(dt, zoneLoc)));
     }
     if (pGraph == nullptr) {
         reportError("Dt::createZone()", // text kept as it is
@@ -43,7 +43,7 @@ Zone2* ZoneRegistry::createZone(ConstraintGraph2* pGraph, ZoneLocation zoneLoc) 
         return nullptr;
     }
     if (!areOwn({pGraph}) || !areOriented({pGraph})) return nullptr;
-    return add(std::unique_ptr<Zone2>(new Zone2(dt, zoneLoc, pGraph)));
+    return add(OwnedZone(new Zone2(dt, zoneLoc, pGraph)));
 }
 
 Zone2* ZoneRegistry::createZone(const std::vector<ConstraintGraph2*>& vGraphs, ZoneLocation zoneLoc) {
@@ -58,7 +58,7 @@ Zone2* ZoneRegistry::createZone(const std::vector<ConstraintGraph2*>& vGraphs, Z
         return nullptr;
     }
     if (!areOwn(vGraphs) || !areOriented(vGraphs)) return nullptr;
-    return add(std::unique_ptr<Zone2>(new Zone2(dt, zoneLoc, vGraphs)));
+    return add(OwnedZone(new Zone2(dt, zoneLoc, vGraphs)));
 }
 
 Zone2* ZoneRegistry::createZone(const std::vector<ConstraintGraph2*>& vGraphs, ZoneLocation zoneLoc,
@@ -74,7 +74,7 @@ Zone2* ZoneRegistry::createZone(const std::vector<ConstraintGraph2*>& vGraphs, Z
         reportWarning(location, "The start point has a coordinate that is not finite, returning NULL");
         return nullptr;
     }
-    return add(std::unique_ptr<Zone2>(new Zone2(dt, vGraphs, zoneLoc, {startPoint})));
+    return add(OwnedZone(new Zone2(dt, vGraphs, zoneLoc, {startPoint})));
 }
 
 Zone2* ZoneRegistry::createZone(const std::vector<Triangle2*>& vTriangles) {
@@ -109,7 +109,7 @@ Zone2* ZoneRegistry::createEnclosedZone(const std::vector<ConstraintGraph2*>& vG
 
 Zone2* ZoneRegistry::createResultZone(ZoneLocation zoneLoc, Zone2* pZone0, Zone2* pZone1) {
     if (!hasTriangles()) return nullptr;
-    auto pZone = std::unique_ptr<Zone2>(new Zone2(dt, zoneLoc));
+    auto pZone = OwnedZone(new Zone2(dt, zoneLoc));
     for (Zone2* pOperand : {pZone0, pZone1})
         pZone->vInputZones.push_back({pOperand, pOperand->number});
     return add(std::move(pZone));
@@ -121,13 +121,13 @@ Zone2* ZoneRegistry::createGrownZone(const TriangleSet& triangles) {
     const std::vector<Point2> vStarts = startPointsOf(triangles, dt.predicates());
     if (vStarts.empty()) return nullptr;
     ConstraintGraph2* const pBorder = dt.fixEdges(borderOf(triangles));
-    return add(std::unique_ptr<Zone2>(new Zone2(dt, {pBorder}, ZL_GROW, vStarts)));
+    return add(OwnedZone(new Zone2(dt, {pBorder}, ZL_GROW, vStarts)));
 }
 
 Zone2* ZoneRegistry::createBoundedZone(const TriangleSet& triangles) {
     if (triangles.empty()) return nullptr;
     ConstraintGraph2* const pBorder = dt.fixEdges(borderOf(triangles));
-    return add(std::unique_ptr<Zone2>(new Zone2(dt, ZL_BOUNDED, pBorder)));
+    return add(OwnedZone(new Zone2(dt, ZL_BOUNDED, pBorder)));
 }
 
 void ZoneRegistry::deleteZone(Zone2* pZone) {
@@ -156,7 +156,7 @@ bool ZoneRegistry::areOriented(const std::vector<ConstraintGraph2*>& vGraphs) co
     return bAll;
 }
 
-Zone2* ZoneRegistry::add(std::unique_ptr<Zone2> pZone) {
+Zone2* ZoneRegistry::add(OwnedZone pZone) {
     Zone2* const pAdded = pZone.get();
     pAdded->number = nextNumber++;
     mZones.emplace(pAdded, std::move(pZone));

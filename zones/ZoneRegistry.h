@@ -45,14 +45,19 @@ public:
     std::size_t size() const { return mZones.size(); }
 
 private:
-    Zone2* add(std::unique_ptr<Zone2> pZone);
+    struct Deleter {
+        void operator()(Zone2* pZone) const { delete pZone; }
+    };
+    using OwnedZone = std::unique_ptr<Zone2, Deleter>;
+
+    Zone2* add(OwnedZone pZone);
     // What must hold of all graphs; what does not is reported.
     bool hasTriangles() const;
     bool areOwn(const std::vector<ConstraintGraph2*>& vGraphs) const;
     bool areOriented(const std::vector<ConstraintGraph2*>& vGraphs) const;
 
     ZoneHost& dt;
-    std::map<const Zone2*, std::unique_ptr<Zone2>, std::less<>> mZones; // nothing walks through it
+    std::map<const Zone2*, OwnedZone, std::less<>> mZones; // nothing walks through it
     std::uint64_t nextNumber = 1;
 };
 
