@@ -16,9 +16,26 @@ cmake --build --preset fuzz
 rm -rf "$work/corpus"
 mkdir -p "$work/finds"
 python3 scripts/fuzz_seeds.py tests/data "$work/corpus"
+run() { # TARGET
+    cd "$work/finds"
+    "$work/fuzz/$1" "$work/corpus/$1" -seed=1 -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 \
+        -malloc_limit_mb=512 -max_len=4096 -print_final_stats=1 -artifact_prefix="$work/finds/${1}_"
+}
+
+# All at once: most machines have a core for each or nearly so.
+declare -A jobs
 for target in segment_soup_fuzz zone_soup_fuzz point_file_fuzz; do
-    printf '== %s, %s s\n' "$target" "$seconds"
-    (cd "$work/finds" && "$work/fuzz/$target" "$work/corpus/$target" -seed=1 -max_total_time="$seconds" -timeout=20 \
-        -rss_limit_mb=2048 -malloc_limit_mb=512 -max_len=4096 -print_final_stats=1 \
-        -artifact_prefix="$work/finds/${target}_")
+    (run "$target") >"$work/$target.log" 2>&1 &
+    jobs[$target]=$!
 done
+failed=0
+for target in "${!jobs[@]}"; do
+    lines=12
+    if ! wait "${jobs[$target]}"; then
+        failed=1
+        lines=200
+    fi
+    printf '== %s, %s s\n' "$target" "$seconds"
+    tail -n "$lines" "$work/$target.log"
+done
+exit "$failed"
