@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <unistd.h>
 
 namespace cli {
 
@@ -18,7 +19,10 @@ namespace {
 
 void checkFolder(const std::string& name) {
     std::error_code error;
-    if (std::filesystem::is_directory(name, error)) return;
+    if (std::filesystem::is_directory(name, error)) {
+        if (access(name.c_str(), W_OK | X_OK) != 0) fail(name, std::strerror(errno));
+        return;
+    }
     // Without the slash at the end: behind it nothing is made, and that counts as a success.
     const std::string withoutSlash = name.substr(0, name.find_last_not_of('/') + 1);
     const bool bCreated = std::filesystem::create_directory(withoutSlash, error);

@@ -196,7 +196,7 @@ ConstraintGraph2* ConstraintMgr::makeGraph(const std::vector<PointerPair>& vPair
                 printText(text.str());
             }
         }
-        operation.advance();
+        if (order.application != Application::NOT_NEEDED) operation.advance(); // a listener might insert
     }
     const bool bApplyNow = order.application == Application::NOW && dt.is2D();
     if (bApplyNow && bPending) apply();
@@ -207,7 +207,7 @@ ConstraintGraph2* ConstraintMgr::makeGraph(const std::vector<PointerPair>& vPair
     } else if (order.application != Application::NOT_NEEDED) {
         bPending = bPending || !vCSegs.empty();
     }
-    operation.finish();
+    if (order.application != Application::NOT_NEEDED) operation.finish();
     return pGraph;
 }
 

@@ -3,10 +3,10 @@
 #include "Triangle2.h"
 #include "core/RecordNumbers.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 namespace TESK_KIVO2D {

@@ -185,8 +185,8 @@ public:
     /// out without crossing a segment, but for the regions of the hole points.
     Zone2* createEnclosedZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs,
                               const std::vector<Point2>& vHolePoints = {}, bool bVerbose = true);
-    /// Ends the zone. A pointer that is no zone of this triangulation (any more) gets a warning. O(log of the
-    /// number of zones).
+    /// Ends the zone. A border that was made a constraint graph for it stays one. A pointer that is no zone
+    /// of this triangulation (any more) gets a warning. O(log of the number of zones).
     void deleteZone(Zone2* pZone);
 
     /// \}
@@ -201,7 +201,8 @@ public:
     bool writeObj(const std::string& filename, const Zone2* pZone) const;
     /// Makes the directory a web page that shows the triangles and constraints: open index.html in a browser,
     /// from disk or from a server. It needs no network. Holds the mesh as 3d.obj too. Returns false, after a
-    /// message, when it can't be made. Up to 2^32 - 1 triangles.
+    /// message, when it can't be made; what is written then stays there. Browsers show some ten million
+    /// triangles.
     bool writeWebScene(const char* path) const;
     /// The same for the triangles of a zone, in the colour of zones.
     bool writeWebScene(const char* path, const Zone2* pZone) const;

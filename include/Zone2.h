@@ -63,8 +63,9 @@ public:
     /// \{
 
     /// Appends the triangles, each once. Only a `ZL_GROW` zone with several start points in one region lists
-    /// that region once for each of them. A `ZL_INSIDE` or `ZL_BOUNDED` zone whose graphs have no edge in the
-    /// triangulation is an error (`KivoException`).
+    /// that region once for each of them. Different start points' regions come
+    /// one after the other. A `ZL_INSIDE` or `ZL_BOUNDED` zone whose graphs enclose nothing, for example
+    /// because they are not applied yet, is an error (`KivoException`).
     void getTriangles(std::vector<Triangle2*>& vTriangles) const;
     /// Length of the list that `getTriangles` gives.
     std::uint64_t getNumberOfTriangles() const;
@@ -102,7 +103,8 @@ public:
 
     /// A zone of the same triangles whose border is a constraint graph, as the mesh generator wants it: the
     /// zone itself if it is a `ZL_INSIDE` zone, else a new `ZL_BOUNDED` zone. First applies what constraints
-    /// are pending. Makes the zone's border edges constraints. The zone itself stays as it is. Null, with a
+    /// are pending. Makes the zone's border edges constraints, which
+    /// they stay when the zone is deleted. The zone itself stays as it is. Null, with a
     /// warning, when the zone is empty.
     Zone2* convertToBoundedZone();
 

@@ -10,22 +10,12 @@ SeedFinder::SeedFinder(const MeshStore& meshStore, const RecordNumbers<Triangle2
 
 void SeedFinder::append(const ConstraintGraph2& graph, const std::vector<GraphEdge>& vEdges, bool bInside,
                         std::vector<Triangle2*>& vSeeds) {
-    if (graph.isPolygon() && passesVertexTwice(vEdges)) {
+    if (vEdges.empty()) return;
+    if (graph.isPolygon()) {
         appendByParity(vEdges, bInside, vSeeds);
     } else {
         appendBySide(vEdges, bInside, vSeeds);
     }
-}
-
-bool SeedFinder::passesVertexTwice(const std::vector<GraphEdge>& vEdges) {
-    bool bTwice = false;
-    for (const GraphEdge& e : vEdges) {
-        const auto passed = vbPassed.begin() + static_cast<std::ptrdiff_t>(vertexNumbers.numberOf(e.pStart));
-        bTwice = bTwice || *passed;
-        *passed = true;
-    }
-    setPassed(vEdges, false);
-    return bTwice;
 }
 
 void SeedFinder::setPassed(const std::vector<GraphEdge>& vEdges, bool bPassed) {

@@ -17,14 +17,13 @@ public:
     SeedFinder(const MeshStore& meshStore, const RecordNumbers<Triangle2>& triangleNumbers);
 
     // Appends the triangles beside the graph's edges that lie inside, or those that lie outside. Inside is
-    // left of the edges; of a ring that crosses itself, some of whose edges have the outside on their left,
-    // what it encloses by parity. An edge that the graph lists twice, there and back or over and over, says
-    // nothing about its sides.
+    // left of the edges; of a ring, what it encloses by parity: it may cross itself, and later constraints
+    // that cross a ring thinner than a unit in the last place may have turned it round. An edge that the
+    // graph lists twice, there and back or over and over, says nothing about its sides.
     void append(const ConstraintGraph2& graph, const std::vector<GraphEdge>& vEdges, bool bInside,
                 std::vector<Triangle2*>& vSeeds);
 
 private:
-    bool passesVertexTwice(const std::vector<GraphEdge>& vEdges);
     void setPassed(const std::vector<GraphEdge>& vEdges, bool bPassed);
     bool isPassed(const Point2* pVtx) const { return vbPassed[vertexNumbers.numberOf(pVtx)]; }
     void appendByParity(const std::vector<GraphEdge>& vEdges, bool bInside, std::vector<Triangle2*>& vSeeds);

@@ -5,6 +5,7 @@
 #include "kernel/messages.h"
 #include "zones/ResultOrder.h"
 #include "zones/SeedFinder.h"
+#include "zones/enclosedTriangles.h"
 #include "zones/graphEdges.h"
 
 #include <algorithm>
@@ -62,8 +63,19 @@ TriangleSet ZoneEvaluation::basicSet(const Zone2& zone) const {
     }
 }
 
+namespace {
+
+void requireInside(bool bSome) {
+    if (bSome) return;
+    reportError(location, "An inside zone is empty - have you called Kivo_2D::applyConstraintsAndZones()?");
+    KIVO_ASSERT(bSome, "!vWorkspace.empty()");
+}
+
+} // namespace
+
 TriangleSet ZoneEvaluation::enclosed(const Zone2& zone) const {
     KIVO_ASSERT(!zone.vConstraintGraphs.empty(), "!vConstraintGraphs.empty()");
+    if (zone.zoneLoc == ZL_BOUNDED && !zone.vConstraintGraphs.front()->isPolygon()) return bounded(zone);
     EdgeMarks closed(numbers);
     SeedFinder seedFinder(dt.meshStore(), numbers);
     std::vector<Triangle2*> vSeeds;
@@ -73,19 +85,22 @@ TriangleSet ZoneEvaluation::enclosed(const Zone2& zone) const {
             closed.set(e.edge);
         seedFinder.append(*pGraph, vEdges, zone.zoneLoc != ZL_OUTSIDE, vSeeds);
     }
-    if (vSeeds.empty() && zone.zoneLoc != ZL_OUTSIDE) {
-        reportError(location,
-                    "An inside zone is empty - have you called Kivo_2D::applyConstraintsAndZones()?");
-        KIVO_ASSERT(!vSeeds.empty(), "!vWorkspace.empty()");
-    }
+    requireInside(!vSeeds.empty() || zone.zoneLoc == ZL_OUTSIDE);
     TriangleSet reached = emptySet();
-    std::vector<Triangle2*> vStack;
+    std::vector<Triangle2*> vFront;
     for (Triangle2* pSeed : vSeeds) {
         if (!reached.insert(pSeed)) continue;
-        vStack.push_back(pSeed);
-        flood(vStack, closed, reached);
+        vFront.push_back(pSeed);
+        flood(vFront, closed, reached);
     }
     return reached;
+}
+
+// Rings that are a border together. Their directions tell the inside too, but not for ever: see SeedFinder.
+TriangleSet ZoneEvaluation::bounded(const Zone2& zone) const {
+    TriangleSet inside = enclosedByParity(dt.meshStore(), numbers, edgesOf(*zone.vConstraintGraphs.front()));
+    requireInside(!inside.empty());
+    return inside;
 }
 
 // Regions of different start points are equal or have nothing in common.
@@ -184,7 +199,7 @@ TriangleSet ZoneEvaluation::resultSet(const Zone2& zone) const {
             set.combine(other, std::bit_xor<>{});
         }
         vSets[i] = std::move(set);
-        if (step.bFirstEnds && first != i) vSets[first].reset();
+        if (step.bFirstEnds) vSets[first].reset();
         if (step.bSecondEnds) vSets[second].reset();
     }
     return std::move(*vSets.back());

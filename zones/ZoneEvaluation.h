@@ -21,11 +21,11 @@ public:
     TriangleSet setOf(const Zone2& zone) const;
     // No triangle.
     TriangleSet emptySet() const { return TriangleSet(numbers); }
-    const RecordNumbers<Triangle2>& triangleNumbers() const { return numbers; }
 
 private:
     TriangleSet basicSet(const Zone2& zone) const;
     TriangleSet enclosed(const Zone2& zone) const;
+    TriangleSet bounded(const Zone2& zone) const;
     void grow(const Zone2& zone, TriangleSet& reached, std::vector<Triangle2*>* pList) const;
     void growAgain(Triangle2* pStart, const EdgeMarks& closed, TriangleSet& reached,
                    std::vector<Triangle2*>& vRegion) const;

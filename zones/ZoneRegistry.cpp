@@ -94,6 +94,7 @@ Zone2* ZoneRegistry::createZone(const std::vector<Triangle2*>& vTriangles) {
         reportWarning(location, std::to_string(numForeign) +
                                     (numForeign == 1 ? " triangle is" : " triangles are") +
                                     " not of this triangulation and ignored");
+    if (triangles.empty()) reportWarning(location, "No triangles given, returning NULL");
     return createGrownZone(triangles);
 }
 

@@ -42,7 +42,6 @@ public:
         const auto it = mZones.find(pZone);
         return it != mZones.end() && it->second->number == number;
     }
-    std::size_t size() const { return mZones.size(); }
 
 private:
     struct Deleter {

@@ -2,7 +2,6 @@
 
 #include "core/EdgeMarks.h"
 #include "core/flood.h"
-#include "zones/graphEdges.h"
 
 #include <cmath>
 
@@ -99,6 +98,14 @@ void cutOutHoles(ZoneHost& dt, const EdgeMarks& closed, const std::vector<Point2
 }
 
 } // namespace
+
+TriangleSet enclosedByParity(const MeshStore& store, const RecordNumbers<Triangle2>& numbers,
+                             const std::vector<GraphEdge>& vEdges) {
+    EdgeMarks odd(numbers);
+    for (const GraphEdge& e : vEdges)
+        odd.flip(e.edge);
+    return oddLayers(store, odd, numbers);
+}
 
 TriangleSet enclosedTriangles(ZoneHost& dt, const RecordNumbers<Triangle2>& numbers,
                               const std::vector<ConstraintGraph2*>& vGraphs, InsideRule rule,

@@ -3,6 +3,7 @@
 #include "Point2.h"
 #include "core/TriangleSet.h"
 #include "zones/ZoneHost.h"
+#include "zones/graphEdges.h"
 
 #include <vector>
 
@@ -13,6 +14,10 @@ enum class InsideRule {
     PARITY,  // what has an odd number of them on the way out that crosses the fewest
     ENCLOSED // what has no way out that crosses none
 };
+
+// The triangles that the edges enclose by parity, whatever their directions.
+TriangleSet enclosedByParity(const MeshStore& store, const RecordNumbers<Triangle2>& numbers,
+                             const std::vector<GraphEdge>& vEdges);
 
 // The triangles that the graphs' edges enclose, without the regions of the hole points. The triangulation is
 // 2-D; the numbers are of its triangles.

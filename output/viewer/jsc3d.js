@@ -201,19 +201,34 @@ window.Kivo = window.Kivo || {};
                 throw new Error("This page draws with WebGL 2, which this browser does not offer. It may be switched " +
                     "off in its settings, or the graphics driver may be too old.");
             }
-            canvas.addEventListener("webglcontextlost", event => event.preventDefault());
+            this.onLost = this.onRestored = this.onFailure = () => {};
+            canvas.addEventListener("webglcontextlost", event => {
+                event.preventDefault();
+                this.onLost();
+            });
             canvas.addEventListener("webglcontextrestored", () => {
-                this.upload();
-                this.change();
+                if (!this.mesh) return;
+                try {
+                    this.setMesh(this.mesh, { keepView: true });
+                    this.onRestored();
+                } catch (error) {
+                    this.onFailure(error);
+                }
             });
             new ResizeObserver(() => this.resize()).observe(canvas);
         }
 
-        setMesh(mesh) {
+        // Nothing is drawn after a failure.
+        setMesh(mesh, { keepView = false } = {}) {
             this.mesh = mesh;
-            this.upload();
+            try {
+                this.upload();
+            } catch (error) {
+                this.mesh = null;
+                throw error;
+            }
             this.resize();
-            this.fit();
+            if (!keepView) this.fit();
         }
 
         upload() {
