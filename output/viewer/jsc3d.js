@@ -335,12 +335,13 @@ window.Kivo = window.Kivo || {};
 
         // Draws once before the next frame, however often it is called until then.
         change() {
+            if (!this.mesh) return;
             this.onChange();
-            if (this.isPending || !this.mesh) return;
+            if (this.isPending) return;
             this.isPending = true;
             requestAnimationFrame(() => {
                 this.isPending = false;
-                if (!this.gl.isContextLost()) this.draw();
+                if (this.mesh && !this.gl.isContextLost()) this.draw();
             });
         }
 

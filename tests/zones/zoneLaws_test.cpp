@@ -199,6 +199,29 @@ TEST(Zone, isNotDividedByOtherConstraintsNorByLeavesThatItsGraphHasTwice) {
     EXPECT_THROW(pOfNothing->getNumberOfTriangles(), KivoException);
 }
 
+TEST(Zone, ofARingThatALaterCutTurnsRoundStaysWithin) {
+    // Thinner than a unit in the last place: the crossing is rounded across the ring.
+    const double o = 4503599627370496; // 2^52
+    const auto at = [o](double x, double y) { return Point2(o + x, o + y); };
+    Kivo_2D kivo;
+    kivo.insert({at(-3, -3), at(15, -3), at(-3, 15), at(15, 15)});
+    const auto addRing = [&](const Points& v) {
+        Segments vRing;
+        for (std::size_t i = 0; i < v.size(); ++i)
+            vRing.emplace_back(v[i], v[(i + 1) % v.size()]);
+        return add(kivo, vRing);
+    };
+    ConstraintGraph2* const pSliver = addRing({at(8, 9), at(6, 6), at(2, 1)});
+    ConstraintGraph2* const pSquare = addRing({at(11, 2), at(12, 2), at(12, 3), at(11, 3)});
+    const std::vector<Zone2*> vZones = {
+        kivo.createZone(pSliver, ZL_INSIDE), kivo.createZone({pSliver, pSquare}, ZL_INSIDE),
+        kivo.createParityZone({pSliver, pSquare}), kivo.createZone(pSliver, ZL_BOUNDED)};
+    add(kivo, {{at(6, 10), at(6, 5)}});
+    for (const Zone2* pZone : vZones)
+        EXPECT_GT(5, pZone->getArea2D());
+    EXPECT_LT(300, kivo.createZone(pSliver, ZL_OUTSIDE)->getArea2D());
+}
+
 TEST(Zone, ofAHubWithManySpokesIsFoundInNoTime) {
     const int num = 60000;
     Points vRim;
