@@ -24,7 +24,7 @@ ZoneEvaluation::ZoneEvaluation(ZoneHost& triangulation)
     : dt(triangulation), numbers(triangulation.meshStore().triangleNumbers()) {}
 
 void ZoneEvaluation::list(const Zone2& zone, std::vector<Triangle2*>& vTriangles) const {
-    if (zone.zoneLoc == ZL_GROW && dt.is2D()) {
+    if (zone.zoneLoc == ZL_GROW && zone.vStartPoints.size() > 1 && dt.is2D()) { // region by region
         TriangleSet reached = emptySet();
         grow(zone, reached, &vTriangles);
     } else {
