@@ -283,32 +283,22 @@ private:
         checkRule(pZone, v);
     }
 
-    static bool passesVertexTwice(const ConstraintGraph2* pGraph) {
-        std::vector<Point2*> vEnds, vStarts;
-        pGraph->getPolygonVertices(vEnds);
-        for (std::size_t i = 0; i < vEnds.size(); i += 2)
-            vStarts.push_back(vEnds[i]);
-        std::sort(vStarts.begin(), vStarts.end());
-        return std::adjacent_find(vStarts.begin(), vStarts.end()) != vStarts.end();
-    }
-
-    // Inside and outside are the sides of the leaves, but for a ring that passes a vertex twice: this
-    // encloses by parity.
+    // A ring encloses by parity, whichever way rounded cuts have turned it; so does a border of several rings.
+    // Of other graphs inside and outside are the sides of the leaves.
     void checkRule(const Zone2* pZone, const Triangles& v) const {
         const ZoneLocation location = pZone->getZoneLocation();
         if (location != ZL_INSIDE && location != ZL_OUTSIDE && location != ZL_BOUNDED) return;
         std::vector<ConstraintGraph2*> vOwn;
         pZone->getConstraintGraphs(vOwn);
-        const bool bParity = std::any_of(vOwn.begin(), vOwn.end(), [](const ConstraintGraph2* pGraph) {
-            return pGraph->isPolygon() && passesVertexTwice(pGraph);
-        });
-        if (!bParity) {
-            CHECK(v ==
-                  oracle::reachedFrom(location == ZL_OUTSIDE ? oracle::RIGHT : oracle::LEFT, kivo, vOwn));
-        } else if (vOwn.front() == vOwn.back()) {
-            const Triangles vOdd = oracle::oddlyEnclosed(kivo, {vOwn.front()});
+        if (vOwn.front() != vOwn.back()) return; // one may be a ring turned round
+        const Triangles vOdd = oracle::oddlyEnclosed(kivo, {vOwn.front()});
+        if (vOwn.front()->isPolygon()) {
             CHECK(location == ZL_OUTSIDE ? v.size() + vOdd.size() == kivo.numberOfTriangles() : v == vOdd);
+            return;
         }
+        const Triangles vSide =
+            oracle::reachedFrom(location == ZL_OUTSIDE ? oracle::RIGHT : oracle::LEFT, kivo, vOwn);
+        CHECK(v == vSide || (location == ZL_BOUNDED && v == vOdd));
     }
 
     Kivo_2D kivo;

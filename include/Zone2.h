@@ -133,6 +133,7 @@ private:
     std::vector<ConstraintGraph2*> vConstraintGraphs;
     std::vector<Point2> vStartPoints;
     std::vector<Operand> vInputZones;
+    bool bOwnBorder = false;  // its graph was made from the border of its triangles
     std::uint64_t number = 0; // of all zones of the triangulation, in the order in which they were made
 };
 

@@ -75,7 +75,7 @@ void requireInside(bool bSome) {
 
 TriangleSet ZoneEvaluation::enclosed(const Zone2& zone) const {
     KIVO_ASSERT(!zone.vConstraintGraphs.empty(), "!vConstraintGraphs.empty()");
-    if (zone.zoneLoc == ZL_BOUNDED && !zone.vConstraintGraphs.front()->isPolygon()) return bounded(zone);
+    if (zone.bOwnBorder && !zone.vConstraintGraphs.front()->isPolygon()) return bounded(zone);
     EdgeMarks closed(numbers);
     SeedFinder seedFinder(dt.meshStore(), numbers);
     std::vector<Triangle2*> vSeeds;

@@ -128,7 +128,9 @@ Zone2* ZoneRegistry::createGrownZone(const TriangleSet& triangles) {
 Zone2* ZoneRegistry::createBoundedZone(const TriangleSet& triangles) {
     if (triangles.empty()) return nullptr;
     ConstraintGraph2* const pBorder = dt.fixEdges(borderOf(triangles));
-    return add(OwnedZone(new Zone2(dt, ZL_BOUNDED, pBorder)));
+    OwnedZone pZone(new Zone2(dt, ZL_BOUNDED, pBorder));
+    pZone->bOwnBorder = true;
+    return add(std::move(pZone));
 }
 
 void ZoneRegistry::deleteZone(Zone2* pZone) {
