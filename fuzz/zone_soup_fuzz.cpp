@@ -283,8 +283,8 @@ private:
         checkRule(pZone, v);
     }
 
-    // A ring encloses by parity, whichever way rounded cuts have turned it; so does a border of several rings.
-    // Of other graphs inside and outside are the sides of the leaves.
+    // A ring encloses by parity, whichever way rounded cuts have turned it; so does a border of several
+    // rings. Of other graphs inside and outside are the sides of the leaves.
     void checkRule(const Zone2* pZone, const Triangles& v) const {
         const ZoneLocation location = pZone->getZoneLocation();
         if (location != ZL_INSIDE && location != ZL_OUTSIDE && location != ZL_BOUNDED) return;
