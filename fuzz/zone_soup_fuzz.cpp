@@ -283,6 +283,17 @@ private:
         checkRule(pZone, v);
     }
 
+    bool isApplied(const ConstraintGraph2* pGraph) const {
+        std::vector<Point2*> v;
+        pGraph->getPolygonVertices(v);
+        for (std::size_t i = 0; i < v.size(); i += 2) {
+            if (kivo.getAdjacentTriangle(v[i], v[i + 1]) == nullptr &&
+                kivo.getAdjacentTriangle(v[i + 1], v[i]) == nullptr)
+                return false;
+        }
+        return true;
+    }
+
     // A ring encloses by parity, whichever way rounded cuts have turned it; so does a border of several
     // rings. Of other graphs inside and outside are the sides of the leaves.
     void checkRule(const Zone2* pZone, const Triangles& v) const {
@@ -291,6 +302,7 @@ private:
         std::vector<ConstraintGraph2*> vOwn;
         pZone->getConstraintGraphs(vOwn);
         if (vOwn.front() != vOwn.back()) return; // one may be a ring turned round
+        if (!isApplied(vOwn.front())) return;    // an open ring has no inside
         const Triangles vOdd = oracle::oddlyEnclosed(kivo, {vOwn.front()});
         if (vOwn.front()->isPolygon()) {
             CHECK(location == ZL_OUTSIDE ? v.size() + vOdd.size() == kivo.numberOfTriangles() : v == vOdd);
