@@ -10,9 +10,11 @@
 #include "KivoException.h"
 #include "Label.h"
 #include "MeshArrays.h"
+#include "MeshGenParams.h"
 #include "MsgBase.h"
 #include "Orientation2.h"
 #include "Point2.h"
+#include "RefinementReport.h"
 #include "Segment2.h"
 #include "Triangle2.h"
 #include "TriangleAroundVertexIterator.h"
@@ -188,6 +190,37 @@ public:
     /// Ends the zone. A border that was made a constraint graph for it stays one. A pointer that is no zone
     /// of this triangulation (any more) gets a warning. O(log of the number of zones).
     void deleteZone(Zone2* pZone);
+
+    /// \}
+    /// \name Meshing
+    /// \{
+
+    /// Refines the triangles of a zone until they meet the limits, by inserting vertices into the zone and
+    /// splitting constraint segments. The zone must be a `ZL_INSIDE` or `ZL_BOUNDED` zone
+    /// (`Zone2::convertToBoundedZone`). Other zones keep their triangles, apart from those at shared
+    /// constraint segments. All limits that are not named here have their defaults (see `MeshGenParams`, also
+    /// for limits that are no positive numbers). A null zone, or an angle above 30, is a warning and nothing
+    /// happens; another kind of zone is an error (`KivoException`).
+    ///
+    /// Where no constraints meet at less than 60 degrees and splitting is allowed down to the resolution of
+    /// doubles (`minEdgeLength` 0), all angles meet the limit afterwards. Elsewhere `getRefinementReport`
+    /// tells what was left and why. Expected O(n log n) for n triangles at the end. Methods: Ruppert 1995;
+    /// Shewchuk 2002; off-centres (Uengoer 2004); Miller, Pav, Walkington 2003 for small input angles.
+    ///
+    /// \param pZone the zone
+    /// \param minAngleDegree the smallest interior angle wanted, in degrees, at most 30
+    /// \param minEdgeLength constraint segments shorter than twice this length are not split
+    /// \param maxEdgeLength upper bound on the length of edges
+    /// \param bAllowConstraintSplitting whether constraint segments may be split
+    void refine(Zone2* pZone, double minAngleDegree, double minEdgeLength, double maxEdgeLength,
+                bool bAllowConstraintSplitting);
+    /// The same with all limits, which may vary over the plane. The parameters are used during the call only.
+    /// Null parameters are a warning; wrong ones are an error (`KivoException`), and nothing happens.
+    /// Listeners hear progress. An exception from a listener or from the parameters' functions reaches the
+    /// caller; the triangulation is valid then and keeps what was inserted.
+    void refineAdvanced(MeshGenParams* pParameters);
+    /// What the latest refinement did, and which triangles still break which rule and why. O(1).
+    RefinementReport getRefinementReport() const;
 
     /// \}
     /// \name Export

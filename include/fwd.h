@@ -16,6 +16,7 @@ class Edge2;
 class Kivo_2D;
 class KivoException;
 class Label;
+class MeshGenParams;
 class MsgBase;
 class Point2;
 class ResultOrder;
@@ -32,5 +33,6 @@ class ZoneEvaluation;
 class ZoneHost;
 class ZoneRegistry;
 struct MeshArrays;
+struct RefinementReport;
 
 } // namespace TESK_KIVO2D
