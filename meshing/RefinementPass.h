@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Triangle2.h"
 #include "RefinementReport.h"
+#include "Triangle2.h"
 #include "core/Cavity.h"
 #include "core/HalfEdge.h"
 #include "meshing/CandidateQueue.h"

@@ -41,9 +41,9 @@ Point2* SegmentSplitter::split(HalfEdge edge) {
     Point2 *const p1 = edge.source(), *const p2 = edge.target();
     ConstraintSegment2* const pCSeg = site.mgr.getConstraintSegment(p1, p2);
     KIVO_ASSERT(pCSeg != nullptr, "pCSeg!=0");
-    KIVO_ASSERT((pCSeg->getSrc() == p1 && pCSeg->getTrg() == p2) ||
-                    (pCSeg->getSrc() == p2 && pCSeg->getTrg() == p1),
-                "(pCSeg->getSrc()==p1 && pCSeg->getTrg()==p2) || (pCSeg->getSrc()==p2 && pCSeg->getTrg()==p1)");
+    KIVO_ASSERT(
+        (pCSeg->getSrc() == p1 && pCSeg->getTrg() == p2) || (pCSeg->getSrc() == p2 && pCSeg->getTrg() == p1),
+        "(pCSeg->getSrc()==p1 && pCSeg->getTrg()==p2) || (pCSeg->getSrc()==p2 && pCSeg->getTrg()==p1)");
     Point2 point = splitPointOf(p1, p2, site.mgr);
     if (point == *p1 || point == *p2) {
         reportTooShort(edge);
