@@ -19,12 +19,14 @@ bool isInBox(const Point2& p, const Point2& a, const Point2& b) {
            std::min(a.y(), b.y()) <= p.y() && p.y() <= std::max(a.y(), b.y());
 }
 
-// The next double from the point to the left of the line ab, along the axis that is more across it.
+// A unit in the last place of the larger coordinate to the left of the line ab, along the axis that is more
+// across it. So one or two steps make up for rounding, whichever coordinate was rounded.
 Point2 stepLeft(const Point2& p, const Point2& a, const Point2& b) {
-    constexpr double far = std::numeric_limits<double>::infinity();
+    const double size = p.getMaxAbs();
+    const double unit = std::nextafter(size, std::numeric_limits<double>::infinity()) - size;
     const double dx = b.x() - a.x(), dy = b.y() - a.y();
-    return std::fabs(dy) > std::fabs(dx) ? Point2(std::nextafter(p.x(), dy > 0 ? -far : far), p.y())
-                                         : Point2(p.x(), std::nextafter(p.y(), dx > 0 ? far : -far));
+    return std::fabs(dy) > std::fabs(dx) ? Point2(p.x() + (dy > 0 ? -unit : unit), p.y())
+                                         : Point2(p.x(), p.y() + (dx > 0 ? unit : -unit));
 }
 
 } // namespace
