@@ -16,7 +16,8 @@ namespace {
 
 constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
-const double oddValues[] = {0.0, -0.0, -1.0, -DBL_MAX, NaN, infinity, -infinity, 5e-324, DBL_MAX, 1e-300, 1.0};
+const double oddValues[] = {0.0,       -0.0,   -1.0,    -DBL_MAX, NaN, infinity,
+                            -infinity, 5e-324, DBL_MAX, 1e-300,   1.0};
 constexpr std::uint64_t fewPoints = 20000;
 
 std::uint64_t numInserted(const Kivo_2D& kivo) {
@@ -40,7 +41,8 @@ struct Domain {
         const RefinementReport report = kivo.getRefinementReport();
         EXPECT_EQ(report.end == RefinementEnd::POINT_LIMIT, numInserted(kivo) == params.maxInsertedPoints);
         EXPECT_LE(numInserted(kivo), params.maxInsertedPoints);
-        EXPECT_TRUE(report.end != RefinementEnd::POINT_LIMIT || messages.find("WARNING") != std::string::npos);
+        EXPECT_TRUE(report.end != RefinementEnd::POINT_LIMIT ||
+                    messages.find("WARNING") != std::string::npos);
         return report;
     }
 
@@ -152,21 +154,23 @@ TEST(Refinement, endsForSoupsOfNastySegments) {
 }
 
 TEST(Refinement, takesLimitsThatAreNoneForSwitchedOff) {
-    double MeshGenParams::* const aFields[] = {
-        &MeshGenParams::minAngleDegree, &MeshGenParams::minEdgeLength,     &MeshGenParams::maxEdgeLength,
-        &MeshGenParams::maxTriangleArea, &MeshGenParams::growFactor,       &MeshGenParams::growFactorMinArea,
-        &MeshGenParams::capAspectLimit, &MeshGenParams::gridLength};
-    for (double MeshGenParams::* field : aFields) {
+    double MeshGenParams::*const aFields[] = {
+        &MeshGenParams::minAngleDegree,  &MeshGenParams::minEdgeLength, &MeshGenParams::maxEdgeLength,
+        &MeshGenParams::maxTriangleArea, &MeshGenParams::growFactor,    &MeshGenParams::growFactorMinArea,
+        &MeshGenParams::capAspectLimit,  &MeshGenParams::gridLength};
+    for (double MeshGenParams::*field : aFields) {
         for (const double value : oddValues) {
             if (field == &MeshGenParams::minAngleDegree && value > 30) continue;
-            SCOPED_TRACE(testing::Message() << std::find(aFields, std::end(aFields), field) - aFields << ' ' << value);
+            SCOPED_TRACE(testing::Message()
+                         << std::find(aFields, std::end(aFields), field) - aFields << ' ' << value);
             Domain domain({{{0.2, 0.3}, {0.7, 0.4}}});
             MeshGenParams params = onlyAngles(domain.pZone, 25);
             params.maxInsertedPoints = 1000;
             params.*field = value;
             const RefinementReport report = domain.expectEnds(params);
-            const bool bTooMuch = value > 0 && value < 1e-6 &&
-                                  (field == &MeshGenParams::maxEdgeLength || field == &MeshGenParams::maxTriangleArea);
+            const bool bTooMuch =
+                value > 0 && value < 1e-6 &&
+                (field == &MeshGenParams::maxEdgeLength || field == &MeshGenParams::maxTriangleArea);
             EXPECT_EQ(bTooMuch ? RefinementEnd::POINT_LIMIT : RefinementEnd::COMPLETE, report.end);
         }
     }

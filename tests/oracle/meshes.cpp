@@ -89,8 +89,8 @@ Excess breaksGrowth(const Triangle2* pT, const Measures& m, const MeshGenParams&
 
 // Near the end of what doubles can tell apart nothing is promised.
 bool isTiny(const Triangle2* pT, const Measures& m) {
-    const double largest = std::max({pT->getCorner(0)->getMaxAbs(), pT->getCorner(1)->getMaxAbs(),
-                                     pT->getCorner(2)->getMaxAbs()});
+    const double largest = std::max(
+        {pT->getCorner(0)->getMaxAbs(), pT->getCorner(1)->getMaxAbs(), pT->getCorner(2)->getMaxAbs()});
     return m.shortest < std::max(largest * 0x1p-40L, DBL_MIN * 1e3L);
 }
 
@@ -183,8 +183,7 @@ std::map<Point2*, std::set<MeshWitness::Leaf>> MeshWitness::leavesThrough() cons
     return mOn;
 }
 
-bool MeshWitness::isAtSmallCorner(const Triangle2* pT,
-                                  const std::map<Point2*, std::set<Leaf>>& mOn) const {
+bool MeshWitness::isAtSmallCorner(const Triangle2* pT, const std::map<Point2*, std::set<Leaf>>& mOn) const {
     std::set<Leaf> sTouched;
     for (int i = 0; i < 3; ++i)
         if (const auto on = mOn.find(pT->getCorner(i)); on != mOn.end())
@@ -227,9 +226,8 @@ void MeshWitness::checkOutside() const {
 void MeshWitness::checkCounts() const {
     std::vector<Point2*> vVertices;
     kivo.getVertexPointers(vVertices);
-    const auto numOnConstraints = std::count_if(vVertices.begin(), vVertices.end(), [&](Point2* p) {
-        return !isOld(p) && kivo.isConstraint(p);
-    });
+    const auto numOnConstraints = std::count_if(vVertices.begin(), vVertices.end(),
+                                                [&](Point2* p) { return !isOld(p) && kivo.isConstraint(p); });
     const RefinementReport report = kivo.getRefinementReport();
     demand(report.numInnerPoints + report.numSegmentPoints == vVertices.size() - mVertices.size(),
            "the report counts other points than there are");
@@ -276,9 +274,9 @@ void MeshWitness::checkRules(const MeshGenParams& params) const {
         if (!bFinished || !bEdgesMaySplit || isTiny(pT, m)) continue;
         const bool bSmall = isLimit(params.minAngleDegree) && m.minAngle < params.minAngleDegree - 1e-4L;
         if (!bSmall && !aExcess[1].bSure && !aExcess[2].bSure && !aExcess[3].bSure) continue;
-        demand(isAtSmallCorner(pT, mOn), bSmall ? "an angle of " + std::to_string(double(m.minAngle)) +
-                                                      " away from small corners"
-                                                : "a limit of size or growth does not hold");
+        demand(isAtSmallCorner(pT, mOn),
+               bSmall ? "an angle of " + std::to_string(double(m.minAngle)) + " away from small corners"
+                      : "a limit of size or growth does not hold");
     }
     const char* const aNames[] = {"angles", "lengths", "areas", "growths"};
     for (std::size_t i = 0; i < aTallies.size(); ++i)
