@@ -251,8 +251,8 @@ def sections(program, runs, with_peak):
     yield ("Growth: nanoseconds an edge that a long constraint crosses",
            "A strip of random points and one segment along it all, as many times as make a million points.",
            long_segment_table(runs))
-    yield ("Meshing: nanoseconds a triangle", "Refinement alone, of domains that are triangulated already, under a limit "
-           "of area (Kivo 2D) or of edges (CGAL) that gives about a million triangles.", mesh_table(runs))
+    yield ("Meshing: nanoseconds a triangle", "Refinement alone, of domains that are triangulated already, under a "
+           "limit of area (Kivo 2D) or of edges (CGAL) that gives about a million triangles.", mesh_table(runs))
     yield ("Crossings of constraints", "Vertices beyond those of the input.", crossings_table(runs))
     if with_peak:
         yield ("Peak memory: bytes a point", "A batch of ten million uniform points in a process of its own, beyond "
