@@ -20,8 +20,9 @@ namespace {
 constexpr int MAX_REFINEMENTS = 3;
 constexpr std::uint64_t MANY_POINTS = 400;
 constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
-constexpr std::array oddValues = {0.0,     -0.0,  -1.0, -DBL_MAX, NaN, INFINITY, -INFINITY,    5e-324, 1e-300,
-                                  DBL_MAX, 1e300, 1e-9, 1e-17,    0.5, 1.0,      1.0 + 0x1p-52};
+constexpr std::array<double, 16> oddValues = {0.0,       -0.0,   -1.0,   -DBL_MAX,     NaN,   INFINITY,
+                                              -INFINITY, 5e-324, 1e-300, DBL_MAX,      1e300, 1e-9,
+                                              1e-17,     0.5,    1.0,    1.0 + 0x1p-52};
 
 class Input {
 public:
