@@ -42,7 +42,8 @@ double shortestEdge(const Triangles& vTriangles) {
 
 // What the other mesher made of it, from the facts beside the file.
 std::uint64_t rivalTriangles(const realData::Path& path, int angle) {
-    for (const auto& entry : realData::factsBeside(path).items()) {
+    const nlohmann::json facts = realData::factsBeside(path);
+    for (const auto& entry : facts.items()) {
         if (!entry.key().starts_with("measured")) continue;
         for (const auto& [what, counts] : entry.value().items()) {
             if (!what.starts_with("triangles, angle " + std::to_string(angle))) continue;
@@ -108,7 +109,7 @@ TEST(Mesh, ofRandomDomainsWithHolesAndIslandsMeetsAllAngles) {
         if (seed % 3 == 0) kivo.insert(randomPoints(rng, int(seed), -12, 12)); // inside and outside
         settle(kivo);
         Zone2* const pZone =
-            seed % 7 == 0 ? kivo.createEnclosedZone({pGraph}, {{0, 0}}) : kivo.createParityZone({pGraph});
+            seed % 4 == 3 ? kivo.createEnclosedZone({pGraph}, {{0, 0}}) : kivo.createParityZone({pGraph});
         ASSERT_NE(nullptr, pZone);
         const double height = smallestHeight(trianglesOf(pZone));
         MeshGenParams params = onlyAngles(pZone, angleOf(seed / 3));

@@ -304,7 +304,7 @@ TEST(Refinement, refusesAZoneOfAnotherTriangulationOrOneThatIsGone) {
     MeshGenParams gone = onlyAngles(domain.kivo.createZone(domain.vGraphs[0], ZL_BOUNDED), 30);
     domain.kivo.deleteZone(gone.pZone);
     for (MeshGenParams* pParams : {&foreign, &gone}) {
-        EXPECT_THROW(said(domain.kivo, *pParams), KivoException);
+        EXPECT_NE("", said(domain.kivo, *pParams));
         EXPECT_EQ(4u, domain.kivo.numberOfPoints());
         EXPECT_EQ(4u, other.kivo.numberOfPoints());
         EXPECT_EQ(RefinementEnd::ABANDONED, domain.kivo.getRefinementReport().end);

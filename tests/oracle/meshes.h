@@ -39,7 +39,8 @@ public:
     //   - the report knows the number of triangles, and how many of them break which rule;
     //   - it names only obstacles that there are: small angles, the edge limit, segments not to be split;
     //   - where edges may be split every rule holds, the angles to 1e-4 degrees, but for triangles that touch
-    //     both sides of a small corner, and those near the end of doubles.
+    //     both sides of a small corner. Beside parts of a domain that are as thin as doubles are dense, some
+    //     are left for arithmetic's sake.
     std::string findFault(const TESK_KIVO2D::MeshGenParams& params) const;
 
     // Whether two constraints enclose less than 60 degrees of the zone.
@@ -48,11 +49,12 @@ public:
     std::size_t numUntouched() const;
 
 private:
-    using Leaf = TESK_KIVO2D::ConstraintSegment2*;
+    using Original = TESK_KIVO2D::ConstraintSegment2*; // as it was given
+    using Lines = std::map<TESK_KIVO2D::Point2*, std::set<Original>>;
+
     void findSmallCorners(const Triangles& vTriangles);
-    bool isAtSmallCorner(const TESK_KIVO2D::Triangle2* pT,
-                         const std::map<TESK_KIVO2D::Point2*, std::set<Leaf>>& mOn) const;
-    std::map<TESK_KIVO2D::Point2*, std::set<Leaf>> leavesThrough() const;
+    bool isAtSmallCorner(const TESK_KIVO2D::Triangle2* pT, const Lines& mOn) const;
+    Lines linesThroughVertices() const;
     void checkOutside() const;
     void checkCounts() const;
     void checkRules(const TESK_KIVO2D::MeshGenParams& params) const;
@@ -63,9 +65,10 @@ private:
     std::vector<GivenGraph> vGiven;
     std::map<TESK_KIVO2D::Point2*, TESK_KIVO2D::Point2> mVertices;
     std::set<std::vector<TESK_KIVO2D::Point2*>> sOutside; // corners, the smallest address first
-    std::set<Leaf> sLeaves;
-    std::vector<std::pair<Leaf, Leaf>> vSmallCorners;
-    double area;
+    std::set<Original> sOriginals;
+    std::vector<std::pair<Original, Original>> vSmallCorners;
+    double area, areaError;
+    bool bThin = false;
 };
 
 } // namespace oracle
