@@ -18,7 +18,7 @@ constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 const double oddValues[] = {0.0,       -0.0,   -1.0,    -DBL_MAX, NaN, infinity,
                             -infinity, 5e-324, DBL_MAX, 1e-300,   1.0};
-constexpr std::uint64_t fewPoints = 20000;
+constexpr std::uint64_t fewPoints = 6000;
 
 std::uint64_t numInserted(const Kivo_2D& kivo) {
     const RefinementReport report = kivo.getRefinementReport();
