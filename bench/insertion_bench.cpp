@@ -3,6 +3,7 @@
 #include "bench/constraint_bench.h"
 #include "bench/counters.h"
 #include "bench/inputs.h"
+#include "bench/mesh_bench.h"
 #include "bench/peakMemory.h"
 #include "bench/rival.h"
 #include "bench/zone_bench.h"
@@ -141,6 +142,7 @@ int main(int argc, char** argv) {
     addAll();
     bench::addConstraintBenchmarks();
     bench::addZoneBenchmarks();
+    bench::addMeshBenchmarks();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return EXIT_FAILURE;
     benchmark::RunSpecifiedBenchmarks();

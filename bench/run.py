@@ -43,6 +43,8 @@ TARGETS = [
     ("batchInto/ring/1000000", "batchInto/corners/1000000/kivo", "own, no constraints", 1.3, 1.1),
     ("oneByOneInto/ring/1000000", "oneByOneInto/corners/1000000/kivo", "own, no constraints", 1.3, 1.1),
 ]
+# Of the time a triangle.
+MESH_AT_MOST, MESH_AIM = 0.25, 0.1
 PEAK_AT_MOST, PEAK_AIM = 190, 160
 
 # The stages behind the inlined one, in the order in which they are asked.
@@ -195,6 +197,29 @@ def long_segment_table(runs):
     return table(["points", "edges crossed in all", "ns an edge", "CPU user"], rows, 0)
 
 
+def mesh_table(runs):
+    """Sizes differ a little, as the rival limits lengths and we areas: times are those of a triangle."""
+    head = ["domain", "angle", "Kivo 2D: triangles", "passes", "bad", "smallest angle", "ns a triangle", "CPU user",
+            "CGAL: triangles", "smallest angle", "ns a triangle", "CPU user", "ratio", "at most", "aim"]
+    rows = []
+    for name, measured in runs.items():
+        if not name.startswith("mesh/") or not name.endswith("/kivo"):
+            continue
+        _, domain, angle, _ = name.split("/")
+        rival = name.removesuffix("kivo") + "cgal"
+        times = {}
+        for who in (name, rival):
+            num = median(runs, who, "triangles")
+            times[who] = [num and median(runs, who, key) * 1e6 / num for key in ("real_time", "userMs")]
+        ours, theirs = times[name][0], times[rival][0]
+        rows.append([domain, angle, f"{measured[0]['triangles']:,.0f}", text_of(measured[0]["passes"]),
+                     text_of(measured[0]["bad"]), text_of(measured[0]["smallestAngle"], 2), *map(text_of, times[name]),
+                     text_of(median(runs, rival, "triangles")), text_of(median(runs, rival, "smallestAngle"), 2),
+                     *map(text_of, times[rival]), text_of(ours / theirs if theirs else None, 3),
+                     text_of(MESH_AT_MOST, 2), text_of(MESH_AIM, 2)])
+    return table(head, rows, 1)
+
+
 def crossings_table(runs):
     rows = [[name, f"{measured[0]['crossings']:,.0f}"] for name, measured in runs.items()
             if name.startswith("constraints/crossings/")]
@@ -226,6 +251,8 @@ def sections(program, runs, with_peak):
     yield ("Growth: nanoseconds an edge that a long constraint crosses",
            "A strip of random points and one segment along it all, as many times as make a million points.",
            long_segment_table(runs))
+    yield ("Meshing: nanoseconds a triangle", "Refinement alone, of domains that are triangulated already, under a "
+           "limit of area (Kivo 2D) or of edges (CGAL) that gives about a million triangles.", mesh_table(runs))
     yield ("Crossings of constraints", "Vertices beyond those of the input.", crossings_table(runs))
     if with_peak:
         yield ("Peak memory: bytes a point", "A batch of ten million uniform points in a process of its own, beyond "

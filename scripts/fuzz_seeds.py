@@ -32,7 +32,7 @@ def soup(mode, rows, per_call):
 
 def main():
     data, corpus = Path(sys.argv[1]), Path(sys.argv[2])
-    for target in ("point_file_fuzz", "segment_soup_fuzz", "zone_soup_fuzz"):
+    for target in ("point_file_fuzz", "segment_soup_fuzz", "zone_soup_fuzz", "mesh_fuzz"):
         (corpus / target).mkdir(parents=True, exist_ok=True)
     for path in sorted(data.glob("*.xy")):
         rows, segments = numbers(path), numbers(path.with_suffix(".seg"))
@@ -53,6 +53,13 @@ def main():
     for mode in range(4):
         seed = corpus / "zone_soup_fuzz" / f"zones_{mode}"
         seed.write_bytes(bytes([mode]) + zones + b"".join(kinds) + rest)
+    # As fuzz/mesh_fuzz.cpp reads them: a square with a segment in it, a kind of zone, and two refinements.
+    square = bytes([4, 0x00, 0xF0, 0xF0, 0xFF, 0xFF, 0x0F, 0x0F, 0x00, 0x33, 0x7A])
+    refinements = bytes([1, 30, 0, 40, 0, 0, 2, 1, 25, 3, 0, 0, 9, 0])
+    for mode in range(4):
+        for kind in range(4):
+            seed = corpus / "mesh_fuzz" / f"square_{mode}_{kind}"
+            seed.write_bytes(bytes([mode]) + square + bytes([kind, 0x24]) + refinements)
 
 
 if __name__ == "__main__":

@@ -1,0 +1,8 @@
+#pragma once
+
+namespace bench {
+
+// Registers the measurements of meshing.
+void addMeshBenchmarks();
+
+} // namespace bench
