@@ -31,7 +31,7 @@ struct MeshOptions {
     std::optional<double> maxEdge;
     std::optional<double> minEdge; // a small part of the zone's size where it is not set
     std::optional<double> growFactor;
-    std::optional<std::uint64_t> maxPoints;
+    std::optional<std::int64_t> maxPoints;
     bool bNoSplit = false;
 };
 

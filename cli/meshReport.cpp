@@ -111,8 +111,8 @@ std::string meshLines(const MeshReport& report) {
     text += line("angles", extremes(rounded(quality.smallestAngle, 4), rounded(quality.largestAngle, 4)) +
                                " degrees; triangles by their smallest angle:");
     text += histogramLines(quality);
-    text += line("areas", extremes(shortest(quality.minArea), shortest(quality.maxArea)));
-    text += line("edges", extremes(shortest(quality.shortestEdge), shortest(quality.longestEdge)));
+    text += line("areas", extremes(sixDigits(quality.minArea), sixDigits(quality.maxArea)));
+    text += line("edges", extremes(sixDigits(quality.shortestEdge), sixDigits(quality.longestEdge)));
     text += line("limits", refinement.numBadTriangles == 0
                                ? "all triangles meet them"
                                : "not met by " + counted(refinement.numBadTriangles, "triangle") + ":");

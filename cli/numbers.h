@@ -20,4 +20,11 @@ inline std::string rounded(double value, int numDigits) {
     return std::string(aText, result.ptr);
 }
 
+// With six digits that count, for people.
+inline std::string sixDigits(double value) {
+    char aText[40];
+    const auto result = std::to_chars(aText, aText + sizeof aText, value, std::chars_format::general, 6);
+    return std::string(aText, result.ptr);
+}
+
 } // namespace cli

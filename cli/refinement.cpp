@@ -25,13 +25,13 @@ class Limits : public MeshGenParams {
 public:
     Limits(Zone2* pZone_, const MeshOptions& options, const Background* pBackground_)
         : MeshGenParams(pZone_), pBackground(pBackground_) {
-        minAngleDegree = options.minAngle;
+        minAngleDegree = std::max(options.minAngle, DBL_MIN); // of 0 there would be a warning
         maxTriangleArea = options.maxArea.value_or(DBL_MAX);
         maxEdgeLength = options.maxEdge.value_or(DBL_MAX);
         growFactor = options.growFactor.value_or(DBL_MAX);
         growFactorMinArea = 0.0;
         bAllowConstraintSplitting = !options.bNoSplit;
-        if (options.maxPoints) maxInsertedPoints = *options.maxPoints;
+        if (options.maxPoints) maxInsertedPoints = static_cast<std::uint64_t>(*options.maxPoints);
         const TESK_KIVO2D::Bbox2 box = pZone_->getBoundingBox();
         const double size = std::max(box.get_maxX() - box.get_minX(), box.get_maxY() - box.get_minY());
         minEdgeLength = options.minEdge.value_or(std::min(size, DBL_MAX) * MIN_EDGE_SHARE);
@@ -77,6 +77,8 @@ void checkLimits(const MeshOptions& options) {
         refuse("--min-edge", "a length, or 0", *options.minEdge);
     if (options.growFactor && !(std::isfinite(*options.growFactor) && *options.growFactor > 1.0))
         refuse("--grow", "a factor above 1", *options.growFactor);
+    if (options.maxPoints && *options.maxPoints < 0)
+        refuse("--max-points", "a number of points", static_cast<double>(*options.maxPoints));
 }
 
 MeshReport refine(Run& run, const MeshOptions& options) {
@@ -91,7 +93,7 @@ MeshReport refine(Run& run, const MeshOptions& options) {
         run.triangulation.refineAdvanced(&limits);
     }
     report.refinement = run.triangulation.getRefinementReport();
-    report.minAngle = limits.minAngleDegree;
+    report.minAngle = options.minAngle;
     report.minEdge = limits.minEdgeLength;
     if (background != nullptr) interpolateNewVertices(run, *background);
     run.collectNewVertices();
