@@ -15,9 +15,11 @@ set(KIVO2D_PUBLIC_HEADERS
     Kivo_2D.h
     Label.h
     MeshArrays.h
+    MeshGenParams.h
     MsgBase.h
     Orientation2.h
     Point2.h
+    RefinementReport.h
     Segment2.h
     Triangle2.h
     TriangleAroundVertexIterator.h

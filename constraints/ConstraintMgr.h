@@ -84,6 +84,8 @@ public:
         });
     }
     bool empty() const { return segmentPool.size() == 0; }
+    // Of all segments ever made.
+    std::size_t numberOfSegments() const { return segmentPool.size(); }
     ConstraintHost& host() const { return dt; }
 
     // --- EdgeGuard

@@ -1,12 +1,11 @@
 #include "constraints/SegmentInserter.h"
 
-#include "Vector2.h"
 #include "constraints/SegmentRelease.h"
+#include "constraints/splitPoint.h"
 #include "core/edgeSearch.h"
 #include "kernel/assertion.h"
 #include "kernel/intersection.h"
 #include "kernel/messages.h"
-#include "kernel/tools.h"
 
 #include <algorithm>
 #include <cfloat>
@@ -109,40 +108,11 @@ bool SegmentInserter::isLocallyDelaunay(const ConstraintSegment2* pCSeg) const {
     return tests.inCircle(*edge.pT, *pN->getCorner(pN->getIntraTriangleIndex(edge.pT))) != CINC2_INCIRCLE;
 }
 
-// True when another constraint leaves the apex at less than 60 degrees from the segment.
-bool SegmentInserter::isAcute(Point2* pApex, const Point2* pOther) const {
-    constexpr int many = 64; // spokes: then some are close to each other
-    const Vector2 direction = *pOther - *pApex;
-    int num = 0;
-    bool bAcute = false;
-    forEachSpoke(pApex, [&](const Point2* pEnd) {
-        if (++num > many) bAcute = true;
-        if (bAcute || pEnd == pOther || !mgr.isFixed(pApex, pEnd)) return !bAcute;
-        const Vector2 spoke = *pEnd - *pApex;
-        bAcute = spoke * direction > 0.5 * spoke.length() * direction.length();
-        return !bAcute;
-    });
-    return bAcute;
-}
-
-// The middle; but from an apex with a small angle a power of two away. Segments that leave it are then split
-// at equal distances, and do not put vertices into each other's circles again and again (Ruppert 1995).
-Point2 SegmentInserter::splitPointOf(Point2* a, Point2* b) const {
-    const bool bAcuteAtA = isAcute(a, b), bAcuteAtB = isAcute(b, a);
-    if (bAcuteAtA == bAcuteAtB) return centerWithShift(*a, *b);
-    const Point2 &apex = bAcuteAtA ? *a : *b, &other = bAcuteAtA ? *b : *a;
-    const Vector2 way = other - apex;
-    const double length = way.length();
-    if (!(length > 0 && length < std::numeric_limits<double>::infinity())) return centerWithShift(*a, *b);
-    const double share = std::ldexp(1.0, std::ilogb(length * (2.0 / 3))) / length; // between 1/3 and 2/3
-    return Point2(apex.x() + share * way.x(), apex.y() + share * way.y());
-}
-
 // False when doubles leave no room for it.
 bool SegmentInserter::splitInTheMiddle(ConstraintSegment2* pCSeg) {
     Point2 *const a = pCSeg->getSrc(), *const b = pCSeg->getTrg();
     if (isBelowResolution(*a, *b, tests.getMaxAbsCoord())) return false;
-    const Point2 middle = splitPointOf(a, b);
+    const Point2 middle = splitPointOf(a, b, mgr);
     if (middle == *a || middle == *b) return false;
     Point2* const pSplitPoint = insertReleased(middle, a->getIncidentTriangle(), pCSeg);
     KIVO_ASSERT(pSplitPoint != a, "pSplitPoint!=pCSeg->getSrc()");

@@ -44,8 +44,6 @@ private:
     void insertPiece(ConstraintSegment2* pCSeg);
     bool takeSteinerPoint();
     bool splitInTheMiddle(ConstraintSegment2* pCSeg);
-    bool isAcute(Point2* pApex, const Point2* pOther) const;
-    Point2 splitPointOf(Point2* a, Point2* b) const;
     bool isLocallyDelaunay(const ConstraintSegment2* pCSeg) const;
 
     void cross(ConstraintSegment2* pCSeg, HalfEdge edge);

@@ -10,6 +10,7 @@
 #include "core/split.h"
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
+#include "meshing/RefinementDriver.h"
 #include "zones/ZoneRegistry.h"
 
 #include <algorithm>
@@ -33,7 +34,8 @@ Dt2::Dt2(unsigned int numExpectedVertices)
     : store(numExpectedVertices), box(&pTeskPredicates), hub("DT2"),
       pConstraintMgr(std::make_unique<ConstraintMgr>(*this)),
       pSegmentInserter(std::make_unique<SegmentInserter>(*this, *pConstraintMgr)),
-      pZoneRegistry(std::make_unique<ZoneRegistry>(*this)) {
+      pZoneRegistry(std::make_unique<ZoneRegistry>(*this)),
+      pRefinementMemory(std::make_unique<RefinementMemory>()) {
     vCheckT.reserve(256);
     vCheckEdges.reserve(256);
 }

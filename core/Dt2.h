@@ -16,6 +16,7 @@
 #include "core/walk.h"
 #include "kernel/ProgressHub.h"
 #include "kernel/TeskTest.h"
+#include "meshing/MeshingHost.h"
 #include "zones/ZoneHost.h"
 
 #include <cstddef>
@@ -27,6 +28,7 @@
 namespace TESK_KIVO2D {
 
 class SegmentInserter;
+struct RefinementMemory;
 class Visualizer2;
 
 // The triangulation behind the facade. It owns the parts and lets them work: records (MeshStore), vertices
@@ -35,7 +37,7 @@ class Visualizer2;
 //
 // Between calls: the stack vCheckT is empty, no duplicate is registered, and the static bound of the
 // predicates covers the box, which covers every vertex.
-class Dt2 : public ConstraintHost, public SegmentSite, public ZoneHost {
+class Dt2 : public ConstraintHost, public SegmentSite, public ZoneHost, public MeshingHost {
 public:
     explicit Dt2(unsigned int numExpectedVertices);
     ~Dt2() override;
@@ -51,7 +53,7 @@ public:
     ConstraintGraph2* createConstraint(std::vector<Segment2>& vSegments, ConstraintInsertionStrategy cis,
                                        bool bOrientedSegments);
     void applyConstraintsAndZones() override;
-    ConstraintMgr& constraintMgr() const { return *pConstraintMgr; }
+    ConstraintMgr& constraintMgr() const override { return *pConstraintMgr; }
     // Insert one live segment of the constrained, or of the conforming, strategy and all that comes of it.
     void newCDT_applyOneCS(ConstraintSegment2* pInitialCSeg);
     void insertSegmentConformingDelaunay(ConstraintSegment2* pCSeg);
@@ -64,7 +66,11 @@ public:
     bool writeWebScene(const std::string& path, const Zone2* pZone);
     void getMeshArrays(MeshArrays& arrays, const Zone2* pZone);
     // True for a zone of this triangulation; anything else is reported.
-    bool isOwn(const Zone2* pZone, const char* location) const;
+    bool isOwn(const Zone2* pZone, const char* location) const override;
+
+    // --- meshing
+    void refine(const MeshGenParams& parameters);
+    const RefinementReport& refinementReport() const;
 
     // --- queries
     Triangle2* locate(const Point2& q);
@@ -130,6 +136,12 @@ private:
     Triangle2* locateNear(const Point2& q, Triangle2* pHint) override;
     ConstraintGraph2* fixEdges(const std::vector<PointerPair>& vEdges) override;
 
+    // --- MeshingHost
+    MeshStore& records() override { return store; }
+    HullLinks& hullBorder() override { return hullLinks; }
+    void wasLinked(Point2* pVtx) override;
+    std::uint64_t changeCount() const override;
+
     std::vector<Triangle2*> trianglesFor(const Zone2* pZone);
     bool hasSome(const std::vector<Triangle2*>& vTriangles, const std::string& target) const;
     bool fillArrays(const std::vector<Triangle2*>& vTriangles, bool bNeighbours, MeshArrays& arrays);
@@ -150,6 +162,7 @@ private:
     std::unique_ptr<ConstraintMgr> pConstraintMgr;
     std::unique_ptr<SegmentInserter> pSegmentInserter;
     std::unique_ptr<ZoneRegistry> pZoneRegistry;
+    std::unique_ptr<RefinementMemory> pRefinementMemory;
 };
 
 } // namespace TESK_KIVO2D

@@ -163,6 +163,45 @@ Zone2* Kivo_2D::createEnclosedZone(const std::vector<ConstraintGraph2*>& vConstr
 
 void Kivo_2D::deleteZone(Zone2* pZone) { pDt->zoneRegistry().deleteZone(pZone); }
 
+namespace {
+
+// The parameters of the simple form.
+class MyLocalParams : public MeshGenParams {
+public:
+    explicit MyLocalParams(Zone2* pItsZone) : MeshGenParams(pItsZone) {}
+};
+
+} // namespace
+
+void Kivo_2D::refine(Zone2* pZone, double minAngleDegree, double minEdgeLength, double maxEdgeLength,
+                     bool bAllowConstraintSplitting) {
+    if (pZone == nullptr) {
+        printText("Warning: Kivo_2D::refine(..) has been called with pZone==NULL\n");
+        return;
+    }
+    if (minAngleDegree > 30.0) {
+        printText("Warning: Kivo_2D::refine(..), minAngleDegree can't be >30\n");
+        return;
+    }
+    if (!pDt->isOwn(pZone, "Kivo_2D::refine(..)")) return;
+    MyLocalParams parameters(pZone);
+    parameters.minAngleDegree = minAngleDegree;
+    parameters.minEdgeLength = minEdgeLength;
+    parameters.maxEdgeLength = maxEdgeLength;
+    parameters.bAllowConstraintSplitting = bAllowConstraintSplitting;
+    pDt->refine(parameters);
+}
+
+void Kivo_2D::refineAdvanced(MeshGenParams* pParameters) {
+    if (pParameters == nullptr) {
+        reportWarning("Kivo_2D::refineAdvanced(..)", "The parameters are NULL. Nothing to do");
+        return;
+    }
+    pDt->refine(*pParameters);
+}
+
+RefinementReport Kivo_2D::getRefinementReport() const { return pDt->refinementReport(); }
+
 bool Kivo_2D::writeObj(const std::string& filename) const { return pDt->writeObj(filename, nullptr); }
 
 bool Kivo_2D::writeObj(const std::string& filename, const Zone2* pZone) const {

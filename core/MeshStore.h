@@ -83,6 +83,11 @@ public:
 
     // Numbers of all records made so far, dead ones included.
     RecordNumbers<Triangle2> triangleNumbers() const { return RecordNumbers<Triangle2>(trianglePool); }
+    // The same with those reserved for later, and what tells that more were reserved since.
+    RecordNumbers<Triangle2> reservedTriangleNumbers() const {
+        return RecordNumbers<Triangle2>(trianglePool, RecordNumbers<Triangle2>::RESERVED);
+    }
+    std::size_t numTriangleBlocks() const { return trianglePool.numberOfBlocks(); }
     RecordNumbers<Point2> vertexNumbers() const { return RecordNumbers<Point2>(vertexPool); }
 
 private:

@@ -8,18 +8,23 @@
 
 namespace TESK_KIVO2D {
 
-// Numbers the records that a pool had handed out when this was made: from 0, in the order of the pool. So
-// what belongs to records can be kept in arrays beside them for as long as a query takes.
+// Numbers the records that a pool had handed out when this was made, or had reserved: from 0, in the order of
+// the pool. So what belongs to records can be kept in arrays beside them. Numbers made later from the same
+// pool agree.
 template<class T>
 class RecordNumbers {
 public:
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
-    explicit RecordNumbers(const SimplePool<T>& pool) {
-        pool.forEachRun([this](T* pBegin, std::size_t num) {
+    // Which records of the pool have numbers.
+    enum Extent { MADE, RESERVED };
+
+    explicit RecordNumbers(const SimplePool<T>& pool, Extent extent = MADE) {
+        const auto add = [this](T* pBegin, std::size_t num) {
             vRuns.push_back({pBegin, num, numRecords});
             numRecords += num;
-        });
+        };
+        extent == MADE ? pool.forEachRun(add) : pool.forEachReservedRun(add);
     }
 
     std::size_t size() const { return numRecords; }

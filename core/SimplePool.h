@@ -79,16 +79,17 @@ public:
     // number. All records are one run, as long as the first range of addresses suffices.
     template<class F>
     void forEachRun(F f) const {
-        T *pBegin = nullptr, *pEnd = nullptr;
-        for (std::size_t i = 0; i < vBlocks.size() && i <= idxCurrent; ++i) {
-            if (vBlocks[i].pBegin != pEnd) {
-                if (pBegin != pEnd) f(pBegin, static_cast<std::size_t>(pEnd - pBegin));
-                pBegin = vBlocks[i].pBegin;
-            }
-            pEnd = i == idxCurrent ? pNext : vBlocks[i].pBegin + vBlocks[i].capacity;
-        }
-        if (pBegin != pEnd) f(pBegin, static_cast<std::size_t>(pEnd - pBegin));
+        joinBlocks(
+            idxCurrent, [this](std::size_t i) { return i == idxCurrent ? pNext : endOf(i); }, f);
     }
+    // The same with what is reserved after the records handed out.
+    template<class F>
+    void forEachReservedRun(F f) const {
+        joinBlocks(
+            vBlocks.size(), [this](std::size_t i) { return endOf(i); }, f);
+    }
+    // Changes whenever more is reserved.
+    std::size_t numberOfBlocks() const { return vBlocks.size(); }
     // Number of records handed out so far.
     std::size_t size() const {
         std::size_t num = 0;
@@ -110,6 +111,23 @@ private:
         T* pBegin;
         int capacity;
     };
+
+    T* endOf(std::size_t i) const { return vBlocks[i].pBegin + vBlocks[i].capacity; }
+
+    // Calls f with the first record and the number of records of each run of blocks that follow one another,
+    // up to the last index given.
+    template<class End, class F>
+    void joinBlocks(std::size_t last, End end, F f) const {
+        T *pBegin = nullptr, *pEnd = nullptr;
+        for (std::size_t i = 0; i < vBlocks.size() && i <= last; ++i) {
+            if (vBlocks[i].pBegin != pEnd) {
+                if (pBegin != pEnd) f(pBegin, static_cast<std::size_t>(pEnd - pBegin));
+                pBegin = vBlocks[i].pBegin;
+            }
+            pEnd = end(i);
+        }
+        if (pBegin != pEnd) f(pBegin, static_cast<std::size_t>(pEnd - pBegin));
+    }
 
     // One block so far: half of it; else twice the latest.
     int nextCapacity() const {

@@ -8,16 +8,16 @@ namespace TESK_KIVO2D {
 
 /// The rules of a mesh (see `MeshGenParams`).
 enum class MeshRule {
-    MIN_ANGLE,    ///< `minAngleDegree`, with `capAspectLimit`
-    EDGE_LENGTH,  ///< `maxEdgeLength`
-    AREA,         ///< `maxTriangleArea`
-    GROWTH        ///< `growFactor`
+    MIN_ANGLE,   ///< `minAngleDegree`, with `capAspectLimit`
+    EDGE_LENGTH, ///< `maxEdgeLength`
+    AREA,        ///< `maxTriangleArea`
+    GROWTH       ///< `growFactor`
 };
 
 /// Why a triangle still breaks a rule.
 enum class MeshObstacle {
-    SMALL_INPUT_ANGLE,   ///< it lies in, or was cut off by, the corner between two constraints at a small angle
-    MIN_EDGE_LENGTH,     ///< the constraint segment in the way is shorter than twice `minEdgeLength`
+    SMALL_INPUT_ANGLE, ///< it lies in, or was cut off by, the corner between two constraints at a small angle
+    MIN_EDGE_LENGTH,   ///< the constraint segment in the way is shorter than twice `minEdgeLength`
     SPLITTING_FORBIDDEN, ///< the constraint segment in the way must not be split
     ARITHMETIC,          ///< doubles leave no room for another point
     OPEN_BORDER,         ///< the edge in the way is no constraint segment
@@ -31,7 +31,7 @@ enum class RefinementEnd {
     POINT_LIMIT,   ///< after `MeshGenParams::maxInsertedPoints` points
     OUT_OF_MEMORY, ///< memory ran out
     STOPPED,       ///< `MeshGenParams::pStopRequest`
-    ABANDONED      ///< a function of the caller's threw, or the call was refused: only the counts of points hold
+    ABANDONED ///< a function of the caller's threw, or the call was refused: only the counts of points hold
 };
 
 /// What a refinement did, and what it could not do (see `Kivo_2D::getRefinementReport`).

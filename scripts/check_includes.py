@@ -19,11 +19,12 @@ MAY_INCLUDE = {
     "output": {"include", "kernel", "output"},
     "constraints": {"include", "kernel", "output", "core", "constraints"},
     "zones": {"include", "kernel", "output", "core", "constraints", "zones"},
-    "core": {"include", "kernel", "output", "core", "constraints", "zones"},
+    "meshing": {"include", "kernel", "output", "core", "constraints", "zones", "meshing"},
+    "core": {"include", "kernel", "output", "core", "constraints", "zones", "meshing"},
     "cli": {"include", "cli"},
     "examples": {"include"},
-    "bench": {"include", "kernel", "core", "constraints", "zones", "output", "bench"},
-    "tests": {"include", "kernel", "core", "constraints", "zones", "output", "tests"},
+    "bench": {"include", "kernel", "core", "constraints", "zones", "meshing", "output", "bench"},
+    "tests": {"include", "kernel", "core", "constraints", "zones", "meshing", "output", "tests"},
 }
 # The upper stratum of core puts the parts together. All else in core is mesh primitives, which know neither the
 # triangulation that owns them nor drawing and files.
@@ -36,6 +37,7 @@ THIRD_PARTY = {
     "core": set(),
     "constraints": set(),
     "zones": set(),
+    "meshing": set(),
     "cli": {"CLI/CLI.hpp", "nlohmann/json.hpp"},
     "examples": set(),
 }
@@ -77,12 +79,12 @@ def check_line(folder, path, bracket, name, target):
     if target_folder not in MAY_INCLUDE[folder]:
         return f"{path}: {folder}/ must not include {target}"
     in_core_upper = target_folder == "core" and os.path.basename(target).startswith(CORE_UPPER)
-    if folder == "core" and (in_core_upper or target_folder in ("output", "constraints", "zones")) and not os.path.basename(
+    if folder == "core" and (in_core_upper or target_folder in ("output", "constraints", "zones", "meshing")) and not os.path.basename(
             path).startswith(CORE_UPPER):
         return f"{path}: of core/, only {', '.join(CORE_UPPER)} may include {target}"
-    if folder in ("constraints", "zones") and in_core_upper:
+    if folder in ("constraints", "zones", "meshing") and in_core_upper:
         return f"{path}: {folder}/ must not include {target}"
-    if folder in ("include", "kernel", "core", "constraints", "zones", "output") and bracket == "<":
+    if folder in ("include", "kernel", "core", "constraints", "zones", "meshing", "output") and bracket == "<":
         return f"{path}: headers of the project are included in quotes: {name}"
     return None
 

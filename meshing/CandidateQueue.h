@@ -1,0 +1,113 @@
+#pragma once
+
+#include "Triangle2.h"
+#include "core/prefetch.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+namespace TESK_KIVO2D {
+
+// A triangle that waits for its turn, as it was when it was entered.
+struct QueuedTriangle {
+    Triangle2* pT;
+    std::uint32_t corners;
+
+    explicit QueuedTriangle(Triangle2* pItsT) : pT(pItsT), corners(cornersOf(*pItsT)) {}
+    QueuedTriangle(Triangle2* pItsT, std::uint32_t itsCorners) : pT(pItsT), corners(itsCorners) {}
+
+    static std::uint32_t cornersOf(const Triangle2& t) {
+        const auto number = [](const Point2* p) {
+            return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(p) >> 4);
+        };
+        return number(t.getCorner(0)) + number(t.getCorner(1)) + number(t.getCorner(2));
+    }
+    // False when the record has other corners by now: splits and flips rebuild records in place. (Once in
+    // four thousand million other corners pass for the same; then the triangle is looked at in vain.)
+    bool isAlive() const { return cornersOf(*pT) == corners; }
+};
+
+// An ordered multimap from squared lengths to triangles, smallest key first, equal keys in the order in which
+// they came. Keys count as equal when they agree in the exponent and the first bits of the mantissa: so a list
+// for each is enough, and entering and taking cost no comparison.
+class CandidateQueue {
+public:
+    CandidateQueue() : vFirst(numKeys, none), vLast(numKeys, none), vWords(numKeys / 64) {}
+
+    bool empty() const { return numEntries == 0; }
+    std::size_t size() const { return numEntries; }
+
+    // The key is a double that is not negative.
+    void push(double key, Triangle2* pT) {
+        const std::uint32_t idx = takeNode();
+        vNodes[idx] = {pT, QueuedTriangle::cornersOf(*pT), none};
+        const std::size_t k = bucketOf(key);
+        if (vFirst[k] == none) {
+            vFirst[k] = idx;
+            vWords[k / 64] |= std::uint64_t{1} << (k % 64);
+        } else {
+            vNodes[vLast[k]].next = idx;
+        }
+        vLast[k] = idx;
+        lowestWord = std::min(lowestWord, k / 64);
+        ++numEntries;
+    }
+
+    // The queue must not be empty.
+    QueuedTriangle pop() {
+        while (vWords[lowestWord] == 0)
+            ++lowestWord;
+        const std::size_t k = lowestWord * 64 + static_cast<std::size_t>(std::countr_zero(vWords[lowestWord]));
+        const std::uint32_t idx = vFirst[k];
+        const Node node = vNodes[idx];
+        vFirst[k] = node.next;
+        if (node.next == none) {
+            vWords[lowestWord] &= vWords[lowestWord] - 1;
+        } else {
+            prefetch(vNodes[node.next].pT);
+        }
+        vNodes[idx].next = firstFree;
+        firstFree = idx;
+        --numEntries;
+        return {node.pT, node.corners};
+    }
+
+    void clear() { *this = CandidateQueue(); }
+
+private:
+    static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
+    struct Node {
+        Triangle2* pT = nullptr;
+        std::uint32_t corners = 0;
+        std::uint32_t next = none;
+    };
+
+    static constexpr int numMantissaBits = 4;
+    static constexpr std::size_t numKeys = std::size_t{2048} << numMantissaBits;
+    static std::size_t bucketOf(double key) {
+        return static_cast<std::size_t>(std::bit_cast<std::uint64_t>(key) >> (52 - numMantissaBits)) % numKeys;
+    }
+
+    std::uint32_t takeNode() {
+        if (firstFree != none) {
+            const std::uint32_t idx = firstFree;
+            firstFree = vNodes[idx].next;
+            return idx;
+        }
+        vNodes.emplace_back();
+        return static_cast<std::uint32_t>(vNodes.size() - 1);
+    }
+
+    std::vector<std::uint32_t> vFirst, vLast; // by key: the ends of its list
+    std::vector<std::uint64_t> vWords;        // a bit for each key that has entries
+    std::vector<Node> vNodes;
+    std::uint32_t firstFree = none;
+    std::size_t lowestWord = numKeys / 64 - 1; // no word below has a bit
+    std::size_t numEntries = 0;
+};
+
+} // namespace TESK_KIVO2D

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "MeshGenParams.h"
+#include "RefinementReport.h"
+#include "Triangle2.h"
+#include "meshing/TriangleMarks.h"
+#include "meshing/TriangleShape.h"
+
+namespace TESK_KIVO2D {
+
+// A set of rules, a bit each.
+using RuleSet = unsigned;
+constexpr RuleSet ruleBit(MeshRule rule) { return 1U << static_cast<unsigned>(rule); }
+
+// The limits of the client's parameters, ready to be compared with shapes: limits that can't be kept are
+// switched off, angles are cosines, and lengths are in the zone's own unit.
+class MeshLimits {
+public:
+    // Names limits that count as switched off in one warning. The parameters must outlive this. The largest
+    // absolute coordinate of the zone sets the unit.
+    MeshLimits(const MeshGenParams& parameters, double maxAbsCoord);
+
+    const MeshGenParams& parameters() const { return params; }
+    double scale() const { return unitScale; }
+
+    // Which rules the triangle breaks. Asks the client's functions. Neighbours count if they are in the zone.
+    RuleSet brokenRules(Triangle2* pT, const TriangleShape& shape, const TriangleMarks& marks) const {
+        RuleSet rules = 0;
+        if (shape.hasSmallerAngle(sqCosMinAngle) || (bCaps && isBadCap(shape)))
+            rules |= ruleBit(MeshRule::MIN_ANGLE);
+        if (exceeds(shape.sqLongest(), squareOf(params.getMaxEdgeLength(pT) * unitScale)))
+            rules |= ruleBit(MeshRule::EDGE_LENGTH);
+        if (exceeds(shape.area, params.getMaxTriangleArea(pT) * unitScale * unitScale))
+            rules |= ruleBit(MeshRule::AREA);
+        if (bGrowth && needRefinementDueToGrowth(*pT, shape, marks)) rules |= ruleBit(MeshRule::GROWTH);
+        return rules;
+    }
+    // A triangle that comes into being may make its neighbours break this one.
+    bool limitsGrowth() const { return bGrowth; }
+
+    // True when constraint segments of this squared length, in the zone's unit, must not be split.
+    bool isTooShort(double sqLength) const { return sqMinSplitLength > sqLength; }
+
+    // Relative to the shortest edge of a triangle: the height above its middle of the point from which it is
+    // seen under an angle a little larger than the smallest one allowed.
+    double offCentreHeight() const { return heightOfOffCentre; }
+    // True when the segment ab is seen from q under so large an angle that a triangle on it would be bad.
+    bool encroaches(const Point2& a, const Point2& b, const Point2& q) const {
+        double dot, sqLengths;
+        if (!isObtuseAt(q, a, b, dot, sqLengths)) return false;
+        return dot * dot >= sqCosLens * sqLengths;
+    }
+    // True when q lies inside the circle whose diameter is ab.
+    bool isInDiametralCircle(const Point2& a, const Point2& b, const Point2& q) const {
+        double dot, sqLengths;
+        return isObtuseAt(q, a, b, dot, sqLengths);
+    }
+
+private:
+    static double squareOf(double a) { return a > 0 ? a * a : 0; } // 0 for what counts as off
+    static bool exceeds(double value, double limit) { return limit > 0 && value > limit; }
+    bool isObtuseAt(const Point2& q, const Point2& a, const Point2& b, double& dot, double& sqLengths) const {
+        const double ax = (a.x() - q.x()) * unitScale, ay = (a.y() - q.y()) * unitScale;
+        const double bx = (b.x() - q.x()) * unitScale, by = (b.y() - q.y()) * unitScale;
+        dot = ax * bx + ay * by;
+        sqLengths = (ax * ax + ay * ay) * (bx * bx + by * by);
+        return dot < 0;
+    }
+    void setAngle();
+    bool isBadCap(const TriangleShape& shape) const;
+    bool needRefinementDueToGrowth(const Triangle2& t, const TriangleShape& shape,
+                                   const TriangleMarks& marks) const;
+
+    const MeshGenParams& params;
+    double unitScale = 1;
+    double sqCosMinAngle = 2; // no angle is below
+    double sqCosLens = 0;
+    double heightOfOffCentre = 0;
+    double sqMinSplitLength = 0;
+    double growFactorMinArea = 0;
+    double growFactor = 0;
+    bool bGrowth = false;
+    bool bCaps = false;
+};
+
+} // namespace TESK_KIVO2D

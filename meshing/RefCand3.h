@@ -1,0 +1,63 @@
+#pragma once
+
+#include "MeshGenParams.h"
+#include "Point2.h"
+#include "RefinementReport.h"
+#include "Triangle2.h"
+#include "core/HalfEdge.h"
+#include "meshing/MeshLimits.h"
+#include "meshing/RefinementSite.h"
+#include "meshing/Sight.h"
+#include "meshing/TriangleShape.h"
+
+namespace TESK_KIVO2D {
+
+// A triangle of the zone, for as long as it is being looked at: is it bad, and where must a point be put to
+// mend it.
+class RefCand3 {
+public:
+    // Values of the split index besides 0, 1 and 2, which name the edge of the start triangle opposite that
+    // corner, to be split.
+    static constexpr int insertInside = -1; // insert the point
+    static constexpr int leave = 4;         // nothing can be done
+
+    RefCand3(Triangle2* pTriangle, RefinementSite& refinementSite)
+        : site(refinementSite), pT(pTriangle), shape(*pTriangle, site.limits.scale()) {}
+
+    Triangle2* getTriangle() const { return pT; }
+    const TriangleShape& getShape() const { return shape; }
+
+    // Which rules the triangle breaks. Asks the client's functions.
+    RuleSet brokenRules() const { return site.limits.brokenRules(pT, shape, site.marks); }
+    // True when no point could enlarge its smallest angle: that lies between two constraints, or its shortest
+    // edge between two that meet at a small angle. Meant for triangles that break the angle rule.
+    bool isExemptFromAngle() const;
+
+    // Computes the point, looks where it lies, and decides.
+    void update();
+    // After update.
+    int getSplitIndex() const { return splitIndex; }
+    // The triangle that the split index refers to: where the view of the point ends.
+    Triangle2* getStartTriangle() const { return sight.edge.pT; }
+    const Sight& getSight() const { return sight; }
+    const Point2& getPoint() const { return point; }
+    // Why the split index is `leave`.
+    MeshObstacle getObstacle() const { return obstacle; }
+
+    // Prints the reason for its refinement, and draws it into a picture with this number.
+    void debug(RuleSet rules, int number) const;
+
+private:
+    int indexOfShortestEdge() const;
+    Point2 computePoint() const;
+
+    RefinementSite& site;
+    Triangle2* pT;
+    TriangleShape shape;
+    Point2 point;
+    Sight sight{};
+    int splitIndex = leave;
+    MeshObstacle obstacle = MeshObstacle::ARITHMETIC;
+};
+
+} // namespace TESK_KIVO2D

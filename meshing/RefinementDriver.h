@@ -1,0 +1,58 @@
+#pragma once
+
+#include "MeshGenParams.h"
+#include "RefinementReport.h"
+#include "Triangle2.h"
+#include "kernel/ProgressHub.h"
+#include "meshing/InnerVtxMgr.h"
+#include "meshing/MeshingHost.h"
+#include "meshing/RefinementPass.h"
+#include "meshing/SegmentOrigins.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace TESK_KIVO2D {
+
+// What refinements of one triangulation leave for later.
+struct RefinementMemory {
+    InnerVtxMgr innerVertices;
+    SegmentOrigins origins;
+    RefinementReport report; // of the latest run
+};
+
+// One refinement of a zone: checks the parameters, then makes passes over the zone's triangles until one has
+// nothing to do.
+//
+// Whatever ends it early, be it an exception of the client's or memory, ends it between two vertices, so the
+// triangulation is valid.
+class RefinementDriver {
+public:
+    RefinementDriver(MeshingHost& triangulation, RefinementMemory& refinementMemory,
+                     const MeshGenParams& parameters)
+        : host(triangulation), memory(refinementMemory), params(parameters), report(memory.report) {}
+
+    // Parameters that make no sense are reported and throw KivoException. Fills the report.
+    void run();
+
+private:
+    void checkParameters() const;
+    void makePasses();
+    // Returns true when it changed the mesh.
+    bool makePass(const MeshLimits& limits, ProgressHub::Operation& progress);
+    bool work(RefinementPass& pass, ProgressHub::Operation& progress);
+    void tell(ProgressHub::Operation& progress, std::size_t numDone, std::size_t numWaiting);
+    bool mustEnd();
+    std::vector<Triangle2*> zoneTriangles() const;
+    TriangleMarks markTriangles(const std::vector<Triangle2*>& vTriangles) const;
+    void countWhatIsLeft(const MeshLimits& limits);
+    RefinementSite siteFor(const MeshLimits& limits, TriangleMarks& marks) const;
+
+    MeshingHost& host;
+    RefinementMemory& memory;
+    const MeshGenParams& params;
+    RefinementReport& report;
+    std::size_t numTold = 0; // of the progress
+};
+
+} // namespace TESK_KIVO2D

@@ -1,0 +1,185 @@
+#include "meshing/RefinementPass.h"
+
+#include "core/edgeSearch.h"
+
+namespace TESK_KIVO2D {
+namespace {
+
+// False when the edge is not there any more.
+bool findAgain(HalfEdge& edge, const Point2* a, const Point2* b) {
+    if (edge.source() == a && edge.target() == b) return true;
+    edge = findEdge(a, b);
+    return edge.pT != nullptr;
+}
+
+} // namespace
+
+void RefinementPass::collect(Triangle2* pT) {
+    const RefCand3 candidate(pT, site);
+    const RuleSet rules = candidate.brokenRules();
+    if (rules == 0) return;
+    pmmAng2RC.push(candidate.getShape().sqShortest(), pT);
+    // A vertex that is too close to a segment makes a bad triangle with it. Where that can't be helped, the
+    // segment stays.
+    if ((rules & ruleBit(MeshRule::MIN_ANGLE)) != 0 && !candidate.isExemptFromAngle()) collectEncroached(pT);
+}
+
+void RefinementPass::step() {
+    if (idxSegment < vSegments.size()) {
+        const WaitingSegment segment = vSegments[idxSegment++];
+        if (idxSegment == vSegments.size()) {
+            vSegments.clear();
+            idxSegment = 0;
+        }
+        splitWaiting(segment);
+        return;
+    }
+    const QueuedTriangle next = pmmAng2RC.pop();
+    if (next.isAlive()) treat(next.pT);
+}
+
+void RefinementPass::treat(Triangle2* pT) {
+    RefCand3 candidate(pT, site);
+    RuleSet rules = candidate.brokenRules();
+    if (rules == 0 || isStale()) return;
+    rules = countExemption(candidate, rules);
+    if (rules == 0) return;
+    if (site.limits.parameters().debugMode == 1) candidate.debug(rules, numPictures++);
+    candidate.update();
+    switch (candidate.getSplitIndex()) {
+    case RefCand3::leave:
+        tally(rules, candidate.getObstacle());
+        return;
+    case RefCand3::insertInside:
+        insertInside(candidate);
+        return;
+    default: {
+        const QueuedTriangle queued(pT);
+        if (!splitSegment(candidate.getSight().edge)) {
+            tally(rules, MeshObstacle::ARITHMETIC);
+        } else if (queued.isAlive()) {
+            pmmAng2RC.push(candidate.getShape().sqShortest(), pT);
+        }
+    }
+    }
+}
+
+void RefinementPass::count(Triangle2* pT) {
+    const RefCand3 candidate(pT, site);
+    const RuleSet rules = candidate.brokenRules();
+    if (rules != 0) tally(countExemption(candidate, rules), MeshObstacle::NOT_REACHED);
+}
+
+// Counts a bad triangle. (In a pass that mends something, counts mean nothing.) Returns the rules that remain
+// for it.
+RuleSet RefinementPass::countExemption(const RefCand3& candidate, RuleSet rules) {
+    constexpr RuleSet angle = ruleBit(MeshRule::MIN_ANGLE);
+    ++report.numBadTriangles;
+    if ((rules & angle) == 0 || !candidate.isExemptFromAngle()) return rules;
+    tally(angle, MeshObstacle::SMALL_INPUT_ANGLE);
+    return rules & ~angle;
+}
+
+void RefinementPass::insertInside(RefCand3& candidate) {
+    const auto isClosed = [this](HalfEdge edge) { return site.marks.isClosed(edge); };
+    const Point2& point = candidate.getPoint();
+    const QueuedTriangle queued(candidate.getTriangle());
+    const HalfEdge place = candidate.getSight().edge;
+    cavity.clear();
+    if (candidate.getSight().end == Sight::INSIDE) {
+        cavity.startInside(place.pT, point, site.tests, isClosed);
+    } else {
+        Triangle2* const pN = place.opposite();
+        cavity.startBeside(place, point, site.tests, isClosed);
+        cavity.startBeside({pN, pN->getIntraTriangleIndex(place.pT)}, point, site.tests, isClosed);
+    }
+    if (splitEncroached(point)) {
+        // The triangle may have survived. Then it is looked at again.
+        if (queued.isAlive()) pmmAng2RC.push(candidate.getShape().sqShortest(), queued.pT);
+        return;
+    }
+    site.innerVertices.reserve();
+    site.store.reserveTriangles(2);
+    site.marks.follow();
+    cavity.reserve();
+    Point2* const pVtx = site.host.newVertex(point);
+    cavity.fill(pVtx, false, site.store, [this](Triangle2* pT, std::size_t i) {
+        site.marks.set(pT, TriangleMarks::inZone | (cavity.border()[i].bClosed ? 1U : 0U));
+    });
+    site.host.wasLinked(pVtx);
+    site.innerVertices.add(pVtx);
+    ++report.numInnerPoints;
+    judgeFan(false);
+}
+
+// Splits the segments at the cavity to which the point would be too close. Returns false when there are none
+// that can be split.
+bool RefinementPass::splitEncroached(const Point2& p) {
+    vHit.clear();
+    for (const Cavity::BorderEdge& edge : cavity.border()) {
+        if (edge.bClosed && isEncroached(edge.inside, p)) vHit.push_back({edge.pFrom, edge.pTo, edge.inside});
+    }
+    bool bSplit = false;
+    for (const WaitingSegment& segment : vHit)
+        bSplit = splitWaiting(segment) || bSplit;
+    return bSplit;
+}
+
+bool RefinementPass::isEncroached(HalfEdge edge, const Point2& p) const {
+    const Point2 &a = *edge.source(), &b = *edge.target();
+    if (!site.limits.isInDiametralCircle(a, b, p)) return false;
+    if (site.limits.encroaches(a, b, p)) return true;
+    // Conforming segments shall stay Delaunay, which they are while their own circle is empty.
+    const ConstraintSegment2* const pCSeg = site.mgr.getConstraintSegment(&a, &b);
+    return pCSeg != nullptr && pCSeg->getCIS() == CIS_CONFORMING_DELAUNAY;
+}
+
+bool RefinementPass::splitWaiting(const WaitingSegment& segment) {
+    HalfEdge edge = segment.edge;
+    return findAgain(edge, segment.a, segment.b) && !SegmentSplitter::obstacleAt(edge, site) &&
+           splitSegment(edge);
+}
+
+bool RefinementPass::splitSegment(HalfEdge edge) {
+    Point2* const pVtx = splitter.split(edge);
+    if (pVtx == nullptr) return false;
+    ++report.numSegmentPoints;
+    judgeFan(true);
+    return true;
+}
+
+void RefinementPass::judgeFan(bool bOnSegment) {
+    bChanged = true;
+    expectedChangeCount = site.host.changeCount();
+    for (Triangle2* const pT : cavity.fan()) {
+        if (!site.marks.isInZone(pT)) continue;
+        judge(pT);
+        if (isStale()) return; // the client's functions changed the triangulation
+        if (bOnSegment) collectEncroached(pT);
+        Triangle2* const pN = pT->getOppositeTriangle(0);
+        if (site.limits.limitsGrowth() && pN != nullptr && site.marks.isInZone(pN)) judge(pN);
+        if (isStale()) return;
+    }
+}
+
+void RefinementPass::judge(Triangle2* pT) {
+    const RefCand3 candidate(pT, site);
+    if (candidate.brokenRules() != 0) pmmAng2RC.push(candidate.getShape().sqShortest(), pT);
+}
+
+void RefinementPass::collectEncroached(Triangle2* pT) {
+    for (int i = 0; i < 3; ++i) {
+        const HalfEdge edge{pT, i};
+        if (!site.marks.isClosed(edge)) continue;
+        if (site.limits.encroaches(*edge.source(), *edge.target(), *pT->getCorner(i)))
+            vSegments.push_back({edge.source(), edge.target(), edge});
+    }
+}
+
+void RefinementPass::tally(RuleSet rules, MeshObstacle obstacle) {
+    for (std::size_t rule = 0; rule < RefinementReport::numRules; ++rule) {
+        if ((rules >> rule & 1) != 0) ++report.aBad[rule][static_cast<std::size_t>(obstacle)];
+    }
+}
+
+} // namespace TESK_KIVO2D

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Triangle2.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace TESK_KIVO2D {
+
+// Measures of a triangle, in units of a power of two that makes the coordinates of its zone less than 1: so
+// squares of lengths neither overflow nor underflow, and a zone of any size is meshed alike.
+struct TriangleShape {
+    double aSqLengthsIgnoringZ[3]; // ascending
+    double area;
+
+    TriangleShape(const Triangle2& t, double scale) {
+        const Point2 &p0 = *t.getCorner(0), &p1 = *t.getCorner(1), &p2 = *t.getCorner(2);
+        const double x = p0.x() * scale, y = p0.y() * scale;
+        const double ax = p1.x() * scale - x, ay = p1.y() * scale - y;
+        const double bx = p2.x() * scale - x, by = p2.y() * scale - y;
+        const double cx = bx - ax, cy = by - ay;
+        const double a = ax * ax + ay * ay, b = bx * bx + by * by, c = cx * cx + cy * cy;
+        const double low = std::min(a, b), high = std::max(a, b);
+        aSqLengthsIgnoringZ[0] = std::min(low, c);
+        aSqLengthsIgnoringZ[1] = std::max(low, std::min(high, c));
+        aSqLengthsIgnoringZ[2] = std::max(high, c);
+        area = 0.5 * std::fabs(ax * by - ay * bx);
+    }
+
+    double sqShortest() const { return aSqLengthsIgnoringZ[0]; }
+    double sqLongest() const { return aSqLengthsIgnoringZ[2]; }
+
+    // True when the smallest angle, whose squared cosine is given, is below; an angle below 90 degrees.
+    bool hasSmallerAngle(double sqCos) const {
+        const double middle = aSqLengthsIgnoringZ[1], longest = aSqLengthsIgnoringZ[2];
+        const double dot = 0.5 * ((longest - aSqLengthsIgnoringZ[0]) + middle); // of the two longer edges
+        return dot * dot > sqCos * (middle * longest);
+    }
+    // True when the largest angle, whose squared cosine is given, is above; an angle above 90 degrees.
+    bool hasLargerAngle(double sqCos) const {
+        const double shortest = aSqLengthsIgnoringZ[0], middle = aSqLengthsIgnoringZ[1];
+        const double dot = 0.5 * (shortest + middle - aSqLengthsIgnoringZ[2]);
+        return dot < 0 && dot * dot > sqCos * (shortest * middle);
+    }
+};
+
+} // namespace TESK_KIVO2D
