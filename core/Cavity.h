@@ -13,9 +13,9 @@
 namespace TESK_KIVO2D {
 
 // The hole that a new vertex makes in a triangulation with fixed edges: the triangles that it sees and whose
-// circumcircles contain it. Filling the hole with a fan around the vertex makes every edge there legal (Bowyer
-// 1981; Watson 1981), as splits and flips would. But the hole is known before anything changes, so it can
-// still be decided not to insert the vertex; and fewer links are written.
+// circumcircles contain it. Filling the hole with a fan around the vertex makes every edge there legal
+// (Bowyer 1981; Watson 1981), as splits and flips would. But the hole is known before anything changes, so it
+// can still be decided not to insert the vertex; and fewer links are written.
 //
 // The hole grows from a polygon that the vertex sees from strictly inside. A triangle whose circumcircle has
 // the vertex strictly inside, seen across an edge, has its other two edges seen as well: so the hole stays
@@ -45,8 +45,8 @@ public:
         for (int i = 0; i < 3; ++i)
             grow({pT, i}, p, tests, isClosed);
     }
-    // The triangle, but for its edge `ith`, on which the point lies or which it replaces. Both other edges are
-    // seen from it. The border, which is in counter-clockwise order, begins at the end of that edge.
+    // The triangle, but for its edge `ith`, on which the point lies or which it replaces. Both other edges
+    // are seen from it. The border, which is in counter-clockwise order, begins at the end of that edge.
     template<class IsClosed>
     void startBeside(HalfEdge edge, const Point2& p, TeskTest& tests, IsClosed isClosed) {
         startAt(edge.pT);

@@ -92,11 +92,7 @@ public:
     std::size_t numberOfBlocks() const { return vBlocks.size(); }
     // Number of records handed out so far.
     std::size_t size() const {
-        std::size_t num = 0;
-        for (std::size_t i = 0; i < vBlocks.size() && i < idxCurrent; ++i) {
-            num += static_cast<std::size_t>(vBlocks[i].capacity);
-        }
-        return initialized ? num + static_cast<std::size_t>(pNext - vBlocks[idxCurrent].pBegin) : 0;
+        return initialized ? numBefore + static_cast<std::size_t>(pNext - vBlocks[idxCurrent].pBegin) : 0;
     }
 
     std::vector<int> blockCapacities() const {
@@ -147,6 +143,8 @@ private:
     }
 
     void enterBlock(std::size_t idx) {
+        for (std::size_t i = idxCurrent; i < idx; ++i)
+            numBefore += static_cast<std::size_t>(vBlocks[i].capacity);
         idxCurrent = idx;
         pNext = vBlocks[idx].pBegin;
         pBlockEnd = pNext + vBlocks[idx].capacity;
@@ -178,6 +176,7 @@ private:
     T* pBlockEnd = nullptr;
     bool initialized = false;
     std::size_t idxCurrent = 0; // the block that alloc serves from
+    std::size_t numBefore = 0;  // records of the blocks before it
     std::size_t numUsed = 0;    // bytes of the last range that belong to blocks
     std::vector<Block> vBlocks; // blocks behind the current one were reserved ahead
     std::vector<AddressRange> vRanges;

@@ -32,8 +32,8 @@ struct QueuedTriangle {
 };
 
 // An ordered multimap from squared lengths to triangles, smallest key first, equal keys in the order in which
-// they came. Keys count as equal when they agree in the exponent and the first bits of the mantissa: so a list
-// for each is enough, and entering and taking cost no comparison.
+// they came. Keys count as equal when they agree in the exponent and the first bits of the mantissa: so a
+// list for each is enough, and entering and taking cost no comparison.
 class CandidateQueue {
 public:
     CandidateQueue() : vFirst(numKeys, none), vLast(numKeys, none), vWords(numKeys / 64) {}
@@ -61,14 +61,18 @@ public:
     QueuedTriangle pop() {
         while (vWords[lowestWord] == 0)
             ++lowestWord;
-        const std::size_t k = lowestWord * 64 + static_cast<std::size_t>(std::countr_zero(vWords[lowestWord]));
+        const std::size_t k =
+            lowestWord * 64 + static_cast<std::size_t>(std::countr_zero(vWords[lowestWord]));
         const std::uint32_t idx = vFirst[k];
         const Node node = vNodes[idx];
         vFirst[k] = node.next;
         if (node.next == none) {
             vWords[lowestWord] &= vWords[lowestWord] - 1;
         } else {
-            prefetch(vNodes[node.next].pT);
+            // Most candidates have died when their turn comes, so the next ones come at once.
+            const Node& next = vNodes[node.next];
+            prefetch(next.pT);
+            if (next.next != none) prefetch(vNodes[next.next].pT);
         }
         vNodes[idx].next = firstFree;
         firstFree = idx;
@@ -89,7 +93,8 @@ private:
     static constexpr int numMantissaBits = 4;
     static constexpr std::size_t numKeys = std::size_t{2048} << numMantissaBits;
     static std::size_t bucketOf(double key) {
-        return static_cast<std::size_t>(std::bit_cast<std::uint64_t>(key) >> (52 - numMantissaBits)) % numKeys;
+        return static_cast<std::size_t>(std::bit_cast<std::uint64_t>(key) >> (52 - numMantissaBits)) %
+               numKeys;
     }
 
     std::uint32_t takeNode() {

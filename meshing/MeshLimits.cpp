@@ -17,7 +17,7 @@ constexpr double angleSlack = 1e-9; // degrees
 
 // Off-centres stand a little nearer to their edge than the limit asks: their triangles meet it by a margin,
 // and later vertices spoil fewer of them.
-constexpr double offCentreShare = 0.475;
+constexpr double offCentreShare = 0.48;
 
 double radians(double degrees) { return degrees * (std::numbers::pi / 180); }
 

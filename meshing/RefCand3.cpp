@@ -6,13 +6,8 @@
 
 namespace TESK_KIVO2D {
 
-// The first of equals.
-int RefCand3::indexOfShortestEdge() const {
-    return pT->getMinIndex();
-}
-
 bool RefCand3::isExemptFromAngle() const {
-    const int s = indexOfShortestEdge(); // the smallest angle is that at corner s
+    const int s = shape.getMinIndex(); // the smallest angle is that at corner s
     const HalfEdge shortest{pT, s};
     const int next = Triangle2::incIndexBy1(s), previous = Triangle2::incIndexBy2(s);
     if (site.marks.isClosed({pT, next}) && site.marks.isClosed({pT, previous})) return true;
@@ -23,7 +18,7 @@ bool RefCand3::isExemptFromAngle() const {
 // which the edge is seen under an angle that is large enough by a margin. So the new triangle on this edge is
 // as large as it may be, and fewer are needed (Uengoer 2004).
 Point2 RefCand3::computePoint() const {
-    const int s = indexOfShortestEdge();
+    const int s = shape.getMinIndex();
     const HalfEdge edge{pT, s};
     const Point2 &o = *edge.source(), &d = *edge.target(), &apex = *pT->getCorner(s);
     const double scale = site.limits.scale(), x = o.x() * scale, y = o.y() * scale;
@@ -48,7 +43,7 @@ void RefCand3::update() {
     obstacle = MeshObstacle::ARITHMETIC;
     if (!std::isfinite(point.x()) || !std::isfinite(point.y())) return;
     // Seen from the largest angle, the point lies in the triangle or straight across the longest edge.
-    sight = look(pT, pT->getMaxIndex(), point, site.tests, site.marks);
+    sight = look(pT, shape.getMaxIndex(), point, site.tests, site.marks);
     if (sight.end == Sight::INSIDE || sight.end == Sight::ON_EDGE) {
         splitIndex = insertInside;
     } else if (sight.end == Sight::BLOCKED) {

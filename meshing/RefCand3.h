@@ -48,7 +48,6 @@ public:
     void debug(RuleSet rules, int number) const;
 
 private:
-    int indexOfShortestEdge() const;
     Point2 computePoint() const;
 
     RefinementSite& site;

@@ -74,8 +74,8 @@ void RefinementDriver::makePasses() {
 }
 
 RefinementSite RefinementDriver::siteFor(const MeshLimits& limits, TriangleMarks& marks) const {
-    return {host,   host.records(),  host.predicates(), host.constraintMgr(), limits, marks,
-            memory.origins, memory.innerVertices};
+    return {host,   host.records(), host.predicates(), host.constraintMgr(),
+            limits, marks,          memory.origins,    memory.innerVertices};
 }
 
 bool RefinementDriver::makePass(const MeshLimits& limits, ProgressHub::Operation& progress) {

@@ -109,7 +109,7 @@ void RefinementPass::insertInside(RefCand3& candidate) {
     site.host.wasLinked(pVtx);
     site.innerVertices.add(pVtx);
     ++report.numInnerPoints;
-    judgeFan(false);
+    judgeAll(cavity.fan(), false);
 }
 
 // Splits the segments at the cavity to which the point would be too close. Returns false when there are none
@@ -144,14 +144,14 @@ bool RefinementPass::splitSegment(HalfEdge edge) {
     Point2* const pVtx = splitter.split(edge);
     if (pVtx == nullptr) return false;
     ++report.numSegmentPoints;
-    judgeFan(true);
+    judgeAll(splitter.changedTriangles(), true);
     return true;
 }
 
-void RefinementPass::judgeFan(bool bOnSegment) {
+void RefinementPass::judgeAll(const std::vector<Triangle2*>& vChanged, bool bOnSegment) {
     bChanged = true;
     expectedChangeCount = site.host.changeCount();
-    for (Triangle2* const pT : cavity.fan()) {
+    for (Triangle2* const pT : vChanged) {
         if (!site.marks.isInZone(pT)) continue;
         judge(pT);
         if (isStale()) return; // the client's functions changed the triangulation

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Triangle2.h"
 #include "RefinementReport.h"
+#include "Triangle2.h"
 #include "core/Cavity.h"
 #include "core/HalfEdge.h"
 #include "meshing/CandidateQueue.h"
@@ -54,8 +54,8 @@ private:
     void insertInside(RefCand3& candidate);
     bool splitSegment(HalfEdge edge);
     bool splitWaiting(const WaitingSegment& segment);
-    // Enters the new triangles around the vertex that was inserted last.
-    void judgeFan(bool bOnSegment);
+    // Enters what the latest vertex made bad, and the segments that it is too close to.
+    void judgeAll(const std::vector<Triangle2*>& vChanged, bool bOnSegment);
     void judge(Triangle2* pT);
     void collectEncroached(Triangle2* pT);
     bool splitEncroached(const Point2& p);

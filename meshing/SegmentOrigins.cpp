@@ -16,7 +16,8 @@ void SegmentOrigins::add(const Point2* pVtx, const Point2* a, const Point2* b) {
         const Ends* const pWhole = find(p);
         if (pWhole == nullptr) continue;
         const Ends* const pOther = find(q);
-        if (pWhole->first == q || pWhole->second == q || (pOther != nullptr && *pOther == *pWhole)) ends = *pWhole;
+        if (pWhole->first == q || pWhole->second == q || (pOther != nullptr && *pOther == *pWhole))
+            ends = *pWhole;
     }
     mOrigins.insert_or_assign(pVtx, ends);
 }

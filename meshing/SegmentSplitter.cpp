@@ -1,6 +1,7 @@
 #include "meshing/SegmentSplitter.h"
 
 #include "constraints/splitPoint.h"
+#include "core/flip.h"
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
 #include "kernel/tools.h"
@@ -41,9 +42,9 @@ Point2* SegmentSplitter::split(HalfEdge edge) {
     Point2 *const p1 = edge.source(), *const p2 = edge.target();
     ConstraintSegment2* const pCSeg = site.mgr.getConstraintSegment(p1, p2);
     KIVO_ASSERT(pCSeg != nullptr, "pCSeg!=0");
-    KIVO_ASSERT((pCSeg->getSrc() == p1 && pCSeg->getTrg() == p2) ||
-                    (pCSeg->getSrc() == p2 && pCSeg->getTrg() == p1),
-                "(pCSeg->getSrc()==p1 && pCSeg->getTrg()==p2) || (pCSeg->getSrc()==p2 && pCSeg->getTrg()==p1)");
+    KIVO_ASSERT(
+        (pCSeg->getSrc() == p1 && pCSeg->getTrg() == p2) || (pCSeg->getSrc() == p2 && pCSeg->getTrg() == p1),
+        "(pCSeg->getSrc()==p1 && pCSeg->getTrg()==p2) || (pCSeg->getSrc()==p2 && pCSeg->getTrg()==p1)");
     Point2 point = splitPointOf(p1, p2, site.mgr);
     if (point == *p1 || point == *p2) {
         reportTooShort(edge);
@@ -82,6 +83,7 @@ void SegmentSplitter::growCavity(HalfEdge edge, Place place, const Point2& p) {
         cavity.addHullEdge(edge);
     }
     cavity.reserve();
+    vChanged.reserve(cavity.border().size());
 }
 
 void SegmentSplitter::link(HalfEdge edge, Place place, Point2* pVtx, ConstraintSegment2* pCSeg) {
@@ -103,21 +105,49 @@ void SegmentSplitter::link(HalfEdge edge, Place place, Point2* pVtx, ConstraintS
     if (place == Place::ON_HULL) site.host.hullBorder().inserted(p1, pVtx, p2);
     site.host.wasLinked(pVtx);
     site.innerVertices.add(pVtx);
+    vChanged.assign(cavity.fan().begin(), cavity.fan().end());
+    legalizeSpokes();
 }
 
-// Rounding may have put the point where it makes triangles that are none. The middle of the segment, which is
-// shifted onto it where doubles allow, is tried next.
+// The spokes of a vertex on the segment are legal. But rounding puts it a little beside.
+void SegmentSplitter::legalizeSpokes() {
+    for (Triangle2* const pT : cavity.fan())
+        vCheckEdges.push_back({pT, 1});
+    while (!vCheckEdges.empty()) {
+        const HalfEdge edge = vCheckEdges.back();
+        vCheckEdges.pop_back();
+        Triangle2 *const pT = edge.pT, *const pN = edge.opposite();
+        if (pN == nullptr || site.marks.isClosed(edge)) continue;
+        const int j = pN->getIntraTriangleIndex(pT);
+        if (site.tests.inCircle(*pT, *pN->getCorner(j)) != CINC2_INCIRCLE) continue;
+        site.marks.flip(edge);
+        flip(pT, edge.ith);
+        for (const HalfEdge& around : {HalfEdge{pT, 0}, HalfEdge{pT, 2}, HalfEdge{pN, 0}, HalfEdge{pN, 1}})
+            vCheckEdges.push_back(around);
+        vChanged.insert(vChanged.end(), {pT, pN});
+    }
+}
+
+// Rounding may have put the point where it makes triangles that are none, most often because one of them is
+// hardly wider than a unit in the last place. Then a few units to either side there may be room. Not beyond a
+// hull edge, where the point could make the hull reflex at an end.
 SegmentSplitter::Place SegmentSplitter::choose(HalfEdge edge, Point2& p) const {
-    const Place place = placeOf(edge, p);
-    if (place != Place::NONE) return place;
-    p = centerWithShift(*edge.source(), *edge.target());
-    if (p == *edge.source() || p == *edge.target()) return Place::NONE;
-    if (edge.opposite() != nullptr) return placeOf(edge, p);
-    // Not beyond the hull edge, where it could make the hull reflex at an end.
-    constexpr int maxSteps = 4;
-    for (int i = 0; i < maxSteps && placeOf(edge, p) == Place::NONE; ++i)
-        p = stepTowards(p, *edge.pT->getCorner(edge.ith));
-    return placeOf(edge, p);
+    constexpr int maxSteps = 8;
+    const Point2 &r = *edge.source(), &l = *edge.target();
+    const Triangle2* const pN = edge.opposite();
+    const Point2* const apexes[] = {edge.pT->getCorner(edge.ith),
+                                    pN ? pN->getCorner(pN->getIntraTriangleIndex(edge.pT)) : nullptr};
+    for (const Point2& wanted : {Point2(p), centerWithShift(r, l)}) {
+        for (const Point2* pApex : apexes) {
+            p = wanted;
+            for (int i = 0; pApex != nullptr && i <= maxSteps && p != r && p != l; ++i) {
+                const Place place = placeOf(edge, p);
+                if (place != Place::NONE) return place;
+                p = stepTowards(p, *pApex);
+            }
+        }
+    }
+    return Place::NONE;
 }
 
 SegmentSplitter::Place SegmentSplitter::placeOf(HalfEdge edge, const Point2& p) const {

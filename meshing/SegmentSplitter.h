@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <vector>
 
 namespace TESK_KIVO2D {
 
@@ -25,6 +26,8 @@ public:
     // Splits the segment on the edge, which the limits allow. Returns the new vertex, whose triangles are
     // known to the marks, or null where doubles leave no room, which is reported once.
     Point2* split(HalfEdge edge);
+    // The triangles that the latest split made or changed; some maybe twice.
+    const std::vector<Triangle2*>& changedTriangles() const { return vChanged; }
 
 private:
     // What a split point on the edge makes of its surroundings.
@@ -40,12 +43,15 @@ private:
     Place choose(HalfEdge edge, Point2& p) const;
     void link(HalfEdge edge, Place place, Point2* pVtx, ConstraintSegment2* pCSeg);
     void growCavity(HalfEdge edge, Place place, const Point2& p);
+    void legalizeSpokes();
     void reportTooShort(HalfEdge edge);
     void reportNoPoint();
 
     RefinementSite& site;
     Cavity& cavity;
     std::size_t numOnFirstSide = 0; // of the border of the cavity
+    std::vector<Triangle2*> vChanged;
+    std::vector<HalfEdge> vCheckEdges;
     bool bReportedTooShort = false, bReportedNoPoint = false;
 };
 

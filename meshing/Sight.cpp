@@ -39,8 +39,8 @@ Sight look(Triangle2* pT, int ith, const Point2& q, TeskTest& tests, const Trian
         const int j = pN->getIntraTriangleIndex(edge.pT);
         const Orientation2 apex = sideOf(eye, q, *pN->getCorner(j));
         if (apex == ORIENTATION2_COLLINEAR) bGeneral = false;
-        // From the other side the edge runs from corner j+1, left of the line, to corner j+2. What is left of the
-        // line goes on being the target.
+        // From the other side the edge runs from corner j+1, left of the line, to corner j+2. What is left of
+        // the line goes on being the target.
         edge = {pN, apex == ORIENTATION2_CW ? Triangle2::incIndexBy2(j) : Triangle2::incIndexBy1(j)};
     }
 }

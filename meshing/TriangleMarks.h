@@ -43,6 +43,18 @@ public:
         if (const Triangle2* const pN = edge.opposite())
             set(pN, of(pN) | 1U << pN->getIntraTriangleIndex(edge.pT));
     }
+    // The open edge is about to be flipped by `flip`, which see for the names.
+    void flip(HalfEdge edge) {
+        Triangle2 *const pT = edge.pT, *const pN = edge.opposite();
+        const int j = pN->getIntraTriangleIndex(pT);
+        const auto bit = [this](const Triangle2* p, int i) { return of(p) >> i & 1; };
+        const unsigned ab = bit(pT, Triangle2::incIndexBy2(edge.ith)),
+                       ca = bit(pT, Triangle2::incIndexBy1(edge.ith)),
+                       bd = bit(pN, Triangle2::incIndexBy1(j)), dc = bit(pN, Triangle2::incIndexBy2(j));
+        const unsigned zone = of(pT) & inZone;
+        set(pT, zone | bd | ab << 2);
+        set(pN, zone | dc | ca << 1);
+    }
 
 private:
     const MeshStore& store;

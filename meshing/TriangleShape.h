@@ -11,6 +11,7 @@ namespace TESK_KIVO2D {
 // squares of lengths neither overflow nor underflow, and a zone of any size is meshed alike.
 struct TriangleShape {
     double aSqLengthsIgnoringZ[3]; // ascending
+    double aSqOpposite[3];         // the same, of the edge opposite each corner
     double area;
 
     TriangleShape(const Triangle2& t, double scale) {
@@ -20,6 +21,9 @@ struct TriangleShape {
         const double bx = p2.x() * scale - x, by = p2.y() * scale - y;
         const double cx = bx - ax, cy = by - ay;
         const double a = ax * ax + ay * ay, b = bx * bx + by * by, c = cx * cx + cy * cy;
+        aSqOpposite[0] = c;
+        aSqOpposite[1] = b;
+        aSqOpposite[2] = a;
         const double low = std::min(a, b), high = std::max(a, b);
         aSqLengthsIgnoringZ[0] = std::min(low, c);
         aSqLengthsIgnoringZ[1] = std::max(low, std::min(high, c));
@@ -29,6 +33,10 @@ struct TriangleShape {
 
     double sqShortest() const { return aSqLengthsIgnoringZ[0]; }
     double sqLongest() const { return aSqLengthsIgnoringZ[2]; }
+    // The corner opposite the shortest or the longest edge, the first of equals: that of the smallest or of
+    // the largest angle.
+    int getMinIndex() const { return indexOf(sqShortest()); }
+    int getMaxIndex() const { return indexOf(sqLongest()); }
 
     // True when the smallest angle, whose squared cosine is given, is below; an angle below 90 degrees.
     bool hasSmallerAngle(double sqCos) const {
@@ -41,6 +49,11 @@ struct TriangleShape {
         const double shortest = aSqLengthsIgnoringZ[0], middle = aSqLengthsIgnoringZ[1];
         const double dot = 0.5 * (shortest + middle - aSqLengthsIgnoringZ[2]);
         return dot < 0 && dot * dot > sqCos * (shortest * middle);
+    }
+
+private:
+    int indexOf(double sqLength) const {
+        return aSqOpposite[0] == sqLength ? 0 : aSqOpposite[1] == sqLength ? 1 : 2;
     }
 };
 
