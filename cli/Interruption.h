@@ -16,7 +16,6 @@ public:
     ~Interruption();
 
     const std::atomic<bool>* getFlag() const;
-    bool hasCome() const { return *getFlag(); }
 
 private:
     struct sigaction previous;

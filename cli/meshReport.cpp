@@ -3,8 +3,6 @@
 #include "cli/numbers.h"
 #include "cli/words.h"
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <array>
 

@@ -2,7 +2,7 @@
 
 #include "cli/report.h"
 
-#include <nlohmann/json_fwd.hpp>
+#include <nlohmann/json.hpp>
 
 #include <string>
 
