@@ -53,9 +53,10 @@ public:
         grow({edge.pT, Triangle2::incIndexBy1(edge.ith)}, p, tests, isClosed);
         grow({edge.pT, Triangle2::incIndexBy2(edge.ith)}, p, tests, isClosed);
     }
-    // The hull edge becomes part of the border.
-    void addHullEdge(HalfEdge edge) {
-        vBorder.push_back({edge.source(), edge.target(), edge, nullptr, 0, true});
+    // Then the hole may grow across that edge too, if the point lies strictly inside the triangle.
+    template<class IsClosed>
+    void growAcross(HalfEdge edge, const Point2& p, TeskTest& tests, IsClosed isClosed) {
+        grow(edge, p, tests, isClosed);
     }
 
     // In counter-clockwise order.

@@ -20,14 +20,18 @@ struct QueuedTriangle {
     explicit QueuedTriangle(Triangle2* pItsT) : pT(pItsT), corners(cornersOf(*pItsT)) {}
     QueuedTriangle(Triangle2* pItsT, std::uint32_t itsCorners) : pT(pItsT), corners(itsCorners) {}
 
+    // A sum, so that it does not matter which corner comes first, of scrambled addresses: those of vertices
+    // made one after the other are evenly spaced, and their own sums would often agree.
     static std::uint32_t cornersOf(const Triangle2& t) {
-        const auto number = [](const Point2* p) {
-            return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(p) >> 4);
+        const auto scrambled = [](const Point2* p) {
+            std::uint64_t bits = reinterpret_cast<std::uintptr_t>(p) * 0x9E3779B97F4A7C15u;
+            bits ^= bits >> 32;
+            return static_cast<std::uint32_t>(bits * 0xD6E8FEB86659FD93u >> 32);
         };
-        return number(t.getCorner(0)) + number(t.getCorner(1)) + number(t.getCorner(2));
+        return scrambled(t.getCorner(0)) + scrambled(t.getCorner(1)) + scrambled(t.getCorner(2));
     }
     // False when the record has other corners by now: splits and flips rebuild records in place. (Once in
-    // four thousand million other corners pass for the same; then the triangle is looked at in vain.)
+    // four thousand million other corners pass for the same. Then a triangle is looked at that did not wait.)
     bool isAlive() const { return cornersOf(*pT) == corners; }
 };
 

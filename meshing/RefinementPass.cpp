@@ -35,7 +35,7 @@ void RefinementPass::step() {
         return;
     }
     const QueuedTriangle next = pmmAng2RC.pop();
-    if (next.isAlive()) treat(next.pT);
+    if (next.isAlive() && site.marks.isInZone(next.pT)) treat(next.pT);
 }
 
 void RefinementPass::treat(Triangle2* pT) {

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <locale>
 #include <sstream>
 
@@ -19,11 +20,12 @@ bool isInBox(const Point2& p, const Point2& a, const Point2& b) {
            std::min(a.y(), b.y()) <= p.y() && p.y() <= std::max(a.y(), b.y());
 }
 
-// The next double from the point towards the target, along the axis on which that is further away.
-Point2 stepTowards(const Point2& p, const Point2& target) {
-    const double dx = std::fabs(target.x() - p.x()), dy = std::fabs(target.y() - p.y());
-    return dx > dy ? Point2(std::nextafter(p.x(), target.x()), p.y())
-                   : Point2(p.x(), std::nextafter(p.y(), target.y()));
+// The next double from the point to the left of the line ab, along the axis that is more across it.
+Point2 stepLeft(const Point2& p, const Point2& a, const Point2& b) {
+    constexpr double far = std::numeric_limits<double>::infinity();
+    const double dx = b.x() - a.x(), dy = b.y() - a.y();
+    return std::fabs(dy) > std::fabs(dx) ? Point2(std::nextafter(p.x(), dy > 0 ? -far : far), p.y())
+                                         : Point2(p.x(), std::nextafter(p.y(), dx > 0 ? far : -far));
 }
 
 } // namespace
@@ -50,8 +52,8 @@ Point2* SegmentSplitter::split(HalfEdge edge) {
         reportTooShort(edge);
         return nullptr;
     }
-    const Place place = choose(edge, point);
-    if (place == Place::NONE) {
+    const Spot spot = choose(edge, point);
+    if (spot.edge.pT == nullptr) {
         reportNoPoint();
         return nullptr;
     }
@@ -61,9 +63,9 @@ Point2* SegmentSplitter::split(HalfEdge edge) {
     Point2* const pVtx = site.host.newVertex(point);
     try {
         site.marks.follow();
-        growCavity(edge, place, point);
+        growCavity(spot, point);
         site.origins.add(pVtx, p1, p2);
-        link(edge, place, pVtx, pCSeg);
+        link(spot, pVtx, pCSeg);
     } catch (...) {
         if (pVtx->getIncidentTriangle() == nullptr) site.store.recycleVertex(pVtx);
         throw;
@@ -71,38 +73,45 @@ Point2* SegmentSplitter::split(HalfEdge edge) {
     return pVtx;
 }
 
-void SegmentSplitter::growCavity(HalfEdge edge, Place place, const Point2& p) {
+void SegmentSplitter::growCavity(const Spot& spot, const Point2& p) {
+    const HalfEdge edge = spot.edge;
+    Triangle2* const pN = edge.opposite();
     const auto isClosed = [this](HalfEdge e) { return site.marks.isClosed(e); };
     cavity.clear();
     cavity.startBeside(edge, p, site.tests, isClosed);
-    numOnFirstSide = cavity.border().size();
-    if (place == Place::BETWEEN) {
-        Triangle2* const pN = edge.opposite();
+    numOnLeft = cavity.border().size();
+    if (!spot.bOnEdge) {
+        // The edge is no constraint any more.
+        cavity.growAcross(edge, p, site.tests,
+                          [&](HalfEdge e) { return !(e == edge) && site.marks.isClosed(e); });
+    } else if (pN != nullptr) {
         cavity.startBeside({pN, pN->getIntraTriangleIndex(edge.pT)}, p, site.tests, isClosed);
-    } else if (place == Place::WITHIN_HULL_EDGE) {
-        cavity.addHullEdge(edge);
     }
     cavity.reserve();
     vChanged.reserve(cavity.border().size());
 }
 
-void SegmentSplitter::link(HalfEdge edge, Place place, Point2* pVtx, ConstraintSegment2* pCSeg) {
+void SegmentSplitter::link(const Spot& spot, Point2* pVtx, ConstraintSegment2* pCSeg) {
+    const HalfEdge edge = spot.edge;
     Point2 *const p1 = edge.source(), *const p2 = edge.target();
-    const unsigned zoneHere = site.marks.of(edge.pT) & TriangleMarks::inZone;
-    const unsigned zoneBeyond =
-        place == Place::BETWEEN ? site.marks.of(edge.opposite()) & TriangleMarks::inZone : 0;
+    Triangle2* const pN = edge.opposite();
+    const unsigned zoneOnLeft = site.marks.of(edge.pT) & TriangleMarks::inZone;
+    const unsigned zoneOnRight = pN != nullptr ? site.marks.of(pN) & TriangleMarks::inZone : 0;
+    const bool bOpenFan = spot.bOnEdge && pN == nullptr;
     const std::size_t num = cavity.border().size();
     const bool bOK = pCSeg->split_combinatorialOnly(pVtx);
     KIVO_ASSERT(bOK, "bOK");
-    cavity.fill(pVtx, place == Place::ON_HULL, site.store, [&](Triangle2* pT, std::size_t i) {
+    // Beside the edge, that one is open from now on, if it stays at all.
+    if (!spot.bOnEdge && pN != nullptr) site.marks.open({pN, pN->getIntraTriangleIndex(edge.pT)});
+    cavity.fill(pVtx, bOpenFan, site.store, [&](Triangle2* pT, std::size_t i) {
         // The two pieces of the segment are spokes of the fan: between the sides of the segment.
-        const bool bAfterPiece = i == 0 || i == numOnFirstSide;
-        const bool bBeforePiece = i + 1 == numOnFirstSide || i + 1 == num;
-        site.marks.set(pT, (i < numOnFirstSide ? zoneHere : zoneBeyond) |
+        const bool bAfterPiece = i == 0 || i == numOnLeft;
+        const bool bBeforePiece = i + 1 == numOnLeft || i + 1 == num;
+        site.marks.set(pT, (i < numOnLeft ? zoneOnLeft : zoneOnRight) |
                                (cavity.border()[i].bClosed ? 1U : 0U) | (bBeforePiece ? 2U : 0U) |
                                (bAfterPiece ? 4U : 0U));
     });
-    if (place == Place::ON_HULL) site.host.hullBorder().inserted(p1, pVtx, p2);
+    if (bOpenFan) site.host.hullBorder().inserted(p1, pVtx, p2);
     site.host.wasLinked(pVtx);
     site.innerVertices.add(pVtx);
     vChanged.assign(cavity.fan().begin(), cavity.fan().end());
@@ -128,49 +137,39 @@ void SegmentSplitter::legalizeSpokes() {
     }
 }
 
-// Rounding may have put the point where it makes triangles that are none, most often because one of them is
-// hardly wider than a unit in the last place. Then a few units to either side there may be room. Not beyond a
-// hull edge, where the point could make the hull reflex at an end.
-SegmentSplitter::Place SegmentSplitter::choose(HalfEdge edge, Point2& p) const {
+// Rounding may have put the point beyond the hull or beyond a triangle that is hardly wider than a unit in
+// the last place. Then there is room a few units to a side.
+SegmentSplitter::Spot SegmentSplitter::choose(HalfEdge edge, Point2& p) const {
     constexpr int maxSteps = 8;
     const Point2 &r = *edge.source(), &l = *edge.target();
-    const Triangle2* const pN = edge.opposite();
-    const Point2* const apexes[] = {edge.pT->getCorner(edge.ith),
-                                    pN ? pN->getCorner(pN->getIntraTriangleIndex(edge.pT)) : nullptr};
     for (const Point2& wanted : {Point2(p), centerWithShift(r, l)}) {
-        for (const Point2* pApex : apexes) {
+        for (const bool bLeft : {true, false}) {
             p = wanted;
-            for (int i = 0; pApex != nullptr && i <= maxSteps && p != r && p != l; ++i) {
-                const Place place = placeOf(edge, p);
-                if (place != Place::NONE) return place;
-                p = stepTowards(p, *pApex);
+            for (int i = 0; i <= maxSteps; ++i) {
+                const Spot spot = locate(edge, p);
+                if (spot.edge.pT != nullptr) return spot;
+                p = bLeft ? stepLeft(p, r, l) : stepLeft(p, l, r);
             }
         }
     }
-    return Place::NONE;
+    return {{nullptr, 0}, false};
 }
 
-SegmentSplitter::Place SegmentSplitter::placeOf(HalfEdge edge, const Point2& p) const {
-    const Point2 &r = *edge.source(), &l = *edge.target(), &apex = *edge.pT->getCorner(edge.ith);
-    const auto isLeft = [this](const Point2& a, const Point2& b, const Point2& c) {
-        return site.tests.orientation(a, b, c) == ORIENTATION2_CCW;
-    };
-    if (!isInBox(p, r, l) || !isLeft(apex, r, p) || !isLeft(l, apex, p)) return Place::NONE;
-    const Triangle2* const pN = edge.opposite();
-    if (pN == nullptr) return placeAtHull(edge, p);
-    const Point2& beyond = *pN->getCorner(pN->getIntraTriangleIndex(edge.pT));
-    return isLeft(beyond, l, p) && isLeft(r, beyond, p) ? Place::BETWEEN : Place::NONE;
-}
-
-SegmentSplitter::Place SegmentSplitter::placeAtHull(HalfEdge edge, const Point2& p) const {
-    switch (site.tests.orientation(*edge.source(), *edge.target(), p)) {
-    case ORIENTATION2_COLLINEAR:
-        return Place::ON_HULL;
-    case ORIENTATION2_CCW:
-        return Place::WITHIN_HULL_EDGE;
-    default:
-        return Place::NONE;
+SegmentSplitter::Spot SegmentSplitter::locate(HalfEdge edge, const Point2& p) const {
+    constexpr Spot nowhere{{nullptr, 0}, false};
+    if (p == *edge.source() || p == *edge.target() || !isInBox(p, *edge.source(), *edge.target()))
+        return nowhere;
+    const Orientation2 side = site.tests.orientation(*edge.source(), *edge.target(), p);
+    if (side == ORIENTATION2_COLLINEAR) return {edge, true};
+    if (side == ORIENTATION2_CW) {
+        Triangle2* const pN = edge.opposite();
+        if (pN == nullptr) return nowhere;
+        edge = {pN, pN->getIntraTriangleIndex(edge.pT)};
     }
+    const Point2& apex = *edge.pT->getCorner(edge.ith);
+    const bool bInside = site.tests.orientation(apex, *edge.source(), p) == ORIENTATION2_CCW &&
+                         site.tests.orientation(*edge.target(), apex, p) == ORIENTATION2_CCW;
+    return bInside ? Spot{edge, false} : nowhere;
 }
 
 void SegmentSplitter::reportTooShort(HalfEdge edge) {

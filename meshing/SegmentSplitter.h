@@ -13,8 +13,10 @@
 
 namespace TESK_KIVO2D {
 
-// Splits constraint segments at Steiner points, in place: only what the new vertex's triangles replace
-// changes, and that is known.
+// Splits constraint segments at Steiner points. The point is inserted like any other, across the segment's
+// edge if need be; rounding mostly puts it a little beside. Its edges to the ends of the segment, which are
+// corners of the triangle that it lies in, become the pieces. So only what its triangles replace changes, and
+// that is known.
 class SegmentSplitter {
 public:
     SegmentSplitter(RefinementSite& refinementSite, Cavity& workingCavity)
@@ -30,26 +32,23 @@ public:
     const std::vector<Triangle2*>& changedTriangles() const { return vChanged; }
 
 private:
-    // What a split point on the edge makes of its surroundings.
-    enum class Place {
-        NONE,            // triangles that are not counter-clockwise
-        BETWEEN,         // four proper triangles
-        ON_HULL,         // two, and two hull edges
-        WITHIN_HULL_EDGE // three: rounding has put it beside the hull edge, which stays
+    // Where a split point lies: on the edge, or in the triangle to the left of it.
+    struct Spot {
+        HalfEdge edge; // without a triangle: nowhere of use
+        bool bOnEdge;
     };
 
-    Place placeOf(HalfEdge edge, const Point2& p) const;
-    Place placeAtHull(HalfEdge edge, const Point2& p) const;
-    Place choose(HalfEdge edge, Point2& p) const;
-    void link(HalfEdge edge, Place place, Point2* pVtx, ConstraintSegment2* pCSeg);
-    void growCavity(HalfEdge edge, Place place, const Point2& p);
+    Spot locate(HalfEdge edge, const Point2& p) const;
+    Spot choose(HalfEdge edge, Point2& p) const;
+    void growCavity(const Spot& spot, const Point2& p);
+    void link(const Spot& spot, Point2* pVtx, ConstraintSegment2* pCSeg);
     void legalizeSpokes();
     void reportTooShort(HalfEdge edge);
     void reportNoPoint();
 
     RefinementSite& site;
     Cavity& cavity;
-    std::size_t numOnFirstSide = 0; // of the border of the cavity
+    std::size_t numOnLeft = 0; // of the border of the cavity
     std::vector<Triangle2*> vChanged;
     std::vector<HalfEdge> vCheckEdges;
     bool bReportedTooShort = false, bReportedNoPoint = false;

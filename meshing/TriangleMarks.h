@@ -43,6 +43,8 @@ public:
         if (const Triangle2* const pN = edge.opposite())
             set(pN, of(pN) | 1U << pN->getIntraTriangleIndex(edge.pT));
     }
+    // On this side.
+    void open(HalfEdge edge) { set(edge.pT, of(edge.pT) & ~(1U << edge.ith)); }
     // The open edge is about to be flipped by `flip`, which see for the names.
     void flip(HalfEdge edge) {
         Triangle2 *const pT = edge.pT, *const pN = edge.opposite();
