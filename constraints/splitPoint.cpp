@@ -8,10 +8,8 @@
 #include <limits>
 
 namespace TESK_KIVO2D {
-namespace {
 
-// True when another constraint leaves the apex at less than 60 degrees from the segment.
-bool isAcute(Point2* pApex, const Point2* pOther, const EdgeGuard& guard) {
+bool isAcute(const Point2* pApex, const Point2* pOther, const EdgeGuard& guard) {
     constexpr int many = 64; // spokes: then some are close to each other
     const Vector2 direction = *pOther - *pApex;
     int num = 0;
@@ -26,9 +24,7 @@ bool isAcute(Point2* pApex, const Point2* pOther, const EdgeGuard& guard) {
     return bAcute;
 }
 
-} // namespace
-
-Point2 splitPointOf(Point2* a, Point2* b, const EdgeGuard& guard) {
+Point2 splitPointOf(const Point2* a, const Point2* b, const EdgeGuard& guard) {
     const bool bAcuteAtA = isAcute(a, b, guard), bAcuteAtB = isAcute(b, a, guard);
     if (bAcuteAtA == bAcuteAtB) return centerWithShift(*a, *b);
     const Point2 &apex = bAcuteAtA ? *a : *b, &other = bAcuteAtA ? *b : *a;

@@ -21,7 +21,7 @@ constexpr double offCentreShare = 0.48;
 
 double radians(double degrees) { return degrees * (std::numbers::pi / 180); }
 
-bool isLimit(double value) { return value > 0; }
+bool isPositive(double value) { return value > 0; }
 
 // A limit that is no positive number is said to be off, and is.
 std::string namesOfUnusable(const MeshGenParams& params) {
@@ -29,13 +29,13 @@ std::string namesOfUnusable(const MeshGenParams& params) {
     const auto check = [&names](bool bUsable, const char* name) {
         if (!bUsable) names += (names.empty() ? "" : ", ") + std::string(name);
     };
-    check(isLimit(params.minAngleDegree), "minAngleDegree");
+    check(isPositive(params.minAngleDegree), "minAngleDegree");
     check(params.minEdgeLength >= 0, "minEdgeLength");
-    check(isLimit(params.maxEdgeLength), "maxEdgeLength");
-    check(isLimit(params.maxTriangleArea), "maxTriangleArea");
+    check(isPositive(params.maxEdgeLength), "maxEdgeLength");
+    check(isPositive(params.maxTriangleArea), "maxTriangleArea");
     check(params.growFactor > 1, "growFactor");
     check(params.growFactorMinArea >= 0, "growFactorMinArea");
-    check(isLimit(params.capAspectLimit), "capAspectLimit");
+    check(isPositive(params.capAspectLimit), "capAspectLimit");
     return names;
 }
 
@@ -74,7 +74,7 @@ void MeshLimits::setAngle() {
     heightOfOffCentre = offCentreShare * std::sqrt((1 + cosMin) / (1 - cosMin));
     // A cap whose angles are not too small is less than two cotangents of the smallest one as long as high.
     const double widest = 2 * cosMin / std::sqrt(1 - cosMin * cosMin);
-    bCaps = isLimit(params.capAspectLimit) && params.capAspectLimit < widest;
+    bCaps = isPositive(params.capAspectLimit) && params.capAspectLimit < widest;
 }
 
 bool MeshLimits::isBadCap(const TriangleShape& shape) const {

@@ -6,6 +6,9 @@
 #include "meshing/TriangleMarks.h"
 #include "meshing/TriangleShape.h"
 
+#include <algorithm>
+#include <cfloat>
+
 namespace TESK_KIVO2D {
 
 // A set of rules, a bit each.
@@ -28,10 +31,10 @@ public:
         RuleSet rules = 0;
         if (shape.hasSmallerAngle(sqCosMinAngle) || (bCaps && isBadCap(shape)))
             rules |= ruleBit(MeshRule::MIN_ANGLE);
-        if (exceeds(shape.sqLongest(), squareOf(params.getMaxEdgeLength(pT) * unitScale)))
+        const double maxLength = params.getMaxEdgeLength(pT), maxArea = params.getMaxTriangleArea(pT);
+        if (isLimit(maxLength) && shape.sqLongest() > squareOfLength(maxLength))
             rules |= ruleBit(MeshRule::EDGE_LENGTH);
-        if (exceeds(shape.area, params.getMaxTriangleArea(pT) * unitScale * unitScale))
-            rules |= ruleBit(MeshRule::AREA);
+        if (isLimit(maxArea) && shape.area > scaledArea(maxArea)) rules |= ruleBit(MeshRule::AREA);
         if (bGrowth && needRefinementDueToGrowth(*pT, shape, marks)) rules |= ruleBit(MeshRule::GROWTH);
         return rules;
     }
@@ -57,8 +60,12 @@ public:
     }
 
 private:
-    static double squareOf(double a) { return a > 0 ? a * a : 0; } // 0 for what counts as off
-    static bool exceeds(double value, double limit) { return limit > 0 && value > limit; }
+    static bool isLimit(double value) { return value > 0 && value < DBL_MAX; }
+    // In the zone's unit, and not 0.
+    double squareOfLength(double length) const {
+        return std::max(length * unitScale * (length * unitScale), DBL_TRUE_MIN);
+    }
+    double scaledArea(double area) const { return std::max(area * unitScale * unitScale, DBL_TRUE_MIN); }
     bool isObtuseAt(const Point2& q, const Point2& a, const Point2& b, double& dot, double& sqLengths) const {
         const double ax = (a.x() - q.x()) * unitScale, ay = (a.y() - q.y()) * unitScale;
         const double bx = (b.x() - q.x()) * unitScale, by = (b.y() - q.y()) * unitScale;

@@ -17,6 +17,15 @@ constexpr std::size_t progressSteps = 1000;
 // Steps between two looks at what may end the run.
 constexpr std::size_t stepsPerLook = 256;
 
+double largestCoordinate(const std::vector<Triangle2*>& vTriangles) {
+    double largest = 0;
+    for (const Triangle2* pT : vTriangles) {
+        for (int i = 0; i < 3; ++i)
+            largest = std::max(largest, pT->getCorner(i)->getMaxAbs());
+    }
+    return largest;
+}
+
 void check(bool bCondition, const char* location, const char* message, const char* conditionText) {
     if (!bCondition) reportError(location, message);
     KIVO_ASSERT(bCondition, conditionText);
@@ -50,7 +59,7 @@ void RefinementDriver::checkParameters() const {
 }
 
 void RefinementDriver::makePasses() {
-    const MeshLimits limits(params, host.predicates().getMaxAbsCoord());
+    const MeshLimits limits(params, largestCoordinate(zoneTriangles()));
     ProgressHub::Operation progress(host.progressHub(), "refine", progressSteps);
     report.end = RefinementEnd::COMPLETE;
     try {
@@ -75,7 +84,8 @@ void RefinementDriver::makePasses() {
 
 RefinementSite RefinementDriver::siteFor(const MeshLimits& limits, TriangleMarks& marks) const {
     return {host,   host.records(), host.predicates(), host.constraintMgr(),
-            limits, marks,          memory.origins,    memory.innerVertices};
+            limits, marks,          memory.origins,    memory.innerVertices,
+            report};
 }
 
 bool RefinementDriver::makePass(const MeshLimits& limits, ProgressHub::Operation& progress) {
@@ -85,22 +95,23 @@ bool RefinementDriver::makePass(const MeshLimits& limits, ProgressHub::Operation
     report.numTriangles = vTriangles.size();
     TriangleMarks marks = markTriangles(vTriangles);
     RefinementSite site = siteFor(limits, marks);
-    RefinementPass pass(site, report);
+    RefinementPass pass(site);
     for (Triangle2* const pT : vTriangles) {
         pass.collect(pT);
         if (pass.isStale()) return true;
     }
-    return work(pass, progress);
+    return work(site, pass, progress);
 }
 
-bool RefinementDriver::work(RefinementPass& pass, ProgressHub::Operation& progress) {
+bool RefinementDriver::work(const RefinementSite& site, RefinementPass& pass,
+                            ProgressHub::Operation& progress) {
     for (std::size_t numDone = 0; !pass.isDone(); ++numDone) {
         if (numDone % stepsPerLook == 0) {
             tell(progress, numDone, pass.numWaiting());
             if (pass.isStale()) return true;
             if (mustEnd()) return true;
         }
-        if (report.numInnerPoints + report.numSegmentPoints >= params.maxInsertedPoints) {
+        if (site.isSpent()) {
             report.end = RefinementEnd::POINT_LIMIT;
             reportWarning("Dt2::refineMain2()",
                           "maxInsertedPoints=" + std::to_string(params.maxInsertedPoints) +
@@ -158,7 +169,7 @@ void RefinementDriver::countWhatIsLeft(const MeshLimits& limits) {
     report.numTriangles = vTriangles.size();
     TriangleMarks marks = markTriangles(vTriangles);
     RefinementSite site = siteFor(limits, marks);
-    RefinementPass pass(site, report);
+    RefinementPass pass(site);
     for (Triangle2* const pT : vTriangles)
         pass.count(pT);
 }

@@ -40,7 +40,7 @@ private:
     void makePasses();
     // Returns true when it changed the mesh.
     bool makePass(const MeshLimits& limits, ProgressHub::Operation& progress);
-    bool work(RefinementPass& pass, ProgressHub::Operation& progress);
+    bool work(const RefinementSite& site, RefinementPass& pass, ProgressHub::Operation& progress);
     void tell(ProgressHub::Operation& progress, std::size_t numDone, std::size_t numWaiting);
     bool mustEnd();
     std::vector<Triangle2*> zoneTriangles() const;

@@ -74,7 +74,7 @@ void RefinementPass::count(Triangle2* pT) {
 // for it.
 RuleSet RefinementPass::countExemption(const RefCand3& candidate, RuleSet rules) {
     constexpr RuleSet angle = ruleBit(MeshRule::MIN_ANGLE);
-    ++report.numBadTriangles;
+    ++site.report.numBadTriangles;
     if ((rules & angle) == 0 || !candidate.isExemptFromAngle()) return rules;
     tally(angle, MeshObstacle::SMALL_INPUT_ANGLE);
     return rules & ~angle;
@@ -108,7 +108,7 @@ void RefinementPass::insertInside(RefCand3& candidate) {
     });
     site.host.wasLinked(pVtx);
     site.innerVertices.add(pVtx);
-    ++report.numInnerPoints;
+    ++site.report.numInnerPoints;
     judgeAll(cavity.fan(), false);
 }
 
@@ -141,9 +141,7 @@ bool RefinementPass::splitWaiting(const WaitingSegment& segment) {
 }
 
 bool RefinementPass::splitSegment(HalfEdge edge) {
-    Point2* const pVtx = splitter.split(edge);
-    if (pVtx == nullptr) return false;
-    ++report.numSegmentPoints;
+    if (site.isSpent() || splitter.split(edge) == nullptr) return false;
     judgeAll(splitter.changedTriangles(), true);
     return true;
 }
@@ -178,7 +176,7 @@ void RefinementPass::collectEncroached(Triangle2* pT) {
 
 void RefinementPass::tally(RuleSet rules, MeshObstacle obstacle) {
     for (std::size_t rule = 0; rule < RefinementReport::numRules; ++rule) {
-        if ((rules >> rule & 1) != 0) ++report.aBad[rule][static_cast<std::size_t>(obstacle)];
+        if ((rules >> rule & 1) != 0) ++site.report.aBad[rule][static_cast<std::size_t>(obstacle)];
     }
 }
 

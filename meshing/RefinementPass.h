@@ -21,8 +21,7 @@ namespace TESK_KIVO2D {
 class RefinementPass {
 public:
     // Adds to the counts of the report.
-    RefinementPass(RefinementSite& refinementSite, RefinementReport& refinementReport)
-        : site(refinementSite), report(refinementReport), splitter(site, cavity) {}
+    explicit RefinementPass(RefinementSite& refinementSite) : site(refinementSite), splitter(site, cavity) {}
 
     // Enters the triangle, and constraint segments that are too close to its corners, if it is bad.
     void collect(Triangle2* pT);
@@ -31,8 +30,7 @@ public:
     void count(Triangle2* pT);
 
     bool isDone() const { return idxSegment == vSegments.size() && pmmAng2RC.empty(); }
-    // Treats what comes next. At most one vertex is inserted, but for those that a segment's end makes
-    // necessary.
+    // Treats what comes next.
     void step();
 
     std::size_t numWaiting() const { return vSegments.size() - idxSegment + pmmAng2RC.size(); }
@@ -63,7 +61,6 @@ private:
     void tally(RuleSet rules, MeshObstacle obstacle);
 
     RefinementSite& site;
-    RefinementReport& report;
     Cavity cavity;
     SegmentSplitter splitter;
     CandidateQueue pmmAng2RC;

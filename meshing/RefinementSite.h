@@ -1,5 +1,6 @@
 #pragma once
 
+#include "RefinementReport.h"
 #include "meshing/InnerVtxMgr.h"
 #include "meshing/MeshLimits.h"
 #include "meshing/MeshingHost.h"
@@ -18,6 +19,12 @@ struct RefinementSite {
     TriangleMarks& marks;
     SegmentOrigins& origins;
     InnerVtxMgr& innerVertices;
+    RefinementReport& report;
+
+    // No further vertex may be inserted.
+    bool isSpent() const {
+        return report.numInnerPoints + report.numSegmentPoints >= limits.parameters().maxInsertedPoints;
+    }
 };
 
 } // namespace TESK_KIVO2D

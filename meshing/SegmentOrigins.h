@@ -1,19 +1,38 @@
 #pragma once
 
 #include "Point2.h"
+#include "core/EdgeGuard.h"
 
 #include <unordered_map>
-#include <utility>
 
 namespace TESK_KIVO2D {
 
-// Remembers which segment each vertex was put on that a refinement inserted into one, by the ends that the
-// segment had before any of it. Kept from one refinement to the next, so that a mesh that is refined again is
-// judged alike.
+// A constraint segment as it was before any refinement, and whether another one leaves an end at less than 60
+// degrees from it.
+struct WholeSegment {
+    const Point2* a;
+    const Point2* b;
+    bool bAcuteAtA;
+    bool bAcuteAtB;
+
+    bool hasEnd(const Point2* p) const { return a == p || b == p; }
+    bool isSame(const WholeSegment& other) const { return a == other.a && b == other.b; }
+};
+
+// Remembers of which segment each vertex is part that a refinement put on one. Kept from one refinement to
+// the next, so that a mesh that is refined again is judged alike.
+//
+// Segments that meet at a small angle must be split at equal distances from where they meet. Else a vertex of
+// one is too close to a piece of the other, which is split, and its vertex is too close to a piece of the
+// first, and so on. So from such an apex vertices are put at distances that are as round numbers as can be,
+// in binary: powers of two first, as Ruppert (1995) has it, then halves between them, and so on, whatever the
+// lengths of the segments are.
 class SegmentOrigins {
 public:
-    // The vertex is about to split the segment ab. Throws only with nothing changed.
-    void add(const Point2* pVtx, const Point2* a, const Point2* b);
+    // The segment that its piece pq was part of.
+    WholeSegment wholeOf(const Point2* p, const Point2* q, const EdgeGuard& guard) const;
+    // The vertex is about to split a piece of the segment. Throws only with nothing changed.
+    void add(const Point2* pVtx, const WholeSegment& whole) { mOrigins.insert_or_assign(pVtx, whole); }
 
     // True when the vertices lie on two segments that leave a common end at less than 60 degrees, at the same
     // distance from it. An edge between them is as short as the angle demands: to refine a triangle because
@@ -21,11 +40,13 @@ public:
     bool spanSmallAngle(const Point2* p, const Point2* q) const;
 
 private:
-    using Ends = std::pair<const Point2*, const Point2*>;
+    const WholeSegment* find(const Point2* pVtx) const;
 
-    const Ends* find(const Point2* pVtx) const;
-
-    std::unordered_map<const Point2*, Ends> mOrigins; // nothing walks through it
+    std::unordered_map<const Point2*, WholeSegment> mOrigins; // nothing walks through it
 };
+
+// Where to split the piece pq of the segment: between a third and two thirds of it, and not so that a part
+// becomes shorter than minLength unless the middle does.
+Point2 splitPointOf(const Point2& p, const Point2& q, const WholeSegment& whole, double minLength);
 
 } // namespace TESK_KIVO2D

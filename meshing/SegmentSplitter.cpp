@@ -1,6 +1,5 @@
 #include "meshing/SegmentSplitter.h"
 
-#include "constraints/splitPoint.h"
 #include "core/flip.h"
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
@@ -47,7 +46,8 @@ Point2* SegmentSplitter::split(HalfEdge edge) {
     KIVO_ASSERT(
         (pCSeg->getSrc() == p1 && pCSeg->getTrg() == p2) || (pCSeg->getSrc() == p2 && pCSeg->getTrg() == p1),
         "(pCSeg->getSrc()==p1 && pCSeg->getTrg()==p2) || (pCSeg->getSrc()==p2 && pCSeg->getTrg()==p1)");
-    Point2 point = splitPointOf(p1, p2, site.mgr);
+    const WholeSegment whole = site.origins.wholeOf(p1, p2, site.mgr);
+    Point2 point = splitPointOf(*p1, *p2, whole, site.limits.parameters().minEdgeLength);
     if (point == *p1 || point == *p2) {
         reportTooShort(edge);
         return nullptr;
@@ -64,7 +64,7 @@ Point2* SegmentSplitter::split(HalfEdge edge) {
     try {
         site.marks.follow();
         growCavity(spot, point);
-        site.origins.add(pVtx, p1, p2);
+        site.origins.add(pVtx, whole);
         link(spot, pVtx, pCSeg);
     } catch (...) {
         if (pVtx->getIncidentTriangle() == nullptr) site.store.recycleVertex(pVtx);
@@ -88,7 +88,9 @@ void SegmentSplitter::growCavity(const Spot& spot, const Point2& p) {
         cavity.startBeside({pN, pN->getIntraTriangleIndex(edge.pT)}, p, site.tests, isClosed);
     }
     cavity.reserve();
-    vChanged.reserve(cavity.border().size());
+    constexpr std::size_t roomForFlips = 256;
+    vChanged.reserve(cavity.border().size() + roomForFlips);
+    vCheckEdges.reserve(cavity.border().size() + roomForFlips);
 }
 
 void SegmentSplitter::link(const Spot& spot, Point2* pVtx, ConstraintSegment2* pCSeg) {
@@ -114,6 +116,7 @@ void SegmentSplitter::link(const Spot& spot, Point2* pVtx, ConstraintSegment2* p
     if (bOpenFan) site.host.hullBorder().inserted(p1, pVtx, p2);
     site.host.wasLinked(pVtx);
     site.innerVertices.add(pVtx);
+    ++site.report.numSegmentPoints;
     vChanged.assign(cavity.fan().begin(), cavity.fan().end());
     legalizeSpokes();
 }
