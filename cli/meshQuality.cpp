@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 namespace cli {
@@ -86,7 +87,7 @@ MeshQuality measureQuality(const MeshArrays& arrays) {
     quality.numTriangles = arrays.vCorners.size() / 3;
     if (quality.numTriangles == 0) return quality;
     quality.smallestAngle = 180.0;
-    quality.minArea = quality.shortestEdge = DBL_MAX;
+    quality.minArea = quality.shortestEdge = std::numeric_limits<double>::infinity();
     for (std::size_t triangle = 0; triangle < quality.numTriangles; ++triangle)
         add(quality, edgesOf(arrays, triangle));
     return quality;

@@ -130,14 +130,15 @@ class Quality(MeshTest):
                 sides[frozenset(edge)].append(area_of(triangle))
         self.assertLessEqual(max(max(areas) / min(areas) for areas in sides.values()), 3 * (1 + 1e-9))
 
-    def test_defaults_do_not_depend_on_the_unit(self):
+    def test_defaults_and_figures_do_not_depend_on_the_unit_up_to_the_ends_of_the_doubles(self):
         figures = set()
-        for size in (2.0**-60, 1.0, 2.0**60):
+        for size in (2.0**-900, 2.0**-60, 1.0, 2.0**60, 2.0**1019):
             self.write_poly("a.poly", [[(0, 0), (8 * size, 0), (8 * size, size), (0, size)], [(7 * size, size / 4), (7.5 * size, size / 2), (7 * size, size / 2)]])
-            mesh = self.mesh("a.poly")["mesh"]
-            figures.add((mesh["triangles"], mesh["smallestAngle"], mesh["minEdge"] / size, mesh["areas"]["max"] / size**2))
+            mesh = self.mesh("a.poly", "--max-edge", repr(size / 2))["mesh"]
+            figures.add((mesh["end"], mesh["triangles"], mesh["smallestAngle"], mesh["minEdge"] / size, mesh["edges"]["max"] / size))
+            self.assertEqual(mesh["areas"]["max"] is None, size > 2.0**1000)
         self.assertEqual(len(figures), 1, figures)
-        self.assertEqual(next(iter(figures))[2], 8e-9)
+        self.assertEqual(next(iter(figures))[::3], ("complete", 8e-9))
 
     def test_segments_that_stay_whole_keep_the_vertices_of_the_border_and_are_named_as_the_reason(self):
         ring = [(0, 0), (10, 0), (10, 0.25), (0, 0.25)]
