@@ -3,6 +3,8 @@
 #include "cli/generate.h"
 #include "cli/report.h"
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,7 @@ struct TriangulateOptions {
     std::string segments; // a file of segments beside the points; empty for none
     std::string zone;     // one of zoneKinds(); empty for all triangles
     std::vector<std::string> vOutputs;
+    bool bMesh = false;       // the triangulation is the start of a mesh
     bool bFlipY = false;      // the input's y axis points downwards
     bool bConforming = false; // segments are divided until the triangulation is Delaunay
     bool bCheck = false;
@@ -20,9 +23,25 @@ struct TriangulateOptions {
     int numThreads = 1;     // 0: as many as the hardware has
 };
 
+// Limits that are not set do not hold.
+struct MeshOptions {
+    TriangulateOptions triangulate; // with a zone
+    double minAngle = 20.0;
+    std::optional<double> maxArea;
+    std::optional<double> maxEdge;
+    std::optional<double> minEdge; // a small part of the zone's size where it is not set
+    std::optional<double> growFactor;
+    std::optional<std::int64_t> maxPoints;
+    bool bNoSplit = false;
+};
+
 // Reads, triangulates, checks when asked, and writes every output. A failed check is told by the report, and
 // the outputs are written all the same. Throws `FileError` or `UsageError`.
 Report runTriangulate(const TriangulateOptions& options);
+
+// The same, and refines the zone before it checks and writes. An interrupt from the keyboard ends the
+// refinement; what was reached is written, and the report says so.
+Report runMesh(const MeshOptions& options);
 
 // Generates points and writes them. Throws `FileError` or `UsageError`.
 Report runGenerate(const GenerateOptions& options, const std::string& output);

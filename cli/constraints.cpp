@@ -28,21 +28,6 @@ PositionPair pairOf(const Point2* p, const Point2* q) { return std::minmax(posit
 
 PositionPair pairOf(const ConstraintEdge& edge) { return std::minmax(edge.source, edge.target); }
 
-// Adds the vertices that segments brought to the table. Returns the position of the first.
-std::size_t addSteinerPoints(const Kivo_2D& triangulation, PointTable& table) {
-    const std::size_t firstSteiner = table.vPoints.size();
-    std::vector<Point2*> vVertices;
-    triangulation.getVertexPointers(vVertices);
-    for (Point2* pVertex : vVertices) {
-        if (pVertex->getCustomIndex() >= 0) continue;
-        pVertex->setCustomIndex(static_cast<int>(table.vPoints.size()));
-        table.vPoints.push_back(*pVertex);
-    }
-    table.vAttributes.resize(table.vPoints.size() * table.numAttributes, 0.0);
-    if (table.bWithMarkers) table.vMarkers.resize(table.vPoints.size(), 0);
-    return firstSteiner;
-}
-
 // A segment whose ends are different vertices.
 struct Span {
     const Point2* pSource;
@@ -184,23 +169,45 @@ Constraints insertSegments(Kivo_2D& triangulation, Input& input, const std::vect
     const std::vector<Span> vSpans = spansOf(input.domain.vSegments, vHandles);
     Constraints constraints;
     constraints.numSkipped = input.domain.vSegments.size() - vSpans.size();
+    constraints.firstSteiner = input.table.vPoints.size();
     if (vSpans.empty()) return constraints;
     std::vector<Segment2> vSegments;
     for (const Span& span : vSpans)
         vSegments.emplace_back(*span.pSource, *span.pTarget);
     constraints.pGraph = triangulation.createConstraint(vSegments, strategy);
+    collectSegments(triangulation, input, vHandles, constraints);
+    constraints.numSteinerPoints = input.table.vPoints.size() - constraints.firstSteiner;
+    constraints.numCrossings =
+        countCrossings(constraints.vEdges, constraints.firstSteiner, input.table.vPoints.size());
+    return constraints;
+}
+
+std::size_t addNewVertices(const Kivo_2D& triangulation, PointTable& table) {
+    const std::size_t firstNew = table.vPoints.size();
+    std::vector<Point2*> vVertices;
+    triangulation.getVertexPointers(vVertices);
+    for (Point2* pVertex : vVertices) {
+        if (pVertex->getCustomIndex() >= 0) continue;
+        pVertex->setCustomIndex(static_cast<int>(table.vPoints.size()));
+        table.vPoints.push_back(*pVertex);
+    }
+    table.vAttributes.resize(table.vPoints.size() * table.numAttributes, 0.0);
+    if (table.bWithMarkers) table.vMarkers.resize(table.vPoints.size(), 0);
+    return firstNew;
+}
+
+void collectSegments(const Kivo_2D& triangulation, Input& input, const std::vector<Point2*>& vHandles,
+                     Constraints& constraints) {
     PointTable& table = input.table;
-    const std::size_t firstSteiner = addSteinerPoints(triangulation, table);
-    constraints.numSteinerPoints = table.vPoints.size() - firstSteiner;
+    addNewVertices(triangulation, table);
     // Steiner points have the markers of their segments also where the points had none.
-    if (input.domain.bWithMarkers && constraints.numSteinerPoints > 0 && !table.bWithMarkers) {
+    if (input.domain.bWithMarkers && table.vPoints.size() > constraints.firstSteiner && !table.bWithMarkers) {
         table.bWithMarkers = true;
         table.vMarkers.assign(table.vPoints.size(), 0);
     }
-    constraints.vEdges = collectEdges(*constraints.pGraph, vSpans, table, firstSteiner);
+    const std::vector<Span> vSpans = spansOf(input.domain.vSegments, vHandles);
+    constraints.vEdges = collectEdges(*constraints.pGraph, vSpans, table, constraints.firstSteiner);
     if (triangulation.is2D()) constraints.numMissing = removeMissing(triangulation, constraints.vEdges);
-    constraints.numCrossings = countCrossings(constraints.vEdges, firstSteiner, table.vPoints.size());
-    return constraints;
 }
 
 } // namespace cli

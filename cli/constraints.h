@@ -24,6 +24,7 @@ struct Constraints {
     std::size_t numMissing = 0;         // pieces that are no edges of the triangulation
     std::size_t numSteinerPoints = 0;
     std::size_t numCrossings = 0; // Steiner points where more than two edges meet
+    std::size_t firstSteiner = 0; // position in the table behind the given points and ends
 };
 
 // Makes the segments of the input edges of the triangulation. vHandles has the vertex of each point of the
@@ -33,5 +34,14 @@ struct Constraints {
 Constraints insertSegments(TESK_KIVO2D::Kivo_2D& triangulation, Input& input,
                            const std::vector<TESK_KIVO2D::Point2*>& vHandles,
                            TESK_KIVO2D::ConstraintInsertionStrategy strategy);
+
+// Adds the vertices that the table does not have yet, with 0 for attributes and markers. Returns the position
+// of the first.
+std::size_t addNewVertices(const TESK_KIVO2D::Kivo_2D& triangulation, PointTable& table);
+
+// Finds the edges anew, and what is missing, after vertices were added. New vertices on segments get the data
+// that a Steiner point gets.
+void collectSegments(const TESK_KIVO2D::Kivo_2D& triangulation, Input& input,
+                     const std::vector<TESK_KIVO2D::Point2*>& vHandles, Constraints& constraints);
 
 } // namespace cli

@@ -6,7 +6,12 @@
 namespace cli {
 
 // What the command returns to the shell.
-enum ExitCode { EXIT_CODE_OK = 0, EXIT_CODE_BAD_INPUT = 1, EXIT_CODE_USAGE = 2 };
+enum ExitCode {
+    EXIT_CODE_OK = 0,
+    EXIT_CODE_BAD_INPUT = 1,
+    EXIT_CODE_USAGE = 2,
+    EXIT_CODE_INTERRUPTED = 130 // as shells say it
+};
 
 // A file that cannot be read, understood or written. The text begins with the file's name.
 class FileError : public std::runtime_error {

@@ -10,7 +10,7 @@ namespace cli {
 
 namespace {
 
-constexpr std::array<std::pair<const char*, FileFormat>, 13> EXTENSIONS{{
+constexpr std::array<std::pair<const char*, FileFormat>, 15> EXTENSIONS{{
     {".xy", FORMAT_XY},
     {".txt", FORMAT_XY},
     {".xyz", FORMAT_XYZ},
@@ -24,6 +24,8 @@ constexpr std::array<std::pair<const char*, FileFormat>, 13> EXTENSIONS{{
     {".svg", FORMAT_SVG},
     {".obj", FORMAT_OBJ},
     {".geojson", FORMAT_GEOJSON},
+    {".vtu", FORMAT_VTU},
+    {".msh", FORMAT_MSH},
 }};
 
 std::string lowerCaseExtension(const std::string& filename) {
@@ -57,11 +59,13 @@ bool holdsBarePoints(FileFormat format) {
 bool canHoldSegments(FileFormat format) { return format == FORMAT_POLY || format == FORMAT_GEOJSON; }
 
 bool isPicture(FileFormat format) {
-    return format == FORMAT_PS || format == FORMAT_SVG || format == FORMAT_OBJ || format == FORMAT_SCENE;
+    return format == FORMAT_PS || format == FORMAT_SVG || format == FORMAT_OBJ || format == FORMAT_SCENE ||
+           format == FORMAT_VTU || format == FORMAT_MSH;
 }
 
 bool needsTriangles(FileFormat format) {
-    return format == FORMAT_ELE || format == FORMAT_EDGE || format == FORMAT_SVG || format == FORMAT_GEOJSON;
+    return format == FORMAT_ELE || format == FORMAT_EDGE || format == FORMAT_SVG ||
+           format == FORMAT_GEOJSON || format == FORMAT_VTU || format == FORMAT_MSH;
 }
 
 } // namespace cli

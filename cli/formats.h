@@ -17,6 +17,8 @@ enum FileFormat {
     FORMAT_SVG,
     FORMAT_OBJ,
     FORMAT_GEOJSON,
+    FORMAT_VTU,
+    FORMAT_MSH,
     FORMAT_SCENE
 };
 

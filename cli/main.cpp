@@ -16,60 +16,101 @@ using namespace cli;
 
 struct CommandLine {
     TriangulateOptions triangulate;
+    MeshOptions mesh;
     GenerateOptions generate;
     std::string generateOutput;
     bool bJson = false;
 };
 
+// What every command that triangulates a file takes.
+void addSharedOptions(CLI::App& command, TriangulateOptions& options, bool& bJson) {
+    command
+        .add_option("IN", options.input,
+                    "points: .xy .txt .xyz .bin .node; points and segments: .geojson, and .poly, whose "
+                    "points may be in the .node file of the same name")
+        ->required();
+    command.add_option("--segments", options.segments,
+                       "segments that become edges: .seg with \"x1 y1 x2 y2\" a line, .bin, or the lines "
+                       "and rings of .geojson");
+    command.add_flag("--conforming", options.bConforming,
+                     "divide segments until every triangle's circle is empty, instead of forcing them in");
+    command
+        .add_option(
+            "-o,--output", options.vOutputs,
+            "file to write, may be repeated: .svg .ps .geojson .obj .vtu .msh .node .ele .poly .edge .seg "
+            ".xy .txt .xyz .bin, or a folder, with a slash at its end, for a web page that shows the mesh")
+        ->type_size(1)
+        ->allow_extra_args(false);
+    command.add_flag("--flip-y", options.bFlipY,
+                     "turn y round: the input's y axis points down, as on screens");
+    command.add_flag(
+        "--check", options.bCheck,
+        "check links, empty circles and that all segments are edges; exit code 1 when a check fails");
+    command.add_option("--threads", options.numThreads, "threads for large inputs, 0 for all of the machine")
+        ->check(CLI::Range(0, 4096))
+        ->capture_default_str();
+    command.add_flag("--progress", options.bProgress,
+                     "progress on standard error even where that is no terminal");
+    command.add_flag("--json", bJson, "report as JSON");
+}
+
 CLI::App* addTriangulate(CLI::App& app, CommandLine& commandLine) {
     TriangulateOptions& options = commandLine.triangulate;
     CLI::App* const pCommand = app.add_subcommand(
         "triangulate", "Delaunay triangulation of a file of points, with segments as edges");
-    pCommand
-        ->add_option("IN", options.input,
-                     "points: .xy .txt .xyz .bin .node; points and segments: .geojson, and .poly, whose "
-                     "points may be in "
-                     "the .node file of the same name")
-        ->required();
-    pCommand->add_option("--segments", options.segments,
-                         "segments that become edges: .seg with \"x1 y1 x2 y2\" a line, .bin, or the lines "
-                         "and rings of .geojson");
-    pCommand->add_flag("--conforming", options.bConforming,
-                       "divide segments until every triangle's circle is empty, instead of forcing them in");
+    addSharedOptions(*pCommand, options, commandLine.bJson);
     pCommand
         ->add_option(
             "--zone", options.zone,
             "write the triangles inside the segments only: \"inside\" counts how often a way out crosses "
             "them, so that rings in rings are holes; \"enclosed\" takes all that has no way out")
         ->check(CLI::IsMember(zoneKinds()));
-    pCommand
-        ->add_option(
-            "-o,--output", options.vOutputs,
-            "file to write, may be repeated: .svg .ps .geojson .obj .node .ele .poly .edge .seg .xy .txt "
-            ".xyz .bin, or a folder, with a slash at its end, for a web page that shows the mesh")
-        ->type_size(1)
-        ->allow_extra_args(false);
-    pCommand->add_flag("--flip-y", options.bFlipY,
-                       "turn y round: the input's y axis points down, as on screens");
-    pCommand->add_flag(
-        "--check", options.bCheck,
-        "check links, empty circles and that all segments are edges; exit code 1 when a check fails");
-    pCommand
-        ->add_option("--threads", options.numThreads, "threads for large inputs, 0 for all of the machine")
-        ->check(CLI::Range(0, 4096))
-        ->capture_default_str();
-    pCommand->add_flag("--progress", options.bProgress,
-                       "progress on standard error even where that is no terminal");
-    pCommand->add_flag("--json", commandLine.bJson, "report as JSON");
     pCommand->footer(
         "The whole convex hull is triangulated; --zone picks the triangles that are written and drawn, "
         "without the "
         "holes of a .poly file.\n"
         "Points and segments are written whole in any case (.node .poly .seg and files of points).\n"
-        "A region point's attribute goes to all triangles (.ele, .geojson) that it reaches without crossing "
-        "a "
-        "segment.\n"
+        "A region point's attribute goes to all triangles (.ele, .geojson, .vtu, .msh) that it reaches "
+        "without crossing a segment.\n"
         "New vertices on a segment inherit its marker, and attributes interpolated along it.");
+    return pCommand;
+}
+
+CLI::App* addMesh(CLI::App& app, CommandLine& commandLine) {
+    MeshOptions& options = commandLine.mesh;
+    TriangulateOptions& shared = options.triangulate;
+    shared.bMesh = true;
+    shared.zone = zoneKinds().front();
+    CLI::App* const pCommand = app.add_subcommand(
+        "mesh", "mesh of good triangles inside segments: no small angles, and no triangle above the limits");
+    addSharedOptions(*pCommand, shared, commandLine.bJson);
+    pCommand
+        ->add_option("--zone", shared.zone,
+                     "what is inside: \"inside\" counts how often a way out crosses segments, so that rings "
+                     "in rings are holes; \"enclosed\" takes all that has no way out")
+        ->check(CLI::IsMember(zoneKinds()))
+        ->capture_default_str();
+    pCommand->add_option("--min-angle", options.minAngle, "smallest angle wanted, in degrees, at most 30")
+        ->capture_default_str();
+    pCommand->add_option("--max-area", options.maxArea,
+                         "largest area of a triangle; in regions with a limit the smaller one holds");
+    pCommand->add_option("--max-edge", options.maxEdge, "longest edge of a triangle");
+    pCommand->add_option(
+        "--min-edge", options.minEdge,
+        "segments shorter than twice this are not split; by default 1e-9 of the size of what "
+        "is meshed");
+    pCommand->add_option("--grow", options.growFactor,
+                         "how many times as large as a neighbour a triangle may be, above 1");
+    pCommand->add_flag("--no-split", options.bNoSplit,
+                       "split no segments: the border keeps its vertices, and bad triangles may stay there");
+    pCommand->add_option("--max-points", options.maxPoints, "end when so many points were inserted");
+    pCommand->footer(
+        "Beside segments that meet at less than 60 degrees angles may stay small; the report tells how many "
+        "triangles do not meet a limit, and why.\n"
+        "Area limits of a .poly file's regions hold. New vertices get attributes interpolated between the "
+        "points; on a segment they inherit its marker.\n"
+        "Ctrl-C ends the refinement; the mesh reached is written, and the exit code is 130. A second one "
+        "ends the command.");
     return pCommand;
 }
 
@@ -113,7 +154,11 @@ int print(const Report& report, bool bJson) {
         std::fputs("kivo2d: the report can't be written\n", stderr);
         return EXIT_CODE_BAD_INPUT;
     }
-    return report.bValid.value_or(true) ? EXIT_CODE_OK : EXIT_CODE_BAD_INPUT;
+    if (!report.bValid.value_or(true)) return EXIT_CODE_BAD_INPUT;
+    if (!report.mesh || report.mesh->refinement.end != TESK_KIVO2D::RefinementEnd::STOPPED)
+        return EXIT_CODE_OK;
+    std::fputs("kivo2d: interrupted: the mesh is valid, but not finished\n", stderr);
+    return EXIT_CODE_INTERRUPTED;
 }
 
 int fail(const char* text, ExitCode exitCode) {
@@ -126,18 +171,20 @@ int parseAndRun(int argc, char** argv) {
     app.set_version_flag("--version",
                          "kivo2d " KIVO2D_COMMAND_VERSION " (" + TESK_KIVO2D::getKivo2DVersion() + ")");
     app.require_subcommand(1);
-    app.footer("Exit codes: 0 done, 1 bad input or a file that can't be written, 2 wrong usage.");
+    app.footer("Exit codes: 0 done, 1 bad input or a file that can't be written, 2 wrong usage, 130 a mesh "
+               "that Ctrl-C left unfinished.");
     CommandLine commandLine;
     const CLI::App* const pTriangulate = addTriangulate(app, commandLine);
+    const CLI::App* const pMesh = addMesh(app, commandLine);
     addGenerate(app, commandLine);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? EXIT_CODE_OK : EXIT_CODE_USAGE;
     }
-    const Report report = pTriangulate->parsed()
-                              ? runTriangulate(commandLine.triangulate)
-                              : runGenerate(commandLine.generate, commandLine.generateOutput);
+    const Report report = pTriangulate->parsed() ? runTriangulate(commandLine.triangulate)
+                          : pMesh->parsed()      ? runMesh(commandLine.mesh)
+                                            : runGenerate(commandLine.generate, commandLine.generateOutput);
     return print(report, commandLine.bJson);
 }
 

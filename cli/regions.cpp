@@ -1,7 +1,6 @@
 #include "cli/regions.h"
 
 #include <cstdio>
-#include <unordered_map>
 
 namespace cli {
 
@@ -10,70 +9,61 @@ namespace {
 using TESK_KIVO2D::Kivo_2D;
 using TESK_KIVO2D::Triangle2;
 
-class RegionFill {
-public:
-    explicit RegionFill(const Kivo_2D& triangulation_) : triangulation(triangulation_) {
-        std::vector<Triangle2*> vTriangles;
-        triangulation.getTrianglePointers(vTriangles);
-        mNumberOf.reserve(vTriangles.size());
-        for (const Triangle2* pT : vTriangles)
-            mNumberOf.emplace(pT, mNumberOf.size());
-        vAttributes.assign(vTriangles.size(), 0.0);
-        vReached.assign(vTriangles.size(), false);
-    }
+} // namespace
 
-    bool isReached(const Triangle2* pT) const { return vReached[mNumberOf.at(pT)]; }
-
-    void fill(Triangle2* pStart, double attribute) {
-        std::vector<Triangle2*> vStack;
-        reach(pStart, attribute, vStack);
-        while (!vStack.empty()) {
-            Triangle2* const pT = vStack.back();
-            vStack.pop_back();
-            for (int i = 0; i < 3; ++i) {
-                Triangle2* const pNext = pT->getOppositeTriangle(i);
-                if (pNext == nullptr || isReached(pNext) || triangulation.isConstraint(pT, i)) continue;
-                reach(pNext, attribute, vStack);
-            }
+RegionMap::RegionMap(const Kivo_2D& triangulation, const std::vector<Region>& vRegions) {
+    std::vector<Triangle2*> vTriangles;
+    triangulation.getTrianglePointers(vTriangles);
+    mNumberOf.reserve(vTriangles.size());
+    for (const Triangle2* pT : vTriangles)
+        mNumberOf.emplace(pT, mNumberOf.size());
+    vRegionOf.assign(vTriangles.size(), nullptr);
+    for (const Region& region : vRegions) {
+        Triangle2* const pT = triangulation.locate(region.point);
+        if (pT != nullptr && regionOf(pT) == nullptr) {
+            fill(triangulation, pT, region);
+        } else {
+            vIdle.push_back({&region, pT == nullptr});
         }
     }
+}
 
-    double getAttribute(const Triangle2* pT) const { return vAttributes[mNumberOf.at(pT)]; }
-
-private:
-    void reach(Triangle2* pT, double attribute, std::vector<Triangle2*>& vStack) {
-        const std::size_t number = mNumberOf.at(pT);
-        vReached[number] = true;
-        vAttributes[number] = attribute;
-        vStack.push_back(pT);
+void RegionMap::fill(const Kivo_2D& triangulation, Triangle2* pStart, const Region& region) {
+    std::vector<Triangle2*> vStack{pStart};
+    vRegionOf[mNumberOf.at(pStart)] = &region;
+    while (!vStack.empty()) {
+        Triangle2* const pT = vStack.back();
+        vStack.pop_back();
+        for (int i = 0; i < 3; ++i) {
+            Triangle2* const pNext = pT->getOppositeTriangle(i);
+            if (pNext == nullptr || triangulation.isConstraint(pT, i)) continue;
+            const Region*& pRegionOfNext = vRegionOf[mNumberOf.at(pNext)];
+            if (pRegionOfNext != nullptr) continue;
+            pRegionOfNext = &region;
+            vStack.push_back(pNext);
+        }
     }
+}
 
-    const Kivo_2D& triangulation;
-    std::unordered_map<const Triangle2*, std::size_t> mNumberOf; // only asked, never listed
-    std::vector<double> vAttributes;
-    std::vector<bool> vReached;
-};
-
-} // namespace
+void RegionMap::tellOfIdlePoints(const std::string& name) const {
+    for (const Idle& idle : vIdle) {
+        std::fprintf(stderr, "kivo2d: %s: the region point (%.17g, %.17g) %s\n", name.c_str(),
+                     idle.pRegion->point.x(), idle.pRegion->point.y(),
+                     idle.bOutside ? "lies in no triangle" : "lies in a region that has an earlier one");
+    }
+}
 
 std::vector<double> attributesOfTriangles(const Kivo_2D& triangulation,
                                           const std::vector<Triangle2*>& vWanted,
                                           const std::vector<Region>& vRegions, const std::string& name) {
-    RegionFill regionFill(triangulation);
-    for (const Region& region : vRegions) {
-        Triangle2* const pT = triangulation.locate(region.point);
-        if (pT != nullptr && !regionFill.isReached(pT)) {
-            regionFill.fill(pT, region.attribute);
-            continue;
-        }
-        std::fprintf(stderr, "kivo2d: %s: the region point (%.17g, %.17g) %s\n", name.c_str(),
-                     region.point.x(), region.point.y(),
-                     pT == nullptr ? "lies in no triangle" : "lies in a region that has an earlier one");
-    }
+    const RegionMap regionMap(triangulation, vRegions);
+    regionMap.tellOfIdlePoints(name);
     std::vector<double> vAttributes;
     vAttributes.reserve(vWanted.size());
-    for (const Triangle2* pT : vWanted)
-        vAttributes.push_back(regionFill.getAttribute(pT));
+    for (const Triangle2* pT : vWanted) {
+        const Region* const pRegion = regionMap.regionOf(pT);
+        vAttributes.push_back(pRegion == nullptr ? 0.0 : pRegion->attribute);
+    }
     return vAttributes;
 }
 

@@ -1,10 +1,12 @@
 #include "cli/report.h"
+
+#include "cli/meshReport.h"
+#include "cli/numbers.h"
 #include "cli/words.h"
 
 #include <nlohmann/json.hpp>
 
 #include <array>
-#include <charconv>
 #include <utility>
 
 namespace cli {
@@ -13,32 +15,17 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string shortest(double value) {
-    char aText[40];
-    const auto result = std::to_chars(aText, aText + sizeof aText, value);
-    return std::string(aText, result.ptr);
-}
-
-std::string milliseconds(double seconds) {
-    char aText[40];
-    const auto result =
-        std::to_chars(aText, aText + sizeof aText, seconds * 1000.0, std::chars_format::fixed, 1);
-    return std::string(aText, result.ptr) + " ms";
-}
+std::string milliseconds(double seconds) { return rounded(seconds * 1000.0, 1) + " ms"; }
 
 using NamedTime = std::pair<const char*, std::optional<double>>;
-std::array<NamedTime, 6> namedTimes(const Report& report) {
+std::array<NamedTime, 7> namedTimes(const Report& report) {
     return {{{"read", report.readTime},
              {"triangulate", report.triangulateTime},
              {"segments", report.segmentsTime},
              {"zone", report.zoneTime},
+             {"mesh", report.meshTime},
              {"check", report.checkTime},
              {"write", report.writeTime}}};
-}
-
-std::string line(std::string label, const std::string& value) {
-    label.resize(15, ' ');
-    return "  " + label + value + "\n";
 }
 
 std::string hullText(const Report& report) {
@@ -104,6 +91,7 @@ std::string toText(const Report& report) {
     if (report.bTriangulated) text += triangulationLines(report);
     if (report.segments) text += segmentLines(*report.segments);
     if (report.zone) text += zoneLine(*report.zone);
+    if (report.mesh) text += meshLines(*report.mesh);
     if (report.boundingBox) {
         const Box& box = *report.boundingBox;
         text += line("bounding box", "[" + shortest(box.minX) + ", " + shortest(box.maxX) + "] x [" +
@@ -139,6 +127,7 @@ std::string toJson(const Report& report) {
     }
     if (report.segments) json["segments"] = segmentsToJson(*report.segments);
     if (report.zone) json["zone"] = zoneToJson(*report.zone);
+    if (report.mesh) json["mesh"] = meshToJson(*report.mesh);
     json["boundingBox"] = report.boundingBox ? boxToJson(*report.boundingBox) : Json(nullptr);
     if (report.bTriangulated) json["threads"] = report.numThreads;
     if (report.bValid) json["valid"] = *report.bValid;

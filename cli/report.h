@@ -1,5 +1,9 @@
 #pragma once
 
+#include "cli/meshQuality.h"
+
+#include <RefinementReport.h>
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -33,6 +37,14 @@ struct ZoneReport {
     std::size_t numParts = 0; // that hang together by edges
 };
 
+// What became of the zone when it was meshed.
+struct MeshReport {
+    double minAngle = 0.0; // the limits that held
+    double minEdge = 0.0;
+    TESK_KIVO2D::RefinementReport refinement;
+    MeshQuality quality;
+};
+
 // What a run of the command tells on standard output. Times are seconds; what did not take place is not set.
 struct Report {
     std::string command;
@@ -51,12 +63,14 @@ struct Report {
     int numThreads = 1;
     std::optional<SegmentReport> segments; // of inputs that can hold some
     std::optional<ZoneReport> zone;
+    std::optional<MeshReport> mesh;
     std::optional<bool> bValid;
 
     std::optional<double> readTime;
     std::optional<double> triangulateTime;
     std::optional<double> segmentsTime;
     std::optional<double> zoneTime;
+    std::optional<double> meshTime;
     std::optional<double> checkTime;
     std::optional<double> writeTime;
 };

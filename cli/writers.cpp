@@ -4,7 +4,9 @@
 #include "cli/formats.h"
 #include "cli/geojsonWriter.h"
 #include "cli/meshWriters.h"
+#include "cli/mshWriter.h"
 #include "cli/svgWriter.h"
+#include "cli/vtuWriter.h"
 
 #include <cstdint>
 
@@ -72,6 +74,10 @@ Writer writerOf(FileFormat format) {
         return &writeSvg;
     case FORMAT_GEOJSON:
         return &writeGeoJson;
+    case FORMAT_VTU:
+        return &writeVtu;
+    case FORMAT_MSH:
+        return &writeMsh;
     default:
         return nullptr;
     }

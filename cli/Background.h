@@ -1,0 +1,29 @@
+#pragma once
+
+#include "cli/constraints.h"
+#include "cli/regions.h"
+
+#include <Kivo_2D.h>
+
+namespace cli {
+
+// A copy of the triangulation as it was before it was meshed, which tells what holds at a place. The input
+// must stay where it is, and keep the points that it had.
+class Background {
+public:
+    Background(const Input& input, const std::vector<ConstraintEdge>& vEdges);
+
+    // The limit of the region that the place lies in; the largest double where there is none.
+    double maxAreaAt(const TESK_KIVO2D::Point2& place) const;
+    // Gives a point of the table, by its position, the attributes of its place.
+    void interpolate(PointTable& table, std::size_t position) const;
+
+private:
+    TESK_KIVO2D::Kivo_2D triangulation;
+    RegionMap regionMap;
+};
+
+// Whether some region has a limit.
+bool hasAreaLimits(const Domain& domain);
+
+} // namespace cli

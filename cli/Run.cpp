@@ -1,0 +1,196 @@
+#include "cli/Run.h"
+
+#include "cli/errors.h"
+#include "cli/formats.h"
+#include "cli/input.h"
+#include "cli/libraryWriters.h"
+#include "cli/outputFiles.h"
+#include "cli/regions.h"
+#include "cli/writers.h"
+#include "cli/zone.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace cli {
+
+namespace {
+
+using TESK_KIVO2D::Point2;
+using TESK_KIVO2D::Triangle2;
+
+bool bringsSegments(const TriangulateOptions& options) {
+    return !options.segments.empty() || canHoldSegments(formatOf(options.input));
+}
+
+void checkOutputs(const std::vector<std::string>& vOutputs, const Input& input) {
+    for (const std::string& output : vOutputs) {
+        for (const std::string& filename : input.vFilenames) {
+            std::error_code notThere;
+            if (!std::filesystem::equivalent(filename, output, notThere)) continue;
+            throw UsageError(output + ": the output would overwrite the input");
+        }
+        checkHolds(output, input.table);
+    }
+    for (const std::string& output : vOutputs)
+        checkWritable(output);
+}
+
+Report reportOf(const std::string& command, const TriangulateOptions& options) {
+    Report report;
+    report.command = command;
+    report.input = options.input;
+    report.vOutputs = options.vOutputs;
+    return report;
+}
+
+Input readAll(const TriangulateOptions& options, Report& report) {
+    const StopWatch watch;
+    Input input = readInput(options.input, options.segments, options.bFlipY);
+    report.readTime = watch.seconds();
+    report.numPoints = input.numPoints;
+    if (!input.table.vPoints.empty()) report.boundingBox = boxOf(input.table.vPoints);
+    if (bringsSegments(options)) {
+        report.segments.emplace();
+        report.segments->numRead = input.domain.vSegments.size();
+        report.segments->numHoles = input.domain.vHoles.size();
+        report.segments->numRegions = input.domain.vRegions.size();
+    }
+    checkOutputs(options.vOutputs, input);
+    return input;
+}
+
+} // namespace
+
+Box boxOf(const std::vector<Point2>& vPoints) {
+    const TESK_KIVO2D::Bbox2 box(vPoints.begin(), vPoints.end());
+    return {box.get_minX(), box.get_minY(), box.get_maxX(), box.get_maxY()};
+}
+
+void checkUsage(const TriangulateOptions& options) {
+    for (const std::string& output : options.vOutputs)
+        formatOf(output);
+    if (bringsSegments(options)) return;
+    const char* const need = options.bMesh           ? "mesh"
+                             : options.bConforming   ? "--conforming"
+                             : !options.zone.empty() ? "--zone"
+                                                     : nullptr;
+    if (need == nullptr) return;
+    throw UsageError(std::string(need) + " is about segments: give --segments, or a .poly or .geojson file");
+}
+
+Run::Run(const std::string& command, const TriangulateOptions& options_)
+    : options(options_), report(reportOf(command, options_)), input(readAll(options_, report)),
+      triangulation(static_cast<unsigned int>(input.table.vPoints.size())) {
+    // The heading of a web scene.
+    triangulation.setName(std::filesystem::path(options.input).filename().string());
+    report.numThreads = triangulation.setNumCPU(options.numThreads);
+    if (options.bProgress || isErrorStreamTerminal()) {
+        triangulation.subscribe(TESK_KIVO2D::MSG_PROGRESS, &progressBar);
+    }
+}
+
+Run::~Run() { triangulation.unsubscribe(TESK_KIVO2D::MSG_PROGRESS, &progressBar); }
+
+void Run::insert() {
+    const StopWatch pointsWatch;
+    insertion = insertPoints(triangulation, input, options.input);
+    report.numDuplicates = insertion.numDuplicates;
+    report.triangulateTime = pointsWatch.seconds();
+    if (!report.segments) return;
+    const StopWatch watch;
+    constraints = insertSegments(triangulation, input, insertion.vHandles,
+                                 options.bConforming ? TESK_KIVO2D::CIS_CONFORMING_DELAUNAY
+                                                     : TESK_KIVO2D::CIS_CONSTRAINED_DELAUNAY);
+    report.segmentsTime = watch.seconds();
+    SegmentReport& segments = *report.segments;
+    segments.numSkipped = constraints.numSkipped;
+    segments.numEdges = triangulation.is2D() ? constraints.vEdges.size() : 0;
+    segments.numMissing = constraints.numMissing;
+    segments.numNewEnds = insertion.numNewEnds;
+    segments.numSteinerPoints = constraints.numSteinerPoints;
+    segments.numCrossings = constraints.numCrossings;
+}
+
+void Run::checkPictures() const {
+    if (triangulation.is2D()) return;
+    for (const std::string& output : options.vOutputs) {
+        if (isPicture(formatOf(output)))
+            throw FileError(output, "is not written: all points lie on one line");
+    }
+}
+
+void Run::createZone() {
+    if (options.zone.empty()) return;
+    const StopWatch watch;
+    pZone = cli::createZone(triangulation, options.zone, constraints.pGraph, input.domain.vHoles);
+    if (pZone == nullptr) throw FileError(options.input, "the segments enclose nothing");
+    report.zoneTime = watch.seconds();
+}
+
+void Run::collectNewVertices() {
+    const StopWatch watch;
+    collectSegments(triangulation, input, insertion.vHandles, constraints);
+    report.segments->numMissing = constraints.numMissing;
+    report.segments->numEdges = constraints.vEdges.size();
+    collectTime += watch.seconds();
+}
+
+void Run::countTriangulation() {
+    report.bTriangulated = true;
+    report.bIs2D = triangulation.is2D();
+    report.numVertices = triangulation.numberOfPoints();
+    report.numTriangles = triangulation.numberOfTriangles();
+    if (!report.bIs2D) return;
+    std::vector<Point2*> vHull;
+    triangulation.getConvexHull(true, vHull);
+    report.numHullVertices = vHull.size();
+}
+
+void Run::check() {
+    if (!options.bCheck) return;
+    const StopWatch watch;
+    report.bValid = triangulation.checkValidity(true, "kivo2d_");
+    if (report.segments && report.segments->numMissing > 0) report.bValid = false;
+    report.checkTime = watch.seconds();
+}
+
+std::vector<double> Run::attributesOfMesh() const {
+    if (input.domain.vRegions.empty()) return {};
+    std::vector<Triangle2*> vTriangles;
+    if (pZone == nullptr) {
+        triangulation.getTrianglePointers(vTriangles);
+    } else {
+        pZone->getTriangles(vTriangles);
+    }
+    return attributesOfTriangles(triangulation, vTriangles, input.domain.vRegions, options.input);
+}
+
+void Run::collectMesh() {
+    const StopWatch watch;
+    if (!options.vOutputs.empty()) mesh = meshOf(triangulation, input);
+    const bool bTriangles =
+        std::any_of(options.vOutputs.begin(), options.vOutputs.end(),
+                    [](const std::string& output) { return needsTriangles(formatOf(output)); });
+    if (pZone != nullptr) {
+        mesh.bOfZone = true;
+        triangulation.getMeshArrays(mesh.triangles, pZone);
+    } else if (bTriangles && triangulation.is2D()) {
+        triangulation.getMeshArrays(mesh.triangles);
+    }
+    mesh.vTriangleAttributes = attributesOfMesh();
+    mesh.vEdges = constraints.vEdges;
+    if (pZone != nullptr) report.zone = measureZone(options.zone, *pZone, mesh.triangles);
+    collectTime += watch.seconds();
+}
+
+void Run::write() {
+    if (options.vOutputs.empty()) return;
+    const StopWatch watch;
+    for (const std::string& output : options.vOutputs) {
+        if (!writeByLibrary(output, triangulation, pZone)) writeMesh(output, mesh);
+    }
+    report.writeTime = watch.seconds() + collectTime;
+}
+
+} // namespace cli

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "cli/report.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace cli {
+
+// The part of a report that tells of a mesh: how it ended, its quality, and which triangles break which rule
+// for what reason.
+std::string meshLines(const MeshReport& report);
+nlohmann::ordered_json meshToJson(const MeshReport& report);
+
+} // namespace cli
