@@ -14,6 +14,11 @@ bool RefCand3::isExemptFromAngle() const {
     return site.origins.spanSmallAngle(shortest.source(), shortest.target());
 }
 
+bool RefCand3::isBelowResolution() const {
+    const HalfEdge shortest{pT, shape.getMinIndex()};
+    return TESK_KIVO2D::isBelowResolution(*shortest.source(), *shortest.target());
+}
+
 // The circumcentre; or, where that is further away from the shortest edge, the off-centre: the point from
 // which the edge is seen under an angle that is large enough by a margin. So the new triangle on this edge is
 // as large as it may be, and fewer are needed (Uengoer 2004).

@@ -33,6 +33,9 @@ public:
     // edge between two that meet at a small angle. Meant for triangles that break the angle rule.
     bool isExemptFromAngle() const;
 
+    // True when its shortest edge is a few units in the last place long: there is no room for better ones.
+    bool isBelowResolution() const;
+
     // Computes the point, looks where it lies, and decides.
     void update();
     // After update.

@@ -69,7 +69,8 @@ void RefinementDriver::makePasses() {
             if (report.numPasses == maxPasses) report.end = RefinementEnd::PASS_LIMIT;
             if (report.end != RefinementEnd::COMPLETE) break;
         }
-        if (report.end != RefinementEnd::COMPLETE) countWhatIsLeft(limits);
+        if (report.end != RefinementEnd::COMPLETE && report.end != RefinementEnd::ABANDONED)
+            countWhatIsLeft(limits);
         progress.finish();
     } catch (const std::bad_alloc&) {
         endWithoutMemory();

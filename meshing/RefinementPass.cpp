@@ -49,6 +49,10 @@ void RefinementPass::treat(Triangle2* pT) {
         candidate.debug(rules, numPictures++);
         if (isStale()) return;
     }
+    if (candidate.isBelowResolution()) {
+        tally(rules, MeshObstacle::ARITHMETIC);
+        return;
+    }
     candidate.update();
     switch (candidate.getSplitIndex()) {
     case RefCand3::leave:

@@ -31,6 +31,14 @@ Point2 stepLeft(const Point2& p, const Point2& a, const Point2& b) {
 
 } // namespace
 
+// On so fine a scale rounding makes as many bad triangles as are mended, without end.
+bool isBelowResolution(const Point2& a, const Point2& b) {
+    constexpr double minUnits = 4;
+    const double size = std::max(a.getMaxAbs(), b.getMaxAbs());
+    const double unit = size - std::nextafter(size, 0.0);
+    return std::max(std::fabs(a.x() - b.x()), std::fabs(a.y() - b.y())) < minUnits * unit;
+}
+
 std::optional<MeshObstacle> SegmentSplitter::obstacleAt(HalfEdge edge, const RefinementSite& site) {
     const Point2 &a = *edge.source(), &b = *edge.target();
     if (!site.mgr.isConstraint(&a, &b)) return MeshObstacle::OPEN_BORDER;
@@ -50,7 +58,7 @@ Point2* SegmentSplitter::split(HalfEdge edge) {
         "(pCSeg->getSrc()==p1 && pCSeg->getTrg()==p2) || (pCSeg->getSrc()==p2 && pCSeg->getTrg()==p1)");
     const WholeSegment whole = site.origins.wholeOf(p1, p2, site.mgr);
     Point2 point = splitPointOf(*p1, *p2, whole, site.limits.parameters().minEdgeLength);
-    if (point == *p1 || point == *p2) {
+    if (point == *p1 || point == *p2 || isBelowResolution(*p1, *p2)) {
         reportTooShort(edge);
         return nullptr;
     }

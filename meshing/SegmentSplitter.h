@@ -13,6 +13,9 @@
 
 namespace TESK_KIVO2D {
 
+// True when the edge ab is only a few units in the last place of its coordinates long.
+bool isBelowResolution(const Point2& a, const Point2& b);
+
 // Splits constraint segments at Steiner points. The point is inserted like any other, across the segment's
 // edge if need be; rounding mostly puts it a little beside. Its edges to the ends of the segment, which are
 // corners of the triangle that it lies in, become the pieces. So only what its triangles replace changes, and
