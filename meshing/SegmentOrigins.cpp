@@ -53,14 +53,15 @@ const WholeSegment* SegmentOrigins::find(const Point2* pVtx) const {
 }
 
 bool SegmentOrigins::spanSmallAngle(const Point2* p, const Point2* q) const {
-    constexpr double tolerance = 0.001; // of the distance: split points are rounded
+    constexpr double tolerance = 0.001;  // of the distance: split points are rounded
+    constexpr double chordOf45 = 0.7654; // between points at distance 1
     if (mOrigins.empty()) return false;
     const WholeSegment *const pOfP = find(p), *const pOfQ = pOfP != nullptr ? find(q) : nullptr;
     if (pOfQ == nullptr || pOfP->isSame(*pOfQ)) return false;
     for (const Point2* pApex : {pOfP->a, pOfP->b}) {
         if (!pOfQ->hasEnd(pApex)) continue;
         const double toP = distance(*p, *pApex), toQ = distance(*q, *pApex);
-        if (std::fabs(toP - toQ) <= tolerance * toP && distance(*p, *q) < toP) return true;
+        if (std::fabs(toP - toQ) <= tolerance * toP && distance(*p, *q) < chordOf45 * toP) return true;
     }
     return false;
 }
