@@ -214,9 +214,9 @@ def mesh_table(runs):
         ours, theirs = times[name][0], times[rival][0]
         rows.append([domain, angle, text_of(measured[0]["triangles"], 0, ","), text_of(measured[0]["passes"]),
                      text_of(measured[0]["bad"]), text_of(measured[0]["smallestAngle"], 2), *map(text_of, times[name]),
-                     text_of(median(runs, rival, "triangles"), 0, ","), text_of(median(runs, rival, "smallestAngle"), 2),
-                     *map(text_of, times[rival]), text_of(ours / theirs if theirs else None, 3),
-                     text_of(MESH_AT_MOST, 2), text_of(MESH_AIM, 2)])
+                     text_of(median(runs, rival, "triangles"), 0, ","),
+                     text_of(median(runs, rival, "smallestAngle"), 2), *map(text_of, times[rival]),
+                     text_of(ours / theirs if theirs else None, 3), text_of(MESH_AT_MOST, 2), text_of(MESH_AIM, 2)])
     return table(head, rows, 1)
 
 
