@@ -9,16 +9,28 @@
 
 namespace TESK_KIVO2D {
 
+namespace {
+
+// The direction from p to q, of length 1 if they differ. Whatever the coordinates, nothing overflows.
+Vector2 directionTo(const Point2& p, const Point2& q) {
+    const double dx = 0.5 * q.x() - 0.5 * p.x(), dy = 0.5 * q.y() - 0.5 * p.y();
+    const double extent = std::fmax(std::fabs(dx), std::fabs(dy));
+    if (!(extent > 0)) return Vector2();
+    const double length = std::hypot(dx / extent, dy / extent);
+    return Vector2(dx / extent / length, dy / extent / length);
+}
+
+} // namespace
+
 bool isAcute(const Point2* pApex, const Point2* pOther, const EdgeGuard& guard) {
     constexpr int many = 64; // spokes: then some are close to each other
-    const Vector2 direction = *pOther - *pApex;
+    const Vector2 direction = directionTo(*pApex, *pOther);
     int num = 0;
     bool bAcute = false;
     forEachSpoke(pApex, [&](const Point2* pEnd) {
         if (++num > many) bAcute = true;
         if (bAcute || pEnd == pOther || !guard.isFixed(pApex, pEnd)) return !bAcute;
-        const Vector2 spoke = *pEnd - *pApex;
-        bAcute = spoke * direction > 0.5 * spoke.length() * direction.length();
+        bAcute = directionTo(*pApex, *pEnd) * direction > 0.5;
         return !bAcute;
     });
     return bAcute;

@@ -62,10 +62,9 @@ public:
     // In counter-clockwise order.
     const std::vector<BorderEdge>& border() const { return vBorder; }
 
-    // Replaces the hole by triangles with the vertex at corner 0, one for each border edge. Calls f with each
-    // of them and the number of its border edge, before the next one is made. A closed fan ends where it
-    // begins; an open one lies on the hull. Two more triangles must be reserved. Does not throw, if f does
-    // not.
+    // Replaces the hole by triangles with the vertex at corner 0, one for each border edge. Then calls f with
+    // each of them and the number of its border edge. A closed fan ends where it begins; an open one lies on
+    // the hull. Two more triangles must be reserved. Does not throw, if f does not.
     template<class F>
     void fill(Point2* pVtx, bool bOpenFan, MeshStore& store, F f) {
         while (vTriangles.size() < vBorder.size())

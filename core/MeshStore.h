@@ -81,6 +81,9 @@ public:
         });
     }
 
+    // The vertex record made first, or null.
+    const Point2* firstVertex() const { return vertexPool.first(); }
+
     // Numbers of all records made so far, dead ones included.
     RecordNumbers<Triangle2> triangleNumbers() const { return RecordNumbers<Triangle2>(trianglePool); }
     // The same with those reserved for later, and what tells that more were reserved since.

@@ -66,6 +66,8 @@ public:
         return {pBegin, static_cast<std::size_t>(pEnd - pNext) * sizeof(T)};
     }
 
+    // The first record, or null while there is no block.
+    const T* first() const { return vBlocks.empty() ? nullptr : vBlocks.front().pBegin; }
     // Calls f with each record handed out so far, in order.
     template<class F>
     void forEach(F f) const {

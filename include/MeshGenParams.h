@@ -36,7 +36,8 @@ public:
     /// Called for each triangle that comes into being, many times a point that is inserted. It may look at
     /// the triangle and its surroundings, but must not change the triangulation, its constraints or zones.
     /// It may throw: refinement ends, the triangulation stays valid with what was inserted so far, and the
-    /// exception reaches the caller of `refineAdvanced`.
+    /// exception reaches the caller of `refineAdvanced`. (Only `std::bad_alloc` is taken for memory that ran
+    /// out, whoever throws it.)
     virtual double getMaxTriangleArea(Triangle2* pT) const;
     /// The longest edge that this triangle may have: `maxEdgeLength`, unless overridden. As above.
     virtual double getMaxEdgeLength(Triangle2* pT) const;
@@ -52,7 +53,8 @@ public:
     double maxEdgeLength = DBL_MAX;
     /// Upper bound on the area of triangles.
     double maxTriangleArea = DBL_MAX;
-    /// Whether constraint segments may be split. If not, triangles beside the border that are bad may stay.
+    /// Whether constraint segments may be split. Conforming ones stay Delaunay as far as they may. If not,
+    /// triangles beside the border that are bad may stay.
     bool bAllowConstraintSplitting = true;
     /// The largest ratio between the area of a triangle and that of a neighbour in the zone.
     double growFactor = DBL_MAX;
@@ -64,7 +66,8 @@ public:
     double capAspectLimit = 10.0;
     /// Direction of grid meshing.
     Vector2 gridVector = Vector2(0.0, 0.0);
-    /// Spacing of grid meshing, which runs only when this is positive and `gridVector` is not (0, 0).
+    /// Spacing of grid meshing, which is asked for when this is positive and `gridVector` is not (0, 0). Not
+    /// available yet: a warning says so, and it is ignored.
     double gridLength = 0.0;
     /// Forget the record of vertices that were inserted by earlier refinements before starting.
     bool bClearInnerVertices = true;

@@ -29,7 +29,7 @@ enum class RefinementEnd {
     COMPLETE,      ///< there was nothing left to do
     PASS_LIMIT,    ///< after 50 passes
     POINT_LIMIT,   ///< after `MeshGenParams::maxInsertedPoints` points
-    OUT_OF_MEMORY, ///< memory ran out
+    OUT_OF_MEMORY, ///< memory ran out: only the counts of points hold
     STOPPED,       ///< `MeshGenParams::pStopRequest`
     ABANDONED ///< a function of the caller's threw, or the call was refused: only the counts of points hold
 };

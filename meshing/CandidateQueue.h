@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Triangle2.h"
+#include "core/MeshStore.h"
 #include "core/prefetch.h"
 
 #include <algorithm>
@@ -12,27 +13,36 @@
 
 namespace TESK_KIVO2D {
 
-// A triangle that waits for its turn, as it was when it was entered.
+// A triangle as it is, to be told from one that has other corners: splits and flips rebuild records in place.
+//
+// Corners enter as a sum, so that it does not matter which one comes first, of scrambled numbers: those of
+// vertices made one after the other are evenly spaced, and their own sums would often agree. (Once in four
+// thousand million times different corners pass for the same. Then a triangle is looked at that did not
+// wait.)
+class CornerSums {
+public:
+    // Addresses are counted from the first vertex record, so that all runs of a program see the same.
+    explicit CornerSums(const MeshStore& store) : base(addressOf(store.firstVertex())) {}
+
+    std::uint32_t of(const Triangle2& t) const {
+        return scrambled(t.getCorner(0)) + scrambled(t.getCorner(1)) + scrambled(t.getCorner(2));
+    }
+
+private:
+    static std::uint64_t addressOf(const Point2* p) { return reinterpret_cast<std::uintptr_t>(p); }
+    std::uint32_t scrambled(const Point2* p) const {
+        std::uint64_t bits = (addressOf(p) - base) * 0x9E3779B97F4A7C15u;
+        bits ^= bits >> 32;
+        return static_cast<std::uint32_t>(bits * 0xD6E8FEB86659FD93u >> 32);
+    }
+
+    std::uint64_t base;
+};
+
+// A triangle that waits for its turn, with the sum of the corners that it had when it was entered.
 struct QueuedTriangle {
     Triangle2* pT;
     std::uint32_t corners;
-
-    explicit QueuedTriangle(Triangle2* pItsT) : pT(pItsT), corners(cornersOf(*pItsT)) {}
-    QueuedTriangle(Triangle2* pItsT, std::uint32_t itsCorners) : pT(pItsT), corners(itsCorners) {}
-
-    // A sum, so that it does not matter which corner comes first, of scrambled addresses: those of vertices
-    // made one after the other are evenly spaced, and their own sums would often agree.
-    static std::uint32_t cornersOf(const Triangle2& t) {
-        const auto scrambled = [](const Point2* p) {
-            std::uint64_t bits = reinterpret_cast<std::uintptr_t>(p) * 0x9E3779B97F4A7C15u;
-            bits ^= bits >> 32;
-            return static_cast<std::uint32_t>(bits * 0xD6E8FEB86659FD93u >> 32);
-        };
-        return scrambled(t.getCorner(0)) + scrambled(t.getCorner(1)) + scrambled(t.getCorner(2));
-    }
-    // False when the record has other corners by now: splits and flips rebuild records in place. (Once in
-    // four thousand million other corners pass for the same. Then a triangle is looked at that did not wait.)
-    bool isAlive() const { return cornersOf(*pT) == corners; }
 };
 
 // An ordered multimap from squared lengths to triangles, smallest key first, equal keys in the order in which
@@ -40,7 +50,11 @@ struct QueuedTriangle {
 // list for each is enough, and entering and taking cost no comparison.
 class CandidateQueue {
 public:
-    CandidateQueue() : vFirst(numKeys, none), vLast(numKeys, none), vWords(numKeys / 64) {}
+    explicit CandidateQueue(const MeshStore& store)
+        : sums(store), vFirst(numKeys, none), vLast(numKeys, none), vWords(numKeys / 64) {}
+
+    QueuedTriangle asItIs(Triangle2* pT) const { return {pT, sums.of(*pT)}; }
+    bool isAlive(const QueuedTriangle& triangle) const { return sums.of(*triangle.pT) == triangle.corners; }
 
     bool empty() const { return numEntries == 0; }
     std::size_t size() const { return numEntries; }
@@ -48,7 +62,7 @@ public:
     // The key is a double that is not negative.
     void push(double key, Triangle2* pT) {
         const std::uint32_t idx = takeNode();
-        vNodes[idx] = {pT, QueuedTriangle::cornersOf(*pT), none};
+        vNodes[idx] = {pT, sums.of(*pT), none};
         const std::size_t k = bucketOf(key);
         if (vFirst[k] == none) {
             vFirst[k] = idx;
@@ -84,8 +98,6 @@ public:
         return {node.pT, node.corners};
     }
 
-    void clear() { *this = CandidateQueue(); }
-
 private:
     static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
     struct Node {
@@ -111,6 +123,7 @@ private:
         return static_cast<std::uint32_t>(vNodes.size() - 1);
     }
 
+    CornerSums sums;
     std::vector<std::uint32_t> vFirst, vLast; // by key: the ends of its list
     std::vector<std::uint64_t> vWords;        // a bit for each key that has entries
     std::vector<Node> vNodes;

@@ -77,6 +77,19 @@ void MeshLimits::setAngle() {
     bCaps = isPositive(params.capAspectLimit) && params.capAspectLimit < widest;
 }
 
+bool MeshLimits::encroaches(const Point2& a, const Point2& b, const Point2& q) const {
+    double ax = (a.x() - q.x()) * unitScale, ay = (a.y() - q.y()) * unitScale;
+    double bx = (b.x() - q.x()) * unitScale, by = (b.y() - q.y()) * unitScale;
+    const double extent = std::max({std::fabs(ax), std::fabs(ay), std::fabs(bx), std::fabs(by)});
+    constexpr double tiny = 0x1p-100; // else fourth powers would underflow
+    if (extent < tiny && extent > 0) {
+        const double factor = std::ldexp(1.0, std::min(-std::ilogb(extent), 1022));
+        ax *= factor, ay *= factor, bx *= factor, by *= factor;
+    }
+    const double dot = ax * bx + ay * by;
+    return dot < 0 && dot * dot >= sqCosLens * ((ax * ax + ay * ay) * (bx * bx + by * by));
+}
+
 bool MeshLimits::isBadCap(const TriangleShape& shape) const {
     constexpr double sqCosOfCaps = 0.75; // of 150 degrees
     // Longest edge by height is its square by twice the area.
@@ -88,8 +101,12 @@ bool MeshLimits::needRefinementDueToGrowth(const Triangle2& t, const TriangleSha
     for (int i = 0; i < 3; ++i) {
         const Triangle2* const pN = t.getOppositeTriangle(i);
         if (pN == nullptr || !marks.isInZone(pN)) continue;
-        const double area = TriangleShape(*pN, unitScale).area;
-        if (area > 0 && area >= growFactorMinArea && shape.area > growFactor * area) return true;
+        const TriangleShape neighbour(*pN, unitScale);
+        const double inZoneUnit = unitScale / neighbour.scale, inUnitOfT = shape.scale / neighbour.scale;
+        const double area = neighbour.area * inZoneUnit * inZoneUnit;
+        if (area > 0 && area >= growFactorMinArea &&
+            shape.area > growFactor * (neighbour.area * inUnitOfT * inUnitOfT))
+            return true;
     }
     return false;
 }

@@ -31,11 +31,13 @@ public:
         RuleSet rules = 0;
         if (shape.hasSmallerAngle(sqCosMinAngle) || (bCaps && isBadCap(shape)))
             rules |= ruleBit(MeshRule::MIN_ANGLE);
-        const double maxLength = params.getMaxEdgeLength(pT), maxArea = params.getMaxTriangleArea(pT);
-        if (isLimit(maxLength) && shape.sqLongest() > squareOfLength(maxLength))
-            rules |= ruleBit(MeshRule::EDGE_LENGTH);
-        if (isLimit(maxArea) && shape.area > scaledArea(maxArea)) rules |= ruleBit(MeshRule::AREA);
+        // Before the client's functions, after which the marks may be out of date.
         if (bGrowth && needRefinementDueToGrowth(*pT, shape, marks)) rules |= ruleBit(MeshRule::GROWTH);
+        const double maxLength = params.getMaxEdgeLength(pT), maxArea = params.getMaxTriangleArea(pT);
+        if (isLimit(maxLength) && shape.sqLongest() > squareOfLength(maxLength, shape.scale))
+            rules |= ruleBit(MeshRule::EDGE_LENGTH);
+        if (isLimit(maxArea) && shape.area > scaledArea(maxArea, shape.scale))
+            rules |= ruleBit(MeshRule::AREA);
         return rules;
     }
     // A triangle that comes into being may make its neighbours break this one.
@@ -48,30 +50,16 @@ public:
     // seen under an angle a little larger than the smallest one allowed.
     double offCentreHeight() const { return heightOfOffCentre; }
     // True when the segment ab is seen from q under so large an angle that a triangle on it would be bad.
-    bool encroaches(const Point2& a, const Point2& b, const Point2& q) const {
-        double dot, sqLengths;
-        if (!isObtuseAt(q, a, b, dot, sqLengths)) return false;
-        return dot * dot >= sqCosLens * sqLengths;
-    }
-    // True when q lies inside the circle whose diameter is ab.
-    bool isInDiametralCircle(const Point2& a, const Point2& b, const Point2& q) const {
-        double dot, sqLengths;
-        return isObtuseAt(q, a, b, dot, sqLengths);
-    }
+    bool encroaches(const Point2& a, const Point2& b, const Point2& q) const;
 
 private:
     static bool isLimit(double value) { return value > 0 && value < DBL_MAX; }
-    // In the zone's unit, and not 0.
-    double squareOfLength(double length) const {
-        return std::max(length * unitScale * (length * unitScale), DBL_TRUE_MIN);
+    // Not 0.
+    static double squareOfLength(double length, double scale) {
+        return std::max(length * scale * (length * scale), DBL_TRUE_MIN);
     }
-    double scaledArea(double area) const { return std::max(area * unitScale * unitScale, DBL_TRUE_MIN); }
-    bool isObtuseAt(const Point2& q, const Point2& a, const Point2& b, double& dot, double& sqLengths) const {
-        const double ax = (a.x() - q.x()) * unitScale, ay = (a.y() - q.y()) * unitScale;
-        const double bx = (b.x() - q.x()) * unitScale, by = (b.y() - q.y()) * unitScale;
-        dot = ax * bx + ay * by;
-        sqLengths = (ax * ax + ay * ay) * (bx * bx + by * by);
-        return dot < 0;
+    static double scaledArea(double area, double scale) {
+        return std::max(area * scale * scale, DBL_TRUE_MIN);
     }
     void setAngle();
     bool isBadCap(const TriangleShape& shape) const;
@@ -84,7 +72,7 @@ private:
     double sqCosLens = 0;
     double heightOfOffCentre = 0;
     double sqMinSplitLength = 0;
-    double growFactorMinArea = 0;
+    double growFactorMinArea = 0; // in the zone's unit
     double growFactor = 0;
     bool bGrowth = false;
     bool bCaps = false;

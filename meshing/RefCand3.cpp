@@ -21,7 +21,7 @@ Point2 RefCand3::computePoint() const {
     const int s = shape.getMinIndex();
     const HalfEdge edge{pT, s};
     const Point2 &o = *edge.source(), &d = *edge.target(), &apex = *pT->getCorner(s);
-    const double scale = site.limits.scale(), x = o.x() * scale, y = o.y() * scale;
+    const double scale = shape.scale, x = o.x() * scale, y = o.y() * scale;
     const double bx = d.x() * scale - x, by = d.y() * scale - y;
     const double cx = apex.x() * scale - x, cy = apex.y() * scale - y;
     const double sqB = bx * bx + by * by, sqC = cx * cx + cy * cy;

@@ -30,7 +30,7 @@ void RefCand3::debug(RuleSet rules, int number) const {
     text.imbue(std::locale::classic());
     const char* suffix = nullptr;
     if (has(rules, MeshRule::EDGE_LENGTH)) {
-        text << "RefC: sidelength is " << std::sqrt(shape.sqLongest()) / site.limits.scale() << " > "
+        text << "RefC: sidelength is " << std::sqrt(shape.sqLongest()) / shape.scale << " > "
              << site.limits.parameters().getMaxEdgeLength(pT);
         suffix = "_sidelen.ps";
     } else if (has(rules, MeshRule::AREA)) {

@@ -44,6 +44,8 @@ void RefinementDriver::run() {
                       "The triangulation is not full dimensional yet. Nothing to do");
         return;
     }
+    if (params.gridLength > 0 && (params.gridVector.x() != 0 || params.gridVector.y() != 0))
+        reportWarning("Dt2::refineMain2()", "grid meshing is not available yet, gridLength is ignored");
     if (host.constraintMgr().hasPending()) host.applyConstraintsAndZones();
     makePasses();
 }
@@ -59,27 +61,32 @@ void RefinementDriver::checkParameters() const {
 }
 
 void RefinementDriver::makePasses() {
-    const MeshLimits limits(params, largestCoordinate(zoneTriangles()));
-    ProgressHub::Operation progress(host.progressHub(), "refine", progressSteps);
-    report.end = RefinementEnd::COMPLETE;
     try {
+        const MeshLimits limits(params, largestCoordinate(zoneTriangles()));
+        ProgressHub::Operation progress(host.progressHub(), "refine", progressSteps);
+        report.end = RefinementEnd::COMPLETE;
         while (makePass(limits, progress)) {
-            ++report.numPasses;
+            if (report.numPasses == maxPasses) report.end = RefinementEnd::PASS_LIMIT;
             if (report.end != RefinementEnd::COMPLETE) break;
-            if (report.numPasses == maxPasses) {
-                report.end = RefinementEnd::PASS_LIMIT;
-                break;
-            }
         }
         if (report.end != RefinementEnd::COMPLETE) countWhatIsLeft(limits);
+        progress.finish();
     } catch (const std::bad_alloc&) {
-        report.end = RefinementEnd::OUT_OF_MEMORY;
-        reportWarning("Dt2::refineMain2()", "Out of memory, refinement ends early");
+        endWithoutMemory();
     } catch (...) {
         report.end = RefinementEnd::ABANDONED;
         throw;
     }
-    progress.finish();
+}
+
+void RefinementDriver::endWithoutMemory() {
+    report.end = RefinementEnd::OUT_OF_MEMORY;
+    report.aBad = {}; // to count would take memory
+    report.numBadTriangles = report.numTriangles = 0;
+    try {
+        reportWarning("Dt2::refineMain2()", "Out of memory, refinement ends early");
+    } catch (const std::bad_alloc&) { // not even for a message: the report says it
+    }
 }
 
 RefinementSite RefinementDriver::siteFor(const MeshLimits& limits, TriangleMarks& marks) const {
@@ -96,32 +103,38 @@ bool RefinementDriver::makePass(const MeshLimits& limits, ProgressHub::Operation
     TriangleMarks marks = markTriangles(vTriangles);
     RefinementSite site = siteFor(limits, marks);
     RefinementPass pass(site);
-    for (Triangle2* const pT : vTriangles) {
-        pass.collect(pT);
-        if (pass.isStale()) return true;
-    }
-    return work(site, pass, progress);
+    if (collect(vTriangles, pass)) work(site, pass, progress);
+    const bool bAgain = pass.hasChanged() || pass.isStale();
+    if (bAgain) ++report.numPasses;
+    return bAgain;
 }
 
-bool RefinementDriver::work(const RefinementSite& site, RefinementPass& pass,
+// Returns false when the pass must not go on.
+bool RefinementDriver::collect(const std::vector<Triangle2*>& vTriangles, RefinementPass& pass) {
+    for (std::size_t i = 0; i < vTriangles.size(); ++i) {
+        if (i % stepsPerLook == 0 && mustEnd()) return false;
+        pass.collect(vTriangles[i]);
+        if (pass.isStale()) return false;
+    }
+    return true;
+}
+
+void RefinementDriver::work(const RefinementSite& site, RefinementPass& pass,
                             ProgressHub::Operation& progress) {
-    for (std::size_t numDone = 0; !pass.isDone(); ++numDone) {
+    for (std::size_t numDone = 0; !pass.isDone() && !pass.isStale(); ++numDone) {
         if (numDone % stepsPerLook == 0) {
             tell(progress, numDone, pass.numWaiting());
-            if (pass.isStale()) return true;
-            if (mustEnd()) return true;
+            if (pass.isStale() || mustEnd()) return;
         }
         if (site.isSpent()) {
             report.end = RefinementEnd::POINT_LIMIT;
             reportWarning("Dt2::refineMain2()",
                           "maxInsertedPoints=" + std::to_string(params.maxInsertedPoints) +
                               " reached, refinement ends early");
-            return true;
+            return;
         }
         pass.step();
-        if (pass.isStale()) return true;
     }
-    return pass.hasChanged();
 }
 
 bool RefinementDriver::mustEnd() {
@@ -138,9 +151,13 @@ void RefinementDriver::tell(ProgressHub::Operation& progress, std::size_t numDon
     numTold = num;
 }
 
-std::vector<Triangle2*> RefinementDriver::zoneTriangles() const {
+std::vector<Triangle2*> RefinementDriver::zoneTriangles() {
     std::vector<Triangle2*> vTriangles;
-    if (host.isOwn(params.pZone, "Kivo_2D::refineAdvanced()")) params.pZone->getTriangles(vTriangles);
+    if (host.isOwn(params.pZone, "Kivo_2D::refineAdvanced()")) {
+        params.pZone->getTriangles(vTriangles);
+    } else {
+        report.end = RefinementEnd::ABANDONED; // deleted meanwhile
+    }
     return vTriangles;
 }
 
@@ -170,8 +187,8 @@ void RefinementDriver::countWhatIsLeft(const MeshLimits& limits) {
     TriangleMarks marks = markTriangles(vTriangles);
     RefinementSite site = siteFor(limits, marks);
     RefinementPass pass(site);
-    for (Triangle2* const pT : vTriangles)
-        pass.count(pT);
+    for (std::size_t i = 0; i < vTriangles.size() && !pass.isStale(); ++i)
+        pass.count(vTriangles[i]);
 }
 
 } // namespace TESK_KIVO2D

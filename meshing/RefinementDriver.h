@@ -38,12 +38,14 @@ public:
 private:
     void checkParameters() const;
     void makePasses();
-    // Returns true when it changed the mesh.
+    void endWithoutMemory();
+    // Returns true when the mesh has changed.
     bool makePass(const MeshLimits& limits, ProgressHub::Operation& progress);
-    bool work(const RefinementSite& site, RefinementPass& pass, ProgressHub::Operation& progress);
+    bool collect(const std::vector<Triangle2*>& vTriangles, RefinementPass& pass);
+    void work(const RefinementSite& site, RefinementPass& pass, ProgressHub::Operation& progress);
     void tell(ProgressHub::Operation& progress, std::size_t numDone, std::size_t numWaiting);
     bool mustEnd();
-    std::vector<Triangle2*> zoneTriangles() const;
+    std::vector<Triangle2*> zoneTriangles();
     TriangleMarks markTriangles(const std::vector<Triangle2*>& vTriangles) const;
     void countWhatIsLeft(const MeshLimits& limits);
     RefinementSite siteFor(const MeshLimits& limits, TriangleMarks& marks) const;

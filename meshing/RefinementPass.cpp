@@ -17,11 +17,12 @@ bool findAgain(HalfEdge& edge, const Point2* a, const Point2* b) {
 void RefinementPass::collect(Triangle2* pT) {
     const RefCand3 candidate(pT, site);
     const RuleSet rules = candidate.brokenRules();
-    if (rules == 0) return;
+    if (rules == 0 || isStale()) return;
     pmmAng2RC.push(candidate.getShape().sqShortest(), pT);
     // A vertex that is too close to a segment makes a bad triangle with it. Where that can't be helped, the
     // segment stays.
-    if ((rules & ruleBit(MeshRule::MIN_ANGLE)) != 0 && !candidate.isExemptFromAngle()) collectEncroached(pT);
+    if ((rules & ruleBit(MeshRule::MIN_ANGLE)) != 0 && !candidate.isExemptFromAngle())
+        collectEncroached(pT, true);
 }
 
 void RefinementPass::step() {
@@ -35,7 +36,7 @@ void RefinementPass::step() {
         return;
     }
     const QueuedTriangle next = pmmAng2RC.pop();
-    if (next.isAlive() && site.marks.isInZone(next.pT)) treat(next.pT);
+    if (pmmAng2RC.isAlive(next) && site.marks.isInZone(next.pT)) treat(next.pT);
 }
 
 void RefinementPass::treat(Triangle2* pT) {
@@ -44,7 +45,10 @@ void RefinementPass::treat(Triangle2* pT) {
     if (rules == 0 || isStale()) return;
     rules = countExemption(candidate, rules);
     if (rules == 0) return;
-    if (site.limits.parameters().debugMode == 1) candidate.debug(rules, numPictures++);
+    if (site.limits.parameters().debugMode == 1) {
+        candidate.debug(rules, numPictures++);
+        if (isStale()) return;
+    }
     candidate.update();
     switch (candidate.getSplitIndex()) {
     case RefCand3::leave:
@@ -54,10 +58,10 @@ void RefinementPass::treat(Triangle2* pT) {
         insertInside(candidate);
         return;
     default: {
-        const QueuedTriangle queued(pT);
+        const QueuedTriangle queued = pmmAng2RC.asItIs(pT);
         if (!splitSegment(candidate.getSight().edge)) {
             tally(rules, MeshObstacle::ARITHMETIC);
-        } else if (queued.isAlive()) {
+        } else if (pmmAng2RC.isAlive(queued)) {
             pmmAng2RC.push(candidate.getShape().sqShortest(), pT);
         }
     }
@@ -67,7 +71,7 @@ void RefinementPass::treat(Triangle2* pT) {
 void RefinementPass::count(Triangle2* pT) {
     const RefCand3 candidate(pT, site);
     const RuleSet rules = candidate.brokenRules();
-    if (rules != 0) tally(countExemption(candidate, rules), MeshObstacle::NOT_REACHED);
+    if (rules != 0 && !isStale()) tally(countExemption(candidate, rules), MeshObstacle::NOT_REACHED);
 }
 
 // Counts a bad triangle. (In a pass that mends something, counts mean nothing.) Returns the rules that remain
@@ -83,7 +87,7 @@ RuleSet RefinementPass::countExemption(const RefCand3& candidate, RuleSet rules)
 void RefinementPass::insertInside(RefCand3& candidate) {
     const auto isClosed = [this](HalfEdge edge) { return site.marks.isClosed(edge); };
     const Point2& point = candidate.getPoint();
-    const QueuedTriangle queued(candidate.getTriangle());
+    const QueuedTriangle queued = pmmAng2RC.asItIs(candidate.getTriangle());
     const HalfEdge place = candidate.getSight().edge;
     cavity.clear();
     if (candidate.getSight().end == Sight::INSIDE) {
@@ -95,7 +99,7 @@ void RefinementPass::insertInside(RefCand3& candidate) {
     }
     if (splitEncroached(point)) {
         // The triangle may have survived. Then it is looked at again.
-        if (queued.isAlive()) pmmAng2RC.push(candidate.getShape().sqShortest(), queued.pT);
+        if (pmmAng2RC.isAlive(queued)) pmmAng2RC.push(candidate.getShape().sqShortest(), queued.pT);
         return;
     }
     site.innerVertices.reserve();
@@ -117,21 +121,15 @@ void RefinementPass::insertInside(RefCand3& candidate) {
 bool RefinementPass::splitEncroached(const Point2& p) {
     vHit.clear();
     for (const Cavity::BorderEdge& edge : cavity.border()) {
-        if (edge.bClosed && isEncroached(edge.inside, p)) vHit.push_back({edge.pFrom, edge.pTo, edge.inside});
+        if (edge.bClosed && site.limits.encroaches(*edge.pFrom, *edge.pTo, p))
+            vHit.push_back({edge.pFrom, edge.pTo, edge.inside});
     }
     bool bSplit = false;
-    for (const WaitingSegment& segment : vHit)
+    for (const WaitingSegment& segment : vHit) {
+        if (isStale()) return true;
         bSplit = splitWaiting(segment) || bSplit;
+    }
     return bSplit;
-}
-
-bool RefinementPass::isEncroached(HalfEdge edge, const Point2& p) const {
-    const Point2 &a = *edge.source(), &b = *edge.target();
-    if (!site.limits.isInDiametralCircle(a, b, p)) return false;
-    if (site.limits.encroaches(a, b, p)) return true;
-    // Conforming segments shall stay Delaunay, which they are while their own circle is empty.
-    const ConstraintSegment2* const pCSeg = site.mgr.getConstraintSegment(&a, &b);
-    return pCSeg != nullptr && pCSeg->getCIS() == CIS_CONFORMING_DELAUNAY;
 }
 
 bool RefinementPass::splitWaiting(const WaitingSegment& segment) {
@@ -153,7 +151,7 @@ void RefinementPass::judgeAll(const std::vector<Triangle2*>& vChanged, bool bOnS
         if (!site.marks.isInZone(pT)) continue;
         judge(pT);
         if (isStale()) return; // the client's functions changed the triangulation
-        if (bOnSegment) collectEncroached(pT);
+        collectEncroached(pT, bOnSegment);
         Triangle2* const pN = pT->getOppositeTriangle(0);
         if (site.limits.limitsGrowth() && pN != nullptr && site.marks.isInZone(pN)) judge(pN);
         if (isStale()) return;
@@ -165,13 +163,26 @@ void RefinementPass::judge(Triangle2* pT) {
     if (candidate.brokenRules() != 0) pmmAng2RC.push(candidate.getShape().sqShortest(), pT);
 }
 
-void RefinementPass::collectEncroached(Triangle2* pT) {
-    for (int i = 0; i < 3; ++i) {
+// Only the edge opposite the latest vertex can be news when that lies in the interior, and it has been found
+// to be far enough from it.
+void RefinementPass::collectEncroached(Triangle2* pT, bool bOnSegment) {
+    for (int i = 0; i < (bOnSegment ? 3 : 1); ++i) {
         const HalfEdge edge{pT, i};
         if (!site.marks.isClosed(edge)) continue;
-        if (site.limits.encroaches(*edge.source(), *edge.target(), *pT->getCorner(i)))
-            vSegments.push_back({edge.source(), edge.target(), edge});
+        const bool bTooClose =
+            bOnSegment && site.limits.encroaches(*edge.source(), *edge.target(), *pT->getCorner(i));
+        if (bTooClose || mustBeDelaunay(edge)) vSegments.push_back({edge.source(), edge.target(), edge});
     }
+}
+
+// True for a conforming segment that has ceased to be Delaunay.
+bool RefinementPass::mustBeDelaunay(HalfEdge edge) const {
+    const ConstraintSegment2* const pCSeg = site.mgr.getConstraintSegment(edge.source(), edge.target());
+    if (pCSeg == nullptr || pCSeg->getCIS() != CIS_CONFORMING_DELAUNAY) return false;
+    const Triangle2* const pN = edge.opposite();
+    if (pN == nullptr) return false;
+    const Point2& far = *pN->getCorner(pN->getIntraTriangleIndex(edge.pT));
+    return site.tests.inCircle(*edge.pT, far) == CINC2_INCIRCLE;
 }
 
 void RefinementPass::tally(RuleSet rules, MeshObstacle obstacle) {

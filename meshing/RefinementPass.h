@@ -21,7 +21,8 @@ namespace TESK_KIVO2D {
 class RefinementPass {
 public:
     // Adds to the counts of the report.
-    explicit RefinementPass(RefinementSite& refinementSite) : site(refinementSite), splitter(site, cavity) {}
+    explicit RefinementPass(RefinementSite& refinementSite)
+        : site(refinementSite), splitter(site, cavity), pmmAng2RC(site.store) {}
 
     // Enters the triangle, and constraint segments that are too close to its corners, if it is bad.
     void collect(Triangle2* pT);
@@ -55,9 +56,9 @@ private:
     // Enters what the latest vertex made bad, and the segments that it is too close to.
     void judgeAll(const std::vector<Triangle2*>& vChanged, bool bOnSegment);
     void judge(Triangle2* pT);
-    void collectEncroached(Triangle2* pT);
+    void collectEncroached(Triangle2* pT, bool bOnSegment);
     bool splitEncroached(const Point2& p);
-    bool isEncroached(HalfEdge edge, const Point2& p) const;
+    bool mustBeDelaunay(HalfEdge edge) const;
     void tally(RuleSet rules, MeshObstacle obstacle);
 
     RefinementSite& site;

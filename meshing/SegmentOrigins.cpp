@@ -11,8 +11,12 @@ namespace {
 
 double distance(const Point2& p, const Point2& q) { return std::hypot(p.x() - q.x(), p.y() - q.y()); }
 
+// Never outside the box of the two.
 Point2 between(const Point2& p, const Point2& q, double share) {
-    return Point2((1 - share) * p.x() + share * q.x(), (1 - share) * p.y() + share * q.y());
+    const auto mix = [share](double a, double b) {
+        return std::clamp((1 - share) * a + share * b, std::min(a, b), std::max(a, b));
+    };
+    return Point2(mix(p.x(), q.x()), mix(p.y(), q.y()));
 }
 
 // The number in [low, high], both positive, that needs the fewest binary digits.
@@ -69,7 +73,9 @@ Point2 splitPointOf(const Point2& p, const Point2& q, const WholeSegment& whole,
     const bool bUsable = length > 0 && length < std::numeric_limits<double>::infinity();
     if (!bUsable || !(low + length / 3 > 0)) return between(p, q, 0.5);
     const double wanted = roundestIn(low + length / 3, low + length * 2 / 3);
-    if (std::min(wanted - low, low + length - wanted) < minLength) return between(p, q, 0.5);
+    // Where doubles are too coarse for the distance they may still be fine enough for the middle.
+    const double shorter = std::min(wanted - low, low + length - wanted);
+    if (shorter < minLength || shorter < length / 4) return between(p, q, 0.5);
     return between(p, q, std::fabs(wanted - toP) / length);
 }
 

@@ -33,6 +33,8 @@ public:
     WholeSegment wholeOf(const Point2* p, const Point2* q, const EdgeGuard& guard) const;
     // The vertex is about to split a piece of the segment. Throws only with nothing changed.
     void add(const Point2* pVtx, const WholeSegment& whole) { mOrigins.insert_or_assign(pVtx, whole); }
+    // It did not.
+    void remove(const Point2* pVtx) { mOrigins.erase(pVtx); }
 
     // True when the vertices lie on two segments that leave a common end at less than 60 degrees, at the same
     // distance from it. An edge between them is as short as the angle demands: to refine a triangle because
@@ -45,8 +47,8 @@ private:
     std::unordered_map<const Point2*, WholeSegment> mOrigins; // nothing walks through it
 };
 
-// Where to split the piece pq of the segment: between a third and two thirds of it, and not so that a part
-// becomes shorter than minLength unless the middle does.
+// Where to split the piece pq of the segment: between a quarter and three quarters of it, and not so that a
+// part becomes shorter than minLength unless the middle does.
 Point2 splitPointOf(const Point2& p, const Point2& q, const WholeSegment& whole, double minLength);
 
 } // namespace TESK_KIVO2D

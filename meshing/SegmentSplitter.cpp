@@ -69,7 +69,10 @@ Point2* SegmentSplitter::split(HalfEdge edge) {
         site.origins.add(pVtx, whole);
         link(spot, pVtx, pCSeg);
     } catch (...) {
-        if (pVtx->getIncidentTriangle() == nullptr) site.store.recycleVertex(pVtx);
+        if (pVtx->getIncidentTriangle() == nullptr) {
+            site.origins.remove(pVtx);
+            site.store.recycleVertex(pVtx);
+        }
         throw;
     }
     return pVtx;

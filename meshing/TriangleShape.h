@@ -8,27 +8,18 @@
 namespace TESK_KIVO2D {
 
 // Measures of a triangle, in units of a power of two that makes the coordinates of its zone less than 1: so
-// squares of lengths neither overflow nor underflow, and a zone of any size is meshed alike.
+// powers of lengths do not overflow, and a zone of any size is meshed alike. A triangle that is so much
+// smaller than its zone that powers would underflow has units of its own.
 struct TriangleShape {
     double aSqLengthsIgnoringZ[3]; // ascending
     double aSqOpposite[3];         // the same, of the edge opposite each corner
     double area;
+    double scale; // what coordinates were multiplied by
 
-    TriangleShape(const Triangle2& t, double scale) {
-        const Point2 &p0 = *t.getCorner(0), &p1 = *t.getCorner(1), &p2 = *t.getCorner(2);
-        const double x = p0.x() * scale, y = p0.y() * scale;
-        const double ax = p1.x() * scale - x, ay = p1.y() * scale - y;
-        const double bx = p2.x() * scale - x, by = p2.y() * scale - y;
-        const double cx = bx - ax, cy = by - ay;
-        const double a = ax * ax + ay * ay, b = bx * bx + by * by, c = cx * cx + cy * cy;
-        aSqOpposite[0] = c;
-        aSqOpposite[1] = b;
-        aSqOpposite[2] = a;
-        const double low = std::min(a, b), high = std::max(a, b);
-        aSqLengthsIgnoringZ[0] = std::min(low, c);
-        aSqLengthsIgnoringZ[1] = std::max(low, std::min(high, c));
-        aSqLengthsIgnoringZ[2] = std::max(high, c);
-        area = 0.5 * std::fabs(ax * by - ay * bx);
+    TriangleShape(const Triangle2& t, double zoneScale) : scale(zoneScale) {
+        constexpr double tiny = 0x1p-200;
+        measure(t);
+        if (sqLongest() < tiny) enlarge(t);
     }
 
     double sqShortest() const { return aSqLengthsIgnoringZ[0]; }
@@ -52,6 +43,24 @@ struct TriangleShape {
     }
 
 private:
+    void measure(const Triangle2& t) {
+        const Point2 &p0 = *t.getCorner(0), &p1 = *t.getCorner(1), &p2 = *t.getCorner(2);
+        const double x = p0.x() * scale, y = p0.y() * scale;
+        const double ax = p1.x() * scale - x, ay = p1.y() * scale - y;
+        const double bx = p2.x() * scale - x, by = p2.y() * scale - y;
+        const double cx = bx - ax, cy = by - ay;
+        const double a = ax * ax + ay * ay, b = bx * bx + by * by, c = cx * cx + cy * cy;
+        aSqOpposite[0] = c;
+        aSqOpposite[1] = b;
+        aSqOpposite[2] = a;
+        const double low = std::min(a, b), high = std::max(a, b);
+        aSqLengthsIgnoringZ[0] = std::min(low, c);
+        aSqLengthsIgnoringZ[1] = std::max(low, std::min(high, c));
+        aSqLengthsIgnoringZ[2] = std::max(high, c);
+        area = 0.5 * std::fabs(ax * by - ay * bx);
+    }
+    void enlarge(const Triangle2& t);
+
     int indexOf(double sqLength) const {
         return aSqOpposite[0] == sqLength ? 0 : aSqOpposite[1] == sqLength ? 1 : 2;
     }
