@@ -98,8 +98,8 @@ def median(runs, name, key="real_time"):
     return statistics.median(run[key] for run in runs[name]) if name in runs else None
 
 
-def text_of(value, decimals=0):
-    return "-" if value is None else f"{value:.{decimals}f}"
+def text_of(value, decimals=0, thousands=""):
+    return "-" if value is None else f"{value:{thousands}.{decimals}f}"
 
 
 def table(head, rows, num_text_columns):
@@ -212,11 +212,11 @@ def mesh_table(runs):
             num = median(runs, who, "triangles")
             times[who] = [num and median(runs, who, key) * 1e6 / num for key in ("real_time", "userMs")]
         ours, theirs = times[name][0], times[rival][0]
-        rows.append([domain, angle, f"{measured[0]['triangles']:,.0f}", text_of(measured[0]["passes"]),
+        rows.append([domain, angle, text_of(measured[0]["triangles"], 0, ","), text_of(measured[0]["passes"]),
                      text_of(measured[0]["bad"]), text_of(measured[0]["smallestAngle"], 2), *map(text_of, times[name]),
-                     text_of(median(runs, rival, "triangles")), text_of(median(runs, rival, "smallestAngle"), 2),
-                     *map(text_of, times[rival]), text_of(ours / theirs if theirs else None, 3),
-                     text_of(MESH_AT_MOST, 2), text_of(MESH_AIM, 2)])
+                     text_of(median(runs, rival, "triangles"), 0, ","),
+                     text_of(median(runs, rival, "smallestAngle"), 2), *map(text_of, times[rival]),
+                     text_of(ours / theirs if theirs else None, 3), text_of(MESH_AT_MOST, 2), text_of(MESH_AIM, 2)])
     return table(head, rows, 1)
 
 
