@@ -25,7 +25,6 @@ public:
         : site(refinementSite), pT(pTriangle), shape(*pTriangle, site.limits.scale()) {}
 
     Triangle2* getTriangle() const { return pT; }
-    const TriangleShape& getShape() const { return shape; }
 
     // Which rules the triangle breaks. Asks the client's functions.
     RuleSet brokenRules() const { return site.limits.brokenRules(pT, shape, site.marks); }

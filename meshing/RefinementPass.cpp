@@ -49,11 +49,13 @@ void RefinementPass::treat(Triangle2* pT) {
         candidate.debug(rules, numPictures++);
         if (isStale()) return;
     }
-    if (candidate.isBelowResolution(rules)) {
+    candidate.update();
+    if (candidate.getSplitIndex() != RefCand3::leave && candidate.isBelowResolution(rules)) {
+        if (candidate.getSplitIndex() != RefCand3::insertInside)
+            splitter.reportTooShort(candidate.getSight().edge);
         tally(rules, MeshObstacle::ARITHMETIC);
         return;
     }
-    candidate.update();
     switch (candidate.getSplitIndex()) {
     case RefCand3::leave:
         tally(rules, candidate.getObstacle());

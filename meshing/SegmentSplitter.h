@@ -31,6 +31,8 @@ public:
     // Splits the segment on the edge, which the limits allow. Returns the new vertex, whose triangles are
     // known to the marks, or null where doubles leave no room, which is reported once.
     Point2* split(HalfEdge edge);
+    // Says, once, that the segment on the edge can't be split because of doubles.
+    void reportTooShort(HalfEdge edge);
     // The triangles that the latest split made or changed; some maybe twice.
     const std::vector<Triangle2*>& changedTriangles() const { return vChanged; }
 
@@ -46,7 +48,6 @@ private:
     void growCavity(const Spot& spot, const Point2& p);
     void link(const Spot& spot, Point2* pVtx, ConstraintSegment2* pCSeg);
     void legalizeSpokes();
-    void reportTooShort(HalfEdge edge);
     void reportNoPoint();
 
     RefinementSite& site;
