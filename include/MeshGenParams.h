@@ -53,7 +53,8 @@ public:
     double maxEdgeLength = DBL_MAX;
     /// Upper bound on the area of triangles.
     double maxTriangleArea = DBL_MAX;
-    /// Whether constraint segments may be split. Conforming ones stay Delaunay as far as they may. If not,
+    /// Whether constraint segments may be split. Conforming ones in the zone and at its
+    /// border stay Delaunay as far as they may. If not,
     /// triangles beside the border that are bad may stay.
     bool bAllowConstraintSplitting = true;
     /// The largest ratio between the area of a triangle and that of a neighbour in the zone.

@@ -2,6 +2,8 @@
 
 #include "meshing/SegmentSplitter.h"
 
+#include <algorithm>
+#include <cfloat>
 #include <cmath>
 
 namespace TESK_KIVO2D {
@@ -14,9 +16,16 @@ bool RefCand3::isExemptFromAngle() const {
     return site.origins.spanSmallAngle(shortest.source(), shortest.target());
 }
 
-bool RefCand3::isBelowResolution() const {
-    const HalfEdge shortest{pT, shape.getMinIndex()};
-    return TESK_KIVO2D::isBelowResolution(*shortest.source(), *shortest.target());
+bool RefCand3::isBelowResolution(RuleSet rules) const {
+    const bool bAngleOnly = rules == ruleBit(MeshRule::MIN_ANGLE);
+    const HalfEdge edge{pT, bAngleOnly ? shape.getMinIndex() : shape.getMaxIndex()};
+    return TESK_KIVO2D::isBelowResolution(*edge.source(), *edge.target());
+}
+
+double RefCand3::getKey() const {
+    if (shape.scale == site.limits.scale()) return shape.sqShortest();
+    const double unit = site.limits.scale() / shape.scale;
+    return std::max(shape.sqShortest() * unit * unit, DBL_TRUE_MIN);
 }
 
 // The circumcentre; or, where that is further away from the shortest edge, the off-centre: the point from

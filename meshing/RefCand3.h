@@ -33,8 +33,11 @@ public:
     // edge between two that meet at a small angle. Meant for triangles that break the angle rule.
     bool isExemptFromAngle() const;
 
-    // True when its shortest edge is a few units in the last place long: there is no room for better ones.
-    bool isBelowResolution() const;
+    // True when there is no room to mend it: its shortest edge, or its longest one if it breaks other rules
+    // than that of the angle, is a few units in the last place long.
+    bool isBelowResolution(RuleSet rules) const;
+    // What the queue orders by: the square of the shortest edge, in the zone's unit.
+    double getKey() const;
 
     // Computes the point, looks where it lies, and decides.
     void update();

@@ -96,16 +96,26 @@ RefinementSite RefinementDriver::siteFor(const MeshLimits& limits, TriangleMarks
             report};
 }
 
+// The zone as it is now, with nothing counted yet, and a pass over it.
+struct RefinementDriver::Round {
+    Round(RefinementDriver& driver, const MeshLimits& limits)
+        : vTriangles(driver.zoneTriangles()), marks(driver.markTriangles(vTriangles)),
+          site(driver.siteFor(limits, marks)), pass(site) {
+        site.report.aBad = {};
+        site.report.numBadTriangles = 0;
+        site.report.numTriangles = vTriangles.size();
+    }
+
+    const std::vector<Triangle2*> vTriangles;
+    TriangleMarks marks;
+    RefinementSite site;
+    RefinementPass pass;
+};
+
 bool RefinementDriver::makePass(const MeshLimits& limits, ProgressHub::Operation& progress) {
-    report.aBad = {};
-    report.numBadTriangles = 0;
-    const std::vector<Triangle2*> vTriangles = zoneTriangles();
-    report.numTriangles = vTriangles.size();
-    TriangleMarks marks = markTriangles(vTriangles);
-    RefinementSite site = siteFor(limits, marks);
-    RefinementPass pass(site);
-    if (collect(vTriangles, pass)) work(site, pass, progress);
-    const bool bAgain = pass.hasChanged() || pass.isStale();
+    Round round(*this, limits);
+    if (collect(round.vTriangles, round.pass)) work(round.site, round.pass, progress);
+    const bool bAgain = round.pass.hasChanged() || round.pass.isStale();
     if (bAgain) ++report.numPasses;
     return bAgain;
 }
@@ -181,15 +191,9 @@ TriangleMarks RefinementDriver::markTriangles(const std::vector<Triangle2*>& vTr
 }
 
 void RefinementDriver::countWhatIsLeft(const MeshLimits& limits) {
-    report.aBad = {};
-    report.numBadTriangles = 0;
-    const std::vector<Triangle2*> vTriangles = zoneTriangles();
-    report.numTriangles = vTriangles.size();
-    TriangleMarks marks = markTriangles(vTriangles);
-    RefinementSite site = siteFor(limits, marks);
-    RefinementPass pass(site);
-    for (std::size_t i = 0; i < vTriangles.size() && !pass.isStale(); ++i)
-        pass.count(vTriangles[i]);
+    Round round(*this, limits);
+    for (std::size_t i = 0; i < round.vTriangles.size() && !round.pass.isStale(); ++i)
+        round.pass.count(round.vTriangles[i]);
 }
 
 } // namespace TESK_KIVO2D

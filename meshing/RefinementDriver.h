@@ -36,6 +36,8 @@ public:
     void run();
 
 private:
+    struct Round;
+
     void checkParameters() const;
     void makePasses();
     void endWithoutMemory();

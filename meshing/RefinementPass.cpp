@@ -18,7 +18,7 @@ void RefinementPass::collect(Triangle2* pT) {
     const RefCand3 candidate(pT, site);
     const RuleSet rules = candidate.brokenRules();
     if (rules == 0 || isStale()) return;
-    pmmAng2RC.push(candidate.getShape().sqShortest(), pT);
+    pmmAng2RC.push(candidate.getKey(), pT);
     // A vertex that is too close to a segment makes a bad triangle with it. Where that can't be helped, the
     // segment stays.
     if ((rules & ruleBit(MeshRule::MIN_ANGLE)) != 0 && !candidate.isExemptFromAngle())
@@ -49,7 +49,7 @@ void RefinementPass::treat(Triangle2* pT) {
         candidate.debug(rules, numPictures++);
         if (isStale()) return;
     }
-    if (candidate.isBelowResolution()) {
+    if (candidate.isBelowResolution(rules)) {
         tally(rules, MeshObstacle::ARITHMETIC);
         return;
     }
@@ -66,7 +66,7 @@ void RefinementPass::treat(Triangle2* pT) {
         if (!splitSegment(candidate.getSight().edge)) {
             tally(rules, MeshObstacle::ARITHMETIC);
         } else if (pmmAng2RC.isAlive(queued)) {
-            pmmAng2RC.push(candidate.getShape().sqShortest(), pT);
+            pmmAng2RC.push(candidate.getKey(), pT);
         }
     }
     }
@@ -103,7 +103,7 @@ void RefinementPass::insertInside(RefCand3& candidate) {
     }
     if (splitEncroached(point)) {
         // The triangle may have survived. Then it is looked at again.
-        if (pmmAng2RC.isAlive(queued)) pmmAng2RC.push(candidate.getShape().sqShortest(), queued.pT);
+        if (pmmAng2RC.isAlive(queued)) pmmAng2RC.push(candidate.getKey(), queued.pT);
         return;
     }
     site.innerVertices.reserve();
@@ -152,7 +152,10 @@ void RefinementPass::judgeAll(const std::vector<Triangle2*>& vChanged, bool bOnS
     bChanged = true;
     expectedChangeCount = site.host.changeCount();
     for (Triangle2* const pT : vChanged) {
-        if (!site.marks.isInZone(pT)) continue;
+        if (!site.marks.isInZone(pT)) {
+            if (bOnSegment) collectFromOutside(pT);
+            continue;
+        }
         judge(pT);
         if (isStale()) return; // the client's functions changed the triangulation
         collectEncroached(pT, bOnSegment);
@@ -164,7 +167,7 @@ void RefinementPass::judgeAll(const std::vector<Triangle2*>& vChanged, bool bOnS
 
 void RefinementPass::judge(Triangle2* pT) {
     const RefCand3 candidate(pT, site);
-    if (candidate.brokenRules() != 0) pmmAng2RC.push(candidate.getShape().sqShortest(), pT);
+    if (candidate.brokenRules() != 0) pmmAng2RC.push(candidate.getKey(), pT);
 }
 
 // Only the edge opposite the latest vertex can be news when that lies in the interior, and it has been found
@@ -177,6 +180,14 @@ void RefinementPass::collectEncroached(Triangle2* pT, bool bOnSegment) {
             bOnSegment && site.limits.encroaches(*edge.source(), *edge.target(), *pT->getCorner(i));
         if (bTooClose || mustBeDelaunay(edge)) vSegments.push_back({edge.source(), edge.target(), edge});
     }
+}
+
+// The latest vertex may have changed what lies beyond the border.
+void RefinementPass::collectFromOutside(Triangle2* pT) {
+    const HalfEdge edge{pT, 0};
+    const Triangle2* const pN = edge.opposite();
+    if (pN != nullptr && site.marks.isInZone(pN) && mustBeDelaunay(edge))
+        vSegments.push_back({edge.source(), edge.target(), edge});
 }
 
 // True for a conforming segment that has ceased to be Delaunay.

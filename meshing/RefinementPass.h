@@ -58,6 +58,7 @@ private:
     void judge(Triangle2* pT);
     void collectEncroached(Triangle2* pT, bool bOnSegment);
     bool splitEncroached(const Point2& p);
+    void collectFromOutside(Triangle2* pT);
     bool mustBeDelaunay(HalfEdge edge) const;
     void tally(RuleSet rules, MeshObstacle obstacle);
 

@@ -66,7 +66,7 @@ bool SegmentOrigins::spanSmallAngle(const Point2* p, const Point2* q) const {
     return false;
 }
 
-Point2 splitPointOf(const Point2& p, const Point2& q, const WholeSegment& whole, double minLength) {
+Point2 roundSplitPointOf(const Point2& p, const Point2& q, const WholeSegment& whole, double minLength) {
     const Point2* const pApex = apexFor(p, q, whole);
     if (pApex == nullptr) return between(p, q, 0.5);
     const double toP = distance(p, *pApex), toQ = distance(q, *pApex);

@@ -7,8 +7,8 @@
 
 namespace TESK_KIVO2D {
 
-// A constraint segment as it was before any refinement, and whether another one leaves an end at less than 60
-// degrees from it.
+// A constraint segment as it was before any refinement, and whether another one left an end at less than 60
+// degrees from it when it was first split.
 struct WholeSegment {
     const Point2* a;
     const Point2* b;
@@ -21,6 +21,8 @@ struct WholeSegment {
 
 // Remembers of which segment each vertex is part that a refinement put on one. Kept from one refinement to
 // the next, so that a mesh that is refined again is judged alike.
+//
+// Addresses of vertices are kept for good: who removes vertices must see to them.
 //
 // Segments that meet at a small angle must be split at equal distances from where they meet. Else a vertex of
 // one is too close to a piece of the other, which is split, and its vertex is too close to a piece of the
@@ -50,6 +52,6 @@ private:
 
 // Where to split the piece pq of the segment: between a quarter and three quarters of it, and not so that a
 // part becomes shorter than minLength unless the middle does.
-Point2 splitPointOf(const Point2& p, const Point2& q, const WholeSegment& whole, double minLength);
+Point2 roundSplitPointOf(const Point2& p, const Point2& q, const WholeSegment& whole, double minLength);
 
 } // namespace TESK_KIVO2D

@@ -57,7 +57,7 @@ Point2* SegmentSplitter::split(HalfEdge edge) {
         (pCSeg->getSrc() == p1 && pCSeg->getTrg() == p2) || (pCSeg->getSrc() == p2 && pCSeg->getTrg() == p1),
         "(pCSeg->getSrc()==p1 && pCSeg->getTrg()==p2) || (pCSeg->getSrc()==p2 && pCSeg->getTrg()==p1)");
     const WholeSegment whole = site.origins.wholeOf(p1, p2, site.mgr);
-    Point2 point = splitPointOf(*p1, *p2, whole, site.limits.parameters().minEdgeLength);
+    Point2 point = roundSplitPointOf(*p1, *p2, whole, site.limits.parameters().minEdgeLength);
     if (point == *p1 || point == *p2 || isBelowResolution(*p1, *p2)) {
         reportTooShort(edge);
         return nullptr;
