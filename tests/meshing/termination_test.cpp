@@ -126,6 +126,23 @@ TEST(Refinement, ofAWedgeTakesFewPoints) {
             EXPECT_LT(domain.kivo.getRefinementReport().numTriangles, 800u + 120u * unsigned(num));
         }
     }
+    for (const double scale : {1.0, 1e200, 1e-200, 1e307}) {
+        SCOPED_TRACE(scale);
+        Domain domain(fan({0, 0}, scale / 4, 0.05, 28), square(-scale / 2, -scale / 2, scale));
+        EXPECT_EQ(RefinementEnd::COMPLETE, domain.expectEnds(onlyAngles(domain.pZone, 30)).end);
+        EXPECT_LT(domain.kivo.getRefinementReport().numTriangles, 1500u);
+    }
+}
+
+TEST(Refinement, reachesFromTheSmallestTrianglesToTheLargest) {
+    for (const double e : {1e-20, 1e-78, 1e-100, 1e-200, 1e-307}) {
+        SCOPED_TRACE(e);
+        Domain domain({});
+        domain.kivo.insert({{e, 2 * e}, {2 * e, e}});
+        const RefinementReport report = domain.expectEnds(onlyAngles(domain.pZone, 25));
+        EXPECT_EQ(RefinementEnd::COMPLETE, report.end);
+        EXPECT_LT(3 * std::log2(1 / e), double(report.numTriangles));
+    }
 }
 
 TEST(Refinement, endsForSoupsOfNastySegments) {
@@ -214,6 +231,32 @@ TEST(Refinement, survivesFunctionsThatLieAndThrow) {
         EXPECT_EQ(bThrown, domain.kivo.getRefinementReport().end == RefinementEnd::ABANDONED);
         EXPECT_LE(numInserted(domain.kivo), 700u);
         domain.expectEnds(onlyAngles(domain.pZone, 30));
+    }
+}
+
+TEST(Refinement, survivesFunctionsThatChangeTheTriangulation) {
+    struct Meddler : MeshGenParams { // against the rules
+        Meddler(Zone2* pZone, Kivo_2D& kivo, unsigned int seed)
+            : MeshGenParams(pZone), host(kivo), rng(seed) {}
+        double getMaxTriangleArea(Triangle2*) const override {
+            const int i = ++numCalls < 400 ? doubles::below(rng, 40) : 40;
+            if (i == 0) host.insert(randomPoints(rng, 20, 0, 1));
+            if (i == 1) add(host, {{randomPoints(rng, 1, 0, 1)[0], randomPoints(rng, 1, 0, 1)[0]}}, false);
+            return 0.01;
+        }
+        Kivo_2D& host;
+        mutable Rng rng;
+        mutable int numCalls = 0;
+    };
+    for (unsigned int seed = 1; seed <= 20; ++seed) {
+        SCOPED_TRACE(seed);
+        Domain domain({});
+        Meddler meddler(domain.pZone, domain.kivo, seed);
+        meddler.growFactor = seed % 2 == 0 ? 5 : DBL_MAX;
+        said(domain.kivo, meddler);
+        const CapturedMessages captured;
+        EXPECT_TRUE(domain.kivo.checkValidity(true, "meddled"));
+        EXPECT_EQ(domain.pZone->getNumberOfTriangles(), domain.kivo.getRefinementReport().numTriangles);
     }
 }
 
