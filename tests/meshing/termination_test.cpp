@@ -82,20 +82,19 @@ TEST(Refinement, endsBesideTinyAnglesAndAlmostEqualConstraints) {
     const struct {
         const char* name;
         Segments vInner, vRing;
-        bool bStrip = false; // between two constraints far too close to each other all along
     } aCases[] = {
         {"wedge", {}, ringOf({{0, 0}, {1, 0}, {1, 1e-9}})},
         {"needle", {}, ringOf({{0, 0}, {1, 0}, {1, 5e-324}})},
         {"corner of a nanoradian", fan({0.5, 0.5}, 0.3, 1e-9, 2), square(0, 0, 1)},
         {"fan of milliradians", fan({0.5, 0.5}, 0.3, 1e-3, 60), square(0, 0, 1)},
         {"fan of degrees", fan({0.5, 0.5}, 0.4, 0.05, 126), square(0, 0, 1)},
-        {"neighbours", {{{0.1, 0.5}, {0.9, 0.5}}, {{0.1, up}, {0.9, up}}}, square(0, 0, 1), true},
+        {"neighbours", {{{0.1, 0.5}, {0.9, 0.5}}, {{0.1, up}, {0.9, up}}}, square(0, 0, 1)},
         {"crossing neighbours", {{{0.1, 0.5}, {0.9, up}}, {{0.1, up}, {0.9, 0.5}}}, square(0, 0, 1)},
         {"neighbour of the border", {{{0.25, 5e-324}, {0.75, 5e-324}}}, square(0, 0, 1)},
         {"points of one ulp", {{{0.5, 0.5}, {up, 0.5}}, {{0.5, up}, {up, up}}}, square(0, 0, 1)},
         {"spike", {}, ringOf({{0, 0}, {1, 0}, {1, 1}, {0.5, 1}, {0.5, 1e-7}, {up, 1}, {0, 1}})},
         {"far away", fan({1e9 + 0.5, 0.5}, 0.3, 0.3, 9), square(1e9, 0, 1)},
-        {"one ulp wide", {}, ringOf({{1e9, 0}, {1e9 + 0x1p-22, 0}, {1e9 + 0x1p-22, 1}, {1e9, 1}}), true},
+        {"one ulp wide", {}, ringOf({{1e9, 0}, {1e9 + 0x1p-22, 0}, {1e9 + 0x1p-22, 1}, {1e9, 1}})},
         {"shorter than an ulp", {{{1e3, 0}, {1e3, 1e-20}}}, square(990, -10, 20)},
         {"subnormal", {}, ringOf({{0, 0}, {1e-310, 0}, {1e-310, 1e-310}, {0, 1e-310}})},
         {"largest", {}, ringOf({{-1e308, -1e308}, {1e308, -1e308}, {1e308, 1e308}, {-1e308, 1e308}})}};
@@ -104,9 +103,7 @@ TEST(Refinement, endsBesideTinyAnglesAndAlmostEqualConstraints) {
             SCOPED_TRACE(testing::Message() << test.name << ' ' << cis);
             Domain domain(test.vInner, test.vRing, cis);
             MeshGenParams params = onlyAngles(domain.pZone, 30);
-            params.maxInsertedPoints = test.bStrip ? 1000 : fewPoints;
-            EXPECT_EQ(test.bStrip ? RefinementEnd::POINT_LIMIT : RefinementEnd::COMPLETE,
-                      domain.expectEnds(params).end);
+            EXPECT_EQ(RefinementEnd::COMPLETE, domain.expectEnds(params).end);
             params.bAllowConstraintSplitting = false;
             domain.expectEnds(params);
         }
@@ -128,6 +125,23 @@ TEST(Refinement, ofAWedgeTakesFewPoints) {
             EXPECT_EQ(RefinementEnd::COMPLETE, domain.expectEnds(onlyAngles(domain.pZone, 30)).end);
             EXPECT_LT(domain.kivo.getRefinementReport().numTriangles, 800u + 120u * unsigned(num));
         }
+    }
+    for (const double scale : {1.0, 1e200, 1e-200, 1e307}) {
+        SCOPED_TRACE(scale);
+        Domain domain(fan({0, 0}, scale / 4, 0.05, 28), square(-scale / 2, -scale / 2, scale));
+        EXPECT_EQ(RefinementEnd::COMPLETE, domain.expectEnds(onlyAngles(domain.pZone, 30)).end);
+        EXPECT_LT(domain.kivo.getRefinementReport().numTriangles, 1500u);
+    }
+}
+
+TEST(Refinement, reachesFromTheSmallestTrianglesToTheLargest) {
+    for (const double e : {1e-20, 1e-78, 1e-100, 1e-200, 1e-307}) {
+        SCOPED_TRACE(e);
+        Domain domain({});
+        domain.kivo.insert({{e, 2 * e}, {2 * e, e}});
+        const RefinementReport report = domain.expectEnds(onlyAngles(domain.pZone, 25));
+        EXPECT_EQ(RefinementEnd::COMPLETE, report.end);
+        EXPECT_LT(3 * std::log2(1 / e), double(report.numTriangles));
     }
 }
 
@@ -217,6 +231,32 @@ TEST(Refinement, survivesFunctionsThatLieAndThrow) {
         EXPECT_EQ(bThrown, domain.kivo.getRefinementReport().end == RefinementEnd::ABANDONED);
         EXPECT_LE(numInserted(domain.kivo), 700u);
         domain.expectEnds(onlyAngles(domain.pZone, 30));
+    }
+}
+
+TEST(Refinement, survivesFunctionsThatChangeTheTriangulation) {
+    struct Meddler : MeshGenParams { // against the rules
+        Meddler(Zone2* pZone, Kivo_2D& kivo, unsigned int seed)
+            : MeshGenParams(pZone), host(kivo), rng(seed) {}
+        double getMaxTriangleArea(Triangle2*) const override {
+            const int i = ++numCalls < 400 ? doubles::below(rng, 40) : 40;
+            if (i == 0) host.insert(randomPoints(rng, 20, 0, 1));
+            if (i == 1) add(host, {{randomPoints(rng, 1, 0, 1)[0], randomPoints(rng, 1, 0, 1)[0]}}, false);
+            return 0.01;
+        }
+        Kivo_2D& host;
+        mutable Rng rng;
+        mutable int numCalls = 0;
+    };
+    for (unsigned int seed = 1; seed <= 20; ++seed) {
+        SCOPED_TRACE(seed);
+        Domain domain({});
+        Meddler meddler(domain.pZone, domain.kivo, seed);
+        meddler.growFactor = seed % 2 == 0 ? 5 : DBL_MAX;
+        said(domain.kivo, meddler);
+        const CapturedMessages captured;
+        EXPECT_TRUE(domain.kivo.checkValidity(true, "meddled"));
+        EXPECT_EQ(domain.pZone->getNumberOfTriangles(), domain.kivo.getRefinementReport().numTriangles);
     }
 }
 
