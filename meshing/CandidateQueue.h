@@ -8,7 +8,8 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
+#include <deque>
+#include <utility>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -41,8 +42,8 @@ private:
 
 // A triangle that waits for its turn, with the sum of the corners that it had when it was entered.
 struct QueuedTriangle {
-    Triangle2* pT;
-    std::uint32_t corners;
+    Triangle2* pT = nullptr;
+    std::uint32_t corners = 0;
 };
 
 // An ordered multimap from squared lengths to triangles, smallest key first, equal keys in the order in which
@@ -50,8 +51,7 @@ struct QueuedTriangle {
 // list for each is enough, and entering and taking cost no comparison.
 class CandidateQueue {
 public:
-    explicit CandidateQueue(const MeshStore& store)
-        : sums(store), vFirst(numKeys, none), vLast(numKeys, none), vWords(numKeys / 64) {}
+    explicit CandidateQueue(const MeshStore& store) : sums(store), vLists(numKeys), vWords(numKeys / 64) {}
 
     QueuedTriangle asItIs(Triangle2* pT) const { return {pT, sums.of(*pT)}; }
     bool isAlive(const QueuedTriangle& triangle) const { return sums.of(*triangle.pT) == triangle.corners; }
@@ -61,17 +61,19 @@ public:
 
     // The key is a double that is not negative.
     void push(double key, Triangle2* pT) {
-        const std::uint32_t idx = takeNode();
-        vNodes[idx] = {pT, sums.of(*pT), none};
         const std::size_t k = bucketOf(key);
-        if (vFirst[k] == none) {
-            vFirst[k] = idx;
+        List& list = vLists[k];
+        if (list.pLast == nullptr) {
+            list.pFirst = list.pLast = takeChunk();
+            list.begin = list.end = 0;
             vWords[k / 64] |= std::uint64_t{1} << (k % 64);
-        } else {
-            vNodes[vLast[k]].next = idx;
+            lowestWord = std::min(lowestWord, k / 64);
+        } else if (list.end == chunkSize) {
+            list.pLast->pNext = takeChunk();
+            list.pLast = list.pLast->pNext;
+            list.end = 0;
         }
-        vLast[k] = idx;
-        lowestWord = std::min(lowestWord, k / 64);
+        list.pLast->aEntries[list.end++] = asItIs(pT);
         ++numEntries;
     }
 
@@ -79,31 +81,39 @@ public:
     QueuedTriangle pop() {
         while (vWords[lowestWord] == 0)
             ++lowestWord;
-        const std::size_t k =
-            lowestWord * 64 + static_cast<std::size_t>(std::countr_zero(vWords[lowestWord]));
-        const std::uint32_t idx = vFirst[k];
-        const Node node = vNodes[idx];
-        vFirst[k] = node.next;
-        if (node.next == none) {
-            vWords[lowestWord] &= vWords[lowestWord] - 1;
-        } else {
-            // Most candidates have died when their turn comes, so the next ones come at once.
-            const Node& next = vNodes[node.next];
-            prefetch(next.pT);
-            if (next.next != none) prefetch(vNodes[next.next].pT);
-        }
-        vNodes[idx].next = firstFree;
-        firstFree = idx;
+        const std::uint64_t word = vWords[lowestWord];
+        List& list = vLists[lowestWord * 64 + static_cast<std::size_t>(std::countr_zero(word))];
+        Chunk* const pChunk = list.pFirst;
+        const QueuedTriangle triangle = pChunk->aEntries[list.begin++];
+        // Most candidates have died when their turn comes, so the next ones come at once. (Behind the end of
+        // a list there may be old entries, whose records are as good to fetch as any.)
+        if (list.begin + ahead < chunkSize) prefetch(pChunk->aEntries[list.begin + ahead].pT);
         --numEntries;
-        return {node.pT, node.corners};
+        const bool bLast = pChunk == list.pLast;
+        if (bLast ? list.begin == list.end : list.begin == chunkSize) {
+            list.pFirst = pChunk->pNext;
+            list.begin = 0;
+            giveBack(pChunk);
+            if (bLast) {
+                list.pLast = nullptr;
+                vWords[lowestWord] &= word - 1;
+            }
+        }
+        return triangle;
     }
 
 private:
-    static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
-    struct Node {
-        Triangle2* pT = nullptr;
-        std::uint32_t corners = 0;
-        std::uint32_t next = none;
+    static constexpr std::uint32_t chunkSize = 31, ahead = 3;
+    struct Chunk {
+        QueuedTriangle aEntries[chunkSize] = {};
+        Chunk* pNext = nullptr;
+    };
+    // From entry `begin` of the first chunk to before entry `end` of the last one; null while empty.
+    struct List {
+        Chunk* pFirst = nullptr;
+        Chunk* pLast = nullptr;
+        std::uint32_t begin = 0;
+        std::uint32_t end = 0;
     };
 
     static constexpr int numMantissaBits = 4;
@@ -113,21 +123,22 @@ private:
                numKeys;
     }
 
-    std::uint32_t takeNode() {
-        if (firstFree != none) {
-            const std::uint32_t idx = firstFree;
-            firstFree = vNodes[idx].next;
-            return idx;
-        }
-        vNodes.emplace_back();
-        return static_cast<std::uint32_t>(vNodes.size() - 1);
+    Chunk* takeChunk() {
+        if (pFree == nullptr) return &dChunks.emplace_back();
+        Chunk* const pChunk = std::exchange(pFree, pFree->pNext);
+        pChunk->pNext = nullptr;
+        return pChunk;
+    }
+    void giveBack(Chunk* pChunk) {
+        pChunk->pNext = pFree;
+        pFree = pChunk;
     }
 
     CornerSums sums;
-    std::vector<std::uint32_t> vFirst, vLast; // by key: the ends of its list
-    std::vector<std::uint64_t> vWords;        // a bit for each key that has entries
-    std::vector<Node> vNodes;
-    std::uint32_t firstFree = none;
+    std::vector<List> vLists;          // by key
+    std::vector<std::uint64_t> vWords; // a bit for each key that has entries
+    std::deque<Chunk> dChunks;         // their addresses stay
+    Chunk* pFree = nullptr;
     std::size_t lowestWord = numKeys / 64 - 1; // no word below has a bit
     std::size_t numEntries = 0;
 };

@@ -161,8 +161,9 @@ void RefinementPass::judgeAll(const std::vector<Triangle2*>& vChanged, bool bOnS
         judge(pT);
         if (isStale()) return; // the client's functions changed the triangulation
         collectEncroached(pT, bOnSegment);
+        if (!site.limits.limitsGrowth()) continue;
         Triangle2* const pN = pT->getOppositeTriangle(0);
-        if (site.limits.limitsGrowth() && pN != nullptr && site.marks.isInZone(pN)) judge(pN);
+        if (pN != nullptr && site.marks.isInZone(pN)) judge(pN);
         if (isStale()) return;
     }
 }

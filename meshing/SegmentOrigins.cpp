@@ -47,7 +47,14 @@ WholeSegment SegmentOrigins::wholeOf(const Point2* p, const Point2* q, const Edg
     return {p, q, isAcute(p, q, guard), isAcute(q, p, guard)};
 }
 
+void SegmentOrigins::add(const Point2* pVtx, const WholeSegment& whole) {
+    if (!filter.exists()) filter.build();
+    mOrigins.insert_or_assign(pVtx, whole);
+    filter.set(pVtx);
+}
+
 const WholeSegment* SegmentOrigins::find(const Point2* pVtx) const {
+    if (mOrigins.empty() || filter.excludes(pVtx)) return nullptr;
     const auto it = mOrigins.find(pVtx);
     return it == mOrigins.end() ? nullptr : &it->second;
 }
@@ -55,7 +62,6 @@ const WholeSegment* SegmentOrigins::find(const Point2* pVtx) const {
 bool SegmentOrigins::spanSmallAngle(const Point2* p, const Point2* q) const {
     constexpr double tolerance = 0.001;  // of the distance: split points are rounded
     constexpr double chordOf45 = 0.7654; // between points at distance 1
-    if (mOrigins.empty()) return false;
     const WholeSegment *const pOfP = find(p), *const pOfQ = pOfP != nullptr ? find(q) : nullptr;
     if (pOfQ == nullptr || pOfP->isSame(*pOfQ)) return false;
     for (const Point2* pApex : {pOfP->a, pOfP->b}) {

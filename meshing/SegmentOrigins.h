@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Point2.h"
+#include "constraints/EndpointFilter.h"
 #include "core/EdgeGuard.h"
 
 #include <unordered_map>
@@ -34,7 +35,7 @@ public:
     // The segment that its piece pq was part of.
     WholeSegment wholeOf(const Point2* p, const Point2* q, const EdgeGuard& guard) const;
     // The vertex is about to split a piece of the segment. Throws only with nothing changed.
-    void add(const Point2* pVtx, const WholeSegment& whole) { mOrigins.insert_or_assign(pVtx, whole); }
+    void add(const Point2* pVtx, const WholeSegment& whole);
     // It did not.
     void remove(const Point2* pVtx) { mOrigins.erase(pVtx); }
 
@@ -48,6 +49,7 @@ private:
     const WholeSegment* find(const Point2* pVtx) const;
 
     std::unordered_map<const Point2*, WholeSegment> mOrigins; // nothing walks through it
+    EndpointFilter filter; // of its keys: most questions are about other vertices
 };
 
 // Where to split the piece pq of the segment: between a quarter and three quarters of it, and not so that a
