@@ -26,8 +26,8 @@ public:
 
     Triangle2* getTriangle() const { return pT; }
 
-    // Which rules the triangle breaks. Asks the client's functions.
-    RuleSet brokenRules() const { return site.limits.brokenRules(pT, shape, site.marks); }
+    // The rules that the triangle breaks; none if it is good. Asks the client's functions.
+    RuleSet needRefinement() const { return site.limits.brokenRules(pT, shape, site.marks); }
     // True when no point could enlarge its smallest angle: that lies between two constraints, or its shortest
     // edge between two that meet at a small angle. Meant for triangles that break the angle rule.
     bool isExemptFromAngle() const;
@@ -42,8 +42,7 @@ public:
     void update();
     // After update.
     int getSplitIndex() const { return splitIndex; }
-    // The triangle that the split index refers to: where the view of the point ends.
-    Triangle2* getStartTriangle() const { return sight.edge.pT; }
+    // Where the view of the point ends; the split index refers to its triangle.
     const Sight& getSight() const { return sight; }
     const Point2& getPoint() const { return point; }
     // Why the split index is `leave`.

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <new>
 #include <string>
-#include <utility>
 
 namespace TESK_KIVO2D {
 namespace {

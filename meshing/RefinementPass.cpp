@@ -16,7 +16,7 @@ bool findAgain(HalfEdge& edge, const Point2* a, const Point2* b) {
 
 void RefinementPass::collect(Triangle2* pT) {
     const RefCand3 candidate(pT, site);
-    const RuleSet rules = candidate.brokenRules();
+    const RuleSet rules = candidate.needRefinement();
     if (rules == 0 || isStale()) return;
     pmmAng2RC.push(candidate.getKey(), pT);
     // A vertex that is too close to a segment makes a bad triangle with it. Where that can't be helped, the
@@ -41,7 +41,7 @@ void RefinementPass::step() {
 
 void RefinementPass::treat(Triangle2* pT) {
     RefCand3 candidate(pT, site);
-    RuleSet rules = candidate.brokenRules();
+    RuleSet rules = candidate.needRefinement();
     if (rules == 0 || isStale()) return;
     rules = countExemption(candidate, rules);
     if (rules == 0) return;
@@ -76,7 +76,7 @@ void RefinementPass::treat(Triangle2* pT) {
 
 void RefinementPass::count(Triangle2* pT) {
     const RefCand3 candidate(pT, site);
-    const RuleSet rules = candidate.brokenRules();
+    const RuleSet rules = candidate.needRefinement();
     if (rules != 0 && !isStale()) tally(countExemption(candidate, rules), MeshObstacle::NOT_REACHED);
 }
 
@@ -170,7 +170,7 @@ void RefinementPass::judgeAll(const std::vector<Triangle2*>& vChanged, bool bOnS
 
 void RefinementPass::judge(Triangle2* pT) {
     const RefCand3 candidate(pT, site);
-    if (candidate.brokenRules() != 0) pmmAng2RC.push(candidate.getKey(), pT);
+    if (candidate.needRefinement() != 0) pmmAng2RC.push(candidate.getKey(), pT);
 }
 
 // Only the edge opposite the latest vertex can be news when that lies in the interior, and it has been found
