@@ -53,6 +53,9 @@ class CandidateQueue {
 public:
     explicit CandidateQueue(const MeshStore& store) : sums(store), vLists(numKeys), vWords(numKeys / 64) {}
 
+    CandidateQueue(const CandidateQueue&) = delete;
+    CandidateQueue& operator=(const CandidateQueue&) = delete;
+
     QueuedTriangle asItIs(Triangle2* pT) const { return {pT, sums.of(*pT)}; }
     bool isAlive(const QueuedTriangle& triangle) const { return sums.of(*triangle.pT) == triangle.corners; }
 

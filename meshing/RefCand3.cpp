@@ -16,10 +16,8 @@ bool RefCand3::isExemptFromAngle() const {
     return site.origins.spanSmallAngle(shortest.source(), shortest.target());
 }
 
-bool RefCand3::isBelowResolution(RuleSet rules) const {
-    const bool bAngleOnly = rules == ruleBit(MeshRule::MIN_ANGLE);
-    const HalfEdge edge{pT, bAngleOnly ? shape.getMinIndex() : shape.getMaxIndex()};
-    return TESK_KIVO2D::isBelowResolution(*edge.source(), *edge.target());
+bool RefCand3::isOfRounding() const {
+    return splitIndex == insertInside ? shape.hasTinyEdge(*pT) : shape.isFlat(*pT);
 }
 
 double RefCand3::getKey() const {

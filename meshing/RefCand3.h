@@ -32,9 +32,6 @@ public:
     // edge between two that meet at a small angle. Meant for triangles that break the angle rule.
     bool isExemptFromAngle() const;
 
-    // True when there is no room to mend it: its shortest edge, or its longest one if it breaks other rules
-    // than that of the angle, is a few units in the last place long.
-    bool isBelowResolution(RuleSet rules) const;
     // What the queue orders by: the square of the shortest edge, in the zone's unit.
     double getKey() const;
 
@@ -45,6 +42,10 @@ public:
     // Where the view of the point ends; the split index refers to its triangle.
     const Sight& getSight() const { return sight; }
     const Point2& getPoint() const { return point; }
+    // True when rounding alone may have made its angles what they are, and what is to be done would only make
+    // more of its kind: a split of the segment beside which it is hardly higher than rounding can make it, or
+    // a point at an edge that is hardly longer.
+    bool isOfRounding() const;
     // Why the split index is `leave`.
     MeshObstacle getObstacle() const { return obstacle; }
 

@@ -50,9 +50,7 @@ void RefinementPass::treat(Triangle2* pT) {
         if (isStale()) return;
     }
     candidate.update();
-    if (candidate.getSplitIndex() != RefCand3::leave && candidate.isBelowResolution(rules)) {
-        if (candidate.getSplitIndex() != RefCand3::insertInside)
-            splitter.reportTooShort(candidate.getSight().edge);
+    if (rules == ruleBit(MeshRule::MIN_ANGLE) && candidate.isOfRounding()) {
         tally(rules, MeshObstacle::ARITHMETIC);
         return;
     }
@@ -175,12 +173,15 @@ void RefinementPass::judge(Triangle2* pT) {
 
 // Only the edge opposite the latest vertex can be news when that lies in the interior, and it has been found
 // to be far enough from it.
+//
+// Where rounding has put a vertex beside a segment, splitting that would only put more there.
 void RefinementPass::collectEncroached(Triangle2* pT, bool bOnSegment) {
     for (int i = 0; i < (bOnSegment ? 3 : 1); ++i) {
         const HalfEdge edge{pT, i};
         if (!site.marks.isClosed(edge)) continue;
-        const bool bTooClose =
-            bOnSegment && site.limits.encroaches(*edge.source(), *edge.target(), *pT->getCorner(i));
+        const bool bTooClose = bOnSegment &&
+                               site.limits.encroaches(*edge.source(), *edge.target(), *pT->getCorner(i)) &&
+                               !TriangleShape(*pT, site.limits.scale()).isFlat(*pT);
         if (bTooClose || mustBeDelaunay(edge)) vSegments.push_back({edge.source(), edge.target(), edge});
     }
 }

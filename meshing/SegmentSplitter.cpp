@@ -4,6 +4,7 @@
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
 #include "kernel/tools.h"
+#include "meshing/TriangleShape.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,15 +30,12 @@ Point2 stepLeft(const Point2& p, const Point2& a, const Point2& b) {
                                          : Point2(p.x(), p.y() + (dx > 0 ? unit : -unit));
 }
 
-} // namespace
-
-// On so fine a scale rounding makes as many bad triangles as are mended, without end.
 bool isBelowResolution(const Point2& a, const Point2& b) {
-    constexpr double minUnits = 4;
-    const double size = std::max(a.getMaxAbs(), b.getMaxAbs());
-    const double unit = size - std::nextafter(size, 0.0);
-    return std::max(std::fabs(a.x() - b.x()), std::fabs(a.y() - b.y())) < minUnits * unit;
+    return std::max(std::fabs(a.x() - b.x()), std::fabs(a.y() - b.y())) <
+           resolutionAt(std::max(a.getMaxAbs(), b.getMaxAbs()));
 }
+
+} // namespace
 
 std::optional<MeshObstacle> SegmentSplitter::obstacleAt(HalfEdge edge, const RefinementSite& site) {
     const Point2 &a = *edge.source(), &b = *edge.target();

@@ -13,9 +13,6 @@
 
 namespace TESK_KIVO2D {
 
-// True when the edge ab is only a few units in the last place of its coordinates long.
-bool isBelowResolution(const Point2& a, const Point2& b);
-
 // Splits constraint segments at Steiner points. The point is inserted like any other, across the segment's
 // edge if need be; rounding mostly puts it a little beside. Its edges to the ends of the segment, which are
 // corners of the triangle that it lies in, become the pieces. So only what its triangles replace changes, and
@@ -31,8 +28,6 @@ public:
     // Splits the segment on the edge, which the limits allow. Returns the new vertex, whose triangles are
     // known to the marks, or null where doubles leave no room, which is reported once.
     Point2* split(HalfEdge edge);
-    // Says, once, that the segment on the edge can't be split because of doubles.
-    void reportTooShort(HalfEdge edge);
     // The triangles that the latest split made or changed; some maybe twice.
     const std::vector<Triangle2*>& changedTriangles() const { return vChanged; }
 
@@ -48,6 +43,7 @@ private:
     void growCavity(const Spot& spot, const Point2& p);
     void link(const Spot& spot, Point2* pVtx, ConstraintSegment2* pCSeg);
     void legalizeSpokes();
+    void reportTooShort(HalfEdge edge);
     void reportNoPoint();
 
     RefinementSite& site;

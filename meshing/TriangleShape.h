@@ -7,6 +7,13 @@
 
 namespace TESK_KIVO2D {
 
+// Distances of a few units in the last place of the larger coordinate are what rounding makes of nothing: on
+// so fine a scale as many bad triangles come into being as are mended, without end.
+inline double resolutionAt(double largerCoordinate) {
+    constexpr double numUnits = 4;
+    return numUnits * (largerCoordinate - std::nextafter(largerCoordinate, 0.0));
+}
+
 // Measures of a triangle, in units of a power of two that makes the coordinates of its zone less than 1: so
 // powers of lengths do not overflow, and a zone of any size is meshed alike. A triangle that is so much
 // smaller than its zone that powers would underflow has units of its own.
@@ -42,7 +49,18 @@ struct TriangleShape {
         return dot < 0 && dot * dot > sqCos * (shortest * middle);
     }
 
+    // True when it is hardly higher than rounding can make it, where the height stands.
+    bool isFlat(const Triangle2& t) const {
+        return 2 * area <= resolutionAt(*t.getCorner(getMaxIndex())) * std::sqrt(sqLongest());
+    }
+    // True when its shortest edge is hardly longer.
+    bool hasTinyEdge(const Triangle2& t) const {
+        const double resolution = resolutionAt(*t.getCorner(Triangle2::incIndexBy1(getMinIndex())));
+        return sqShortest() < resolution * resolution;
+    }
+
 private:
+    double resolutionAt(const Point2& p) const { return scale * TESK_KIVO2D::resolutionAt(p.getMaxAbs()); }
     void measure(const Triangle2& t) {
         const Point2 &p0 = *t.getCorner(0), &p1 = *t.getCorner(1), &p2 = *t.getCorner(2);
         const double x = p0.x() * scale, y = p0.y() * scale;
