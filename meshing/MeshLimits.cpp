@@ -77,7 +77,7 @@ void MeshLimits::setAngle() {
     bCaps = isPositive(params.capAspectLimit) && params.capAspectLimit < widest;
 }
 
-bool MeshLimits::encroaches(const Point2& a, const Point2& b, const Point2& q) const {
+bool MeshLimits::isSeenWider(const Point2& a, const Point2& b, const Point2& q, double sqCos) const {
     double ax = (a.x() - q.x()) * unitScale, ay = (a.y() - q.y()) * unitScale;
     double bx = (b.x() - q.x()) * unitScale, by = (b.y() - q.y()) * unitScale;
     const double extent = std::max({std::fabs(ax), std::fabs(ay), std::fabs(bx), std::fabs(by)});
@@ -87,7 +87,7 @@ bool MeshLimits::encroaches(const Point2& a, const Point2& b, const Point2& q) c
         ax *= factor, ay *= factor, bx *= factor, by *= factor;
     }
     const double dot = ax * bx + ay * by;
-    return dot < 0 && dot * dot >= sqCosLens * ((ax * ax + ay * ay) * (bx * bx + by * by));
+    return dot < 0 && dot * dot >= sqCos * ((ax * ax + ay * ay) * (bx * bx + by * by));
 }
 
 bool MeshLimits::isBadCap(const TriangleShape& shape) const {
@@ -97,10 +97,12 @@ bool MeshLimits::isBadCap(const TriangleShape& shape) const {
 }
 
 bool MeshLimits::needRefinementDueToGrowth(const Triangle2& t, const TriangleShape& shape,
-                                           const TriangleMarks& marks) const {
+                                           const TriangleMarks& marks, bool bIgnoreCorners) const {
+    const bool bInCorner = marks.numberOfClosed(&t) >= 2;
     for (int i = 0; i < 3; ++i) {
         const Triangle2* const pN = t.getOppositeTriangle(i);
         if (pN == nullptr || !marks.isInZone(pN)) continue;
+        if (bIgnoreCorners && marks.isClosed(&t, i) && (bInCorner || marks.numberOfClosed(pN) >= 2)) continue;
         const TriangleShape neighbour(*pN, unitScale);
         const double inZoneUnit = unitScale / neighbour.scale, inUnitOfT = shape.scale / neighbour.scale;
         const double area = neighbour.area * inZoneUnit * inZoneUnit;

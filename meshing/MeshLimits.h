@@ -32,7 +32,8 @@ public:
         if (shape.hasSmallerAngle(sqCosMinAngle) || (bCaps && isBadCap(shape)))
             rules |= ruleBit(MeshRule::MIN_ANGLE);
         // Before the client's functions, after which the marks may be out of date.
-        if (bGrowth && needRefinementDueToGrowth(*pT, shape, marks)) rules |= ruleBit(MeshRule::GROWTH);
+        if (bGrowth && needRefinementDueToGrowth(*pT, shape, marks, false))
+            rules |= ruleBit(MeshRule::GROWTH);
         const double maxLength = params.getMaxEdgeLength(pT), maxArea = params.getMaxTriangleArea(pT);
         if (isLimit(maxLength) && shape.sqLongest() > squareOfLength(maxLength, shape.scale))
             rules |= ruleBit(MeshRule::EDGE_LENGTH);
@@ -50,7 +51,21 @@ public:
     // seen under an angle a little larger than the smallest one allowed.
     double offCentreHeight() const { return heightOfOffCentre; }
     // True when the segment ab is seen from q under so large an angle that a triangle on it would be bad.
-    bool encroaches(const Point2& a, const Point2& b, const Point2& q) const;
+    bool encroaches(const Point2& a, const Point2& b, const Point2& q) const {
+        return isSeenWider(a, b, q, sqCosLens);
+    }
+    // True when q lies on the segment ab but for a degree, so to speak: it sees it under more than 179.
+    bool isAlmostOn(const Point2& a, const Point2& b, const Point2& q) const {
+        constexpr double sqCosOf179 = 0.9996954135095479;
+        return isSeenWider(a, b, q, sqCosOf179);
+    }
+
+    // True when the triangle breaks the rule of growth only against neighbours across a constraint, where one
+    // of the two lies in a corner between constraints. There, the ratio of their areas depends on angles that
+    // refinement does not change.
+    bool growsInCornerOnly(const Triangle2& t, const TriangleShape& shape, const TriangleMarks& marks) const {
+        return !needRefinementDueToGrowth(t, shape, marks, true);
+    }
 
 private:
     static bool isLimit(double value) { return value > 0 && value < DBL_MAX; }
@@ -63,8 +78,9 @@ private:
     }
     void setAngle();
     bool isBadCap(const TriangleShape& shape) const;
-    bool needRefinementDueToGrowth(const Triangle2& t, const TriangleShape& shape,
-                                   const TriangleMarks& marks) const;
+    bool needRefinementDueToGrowth(const Triangle2& t, const TriangleShape& shape, const TriangleMarks& marks,
+                                   bool bIgnoreCorners) const;
+    bool isSeenWider(const Point2& a, const Point2& b, const Point2& q, double sqCos) const;
 
     const MeshGenParams& params;
     double unitScale = 1;

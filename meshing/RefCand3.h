@@ -32,6 +32,8 @@ public:
     // edge between two that meet at a small angle. Meant for triangles that break the angle rule.
     bool isExemptFromAngle() const;
 
+    // True when it breaks the rule of growth only because of corners between constraints.
+    bool isExemptFromGrowth() const { return site.limits.growsInCornerOnly(*pT, shape, site.marks); }
     // What the queue orders by: the square of the shortest edge, in the zone's unit.
     double getKey() const;
 

@@ -59,7 +59,7 @@ void RefinementPass::treat(Triangle2* pT) {
         tally(rules, candidate.getObstacle());
         return;
     case RefCand3::insertInside:
-        insertInside(candidate);
+        insertInside(candidate, rules);
         return;
     default: {
         const QueuedTriangle queued = pmmAng2RC.asItIs(pT);
@@ -81,14 +81,16 @@ void RefinementPass::count(Triangle2* pT) {
 // Counts a bad triangle. (In a pass that mends something, counts mean nothing.) Returns the rules that remain
 // for it.
 RuleSet RefinementPass::countExemption(const RefCand3& candidate, RuleSet rules) {
-    constexpr RuleSet angle = ruleBit(MeshRule::MIN_ANGLE);
+    constexpr RuleSet angle = ruleBit(MeshRule::MIN_ANGLE), growth = ruleBit(MeshRule::GROWTH);
     ++site.report.numBadTriangles;
-    if ((rules & angle) == 0 || !candidate.isExemptFromAngle()) return rules;
-    tally(angle, MeshObstacle::SMALL_INPUT_ANGLE);
-    return rules & ~angle;
+    RuleSet exempt = 0;
+    if ((rules & angle) != 0 && candidate.isExemptFromAngle()) exempt |= angle;
+    if ((rules & growth) != 0 && candidate.isExemptFromGrowth()) exempt |= growth;
+    tally(exempt, MeshObstacle::SMALL_INPUT_ANGLE);
+    return rules & ~exempt;
 }
 
-void RefinementPass::insertInside(RefCand3& candidate) {
+void RefinementPass::insertInside(RefCand3& candidate, RuleSet rules) {
     const auto isClosed = [this](HalfEdge edge) { return site.marks.isClosed(edge); };
     const Point2& point = candidate.getPoint();
     const QueuedTriangle queued = pmmAng2RC.asItIs(candidate.getTriangle());
@@ -104,6 +106,10 @@ void RefinementPass::insertInside(RefCand3& candidate) {
     if (splitEncroached(point)) {
         // The triangle may have survived. Then it is looked at again.
         if (pmmAng2RC.isAlive(queued)) pmmAng2RC.push(candidate.getKey(), queued.pT);
+        return;
+    }
+    if (const std::optional<MeshObstacle> obstacle = findBorderAt(point)) {
+        tally(rules, *obstacle);
         return;
     }
     site.innerVertices.reserve();
@@ -134,6 +140,16 @@ bool RefinementPass::splitEncroached(const Point2& p) {
         bSplit = splitWaiting(segment) || bSplit;
     }
     return bSplit;
+}
+
+// A point that rounding has put a little beside a segment that can't be split counts as on it. Returns why it
+// can't.
+std::optional<MeshObstacle> RefinementPass::findBorderAt(const Point2& p) const {
+    for (const WaitingSegment& segment : vHit) {
+        if (site.limits.isAlmostOn(*segment.a, *segment.b, p))
+            return SegmentSplitter::obstacleAt(segment.edge, site).value_or(MeshObstacle::ARITHMETIC);
+    }
+    return std::nullopt;
 }
 
 bool RefinementPass::splitWaiting(const WaitingSegment& segment) {

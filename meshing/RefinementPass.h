@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -50,7 +51,7 @@ private:
 
     void treat(Triangle2* pT);
     RuleSet countExemption(const RefCand3& candidate, RuleSet rules);
-    void insertInside(RefCand3& candidate);
+    void insertInside(RefCand3& candidate, RuleSet rules);
     bool splitSegment(HalfEdge edge);
     bool splitWaiting(const WaitingSegment& segment);
     // Enters what the latest vertex made bad, and the segments that it is too close to.
@@ -58,6 +59,7 @@ private:
     void judge(Triangle2* pT);
     void collectEncroached(Triangle2* pT, bool bOnSegment);
     bool splitEncroached(const Point2& p);
+    std::optional<MeshObstacle> findBorderAt(const Point2& p) const;
     void collectFromOutside(Triangle2* pT);
     bool mustBeDelaunay(HalfEdge edge) const;
     void tally(RuleSet rules, MeshObstacle obstacle);

@@ -5,6 +5,7 @@
 #include "core/MeshStore.h"
 #include "core/RecordNumbers.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -36,7 +37,9 @@ public:
     }
 
     bool isInZone(const Triangle2* pT) const { return (of(pT) & inZone) != 0; }
-    bool isClosed(HalfEdge edge) const { return (of(edge.pT) >> edge.ith & 1) != 0; }
+    bool isClosed(HalfEdge edge) const { return isClosed(edge.pT, edge.ith); }
+    bool isClosed(const Triangle2* pT, int ith) const { return (of(pT) >> ith & 1) != 0; }
+    int numberOfClosed(const Triangle2* pT) const { return std::popcount(of(pT) % inZone); }
     // On both sides.
     void close(HalfEdge edge) {
         set(edge.pT, of(edge.pT) | 1U << edge.ith);

@@ -51,7 +51,7 @@ struct TriangleShape {
 
     // True when it is hardly higher than rounding can make it, where the height stands.
     bool isFlat(const Triangle2& t) const {
-        return 2 * area <= resolutionAt(*t.getCorner(getMaxIndex())) * std::sqrt(sqLongest());
+        return 2 * area < resolutionAt(*t.getCorner(getMaxIndex())) * std::sqrt(sqLongest());
     }
     // True when its shortest edge is hardly longer.
     bool hasTinyEdge(const Triangle2& t) const {
