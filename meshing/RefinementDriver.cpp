@@ -25,6 +25,10 @@ double largestCoordinate(const std::vector<Triangle2*>& vTriangles) {
     return largest;
 }
 
+bool hasProperLocation(const Zone2& zone) {
+    return zone.getZoneLocation() == ZL_INSIDE || zone.getZoneLocation() == ZL_BOUNDED;
+}
+
 void check(bool bCondition, const char* location, const char* message, const char* conditionText) {
     if (!bCondition) reportError(location, message);
     KIVO_ASSERT(bCondition, conditionText);
@@ -50,8 +54,7 @@ void RefinementDriver::run() {
 }
 
 void RefinementDriver::checkParameters() const {
-    const ZoneLocation zoneLoc = params.pZone->getZoneLocation();
-    check(zoneLoc == ZL_INSIDE || zoneLoc == ZL_BOUNDED, "Dt2::refineMain2()",
+    check(hasProperLocation(*params.pZone), "Dt2::refineMain2()",
           "The zoneLocation must be ZL_INSIDE or ZL_BOUNDED. Please convert the zone using "
           "pZone->convertToBoundedZone(..)",
           "zoneLoc==ZL_INSIDE || zoneLoc==ZL_BOUNDED");
@@ -163,10 +166,10 @@ void RefinementDriver::tell(ProgressHub::Operation& progress, std::size_t numDon
 
 std::vector<Triangle2*> RefinementDriver::zoneTriangles() {
     std::vector<Triangle2*> vTriangles;
-    if (host.isOwn(params.pZone, "Kivo_2D::refineAdvanced()")) {
+    if (host.isOwn(params.pZone, "Kivo_2D::refineAdvanced()") && hasProperLocation(*params.pZone)) {
         params.pZone->getTriangles(vTriangles);
     } else {
-        report.end = RefinementEnd::ABANDONED; // deleted meanwhile
+        report.end = RefinementEnd::ABANDONED; // deleted meanwhile, and maybe another one is in its place
     }
     return vTriangles;
 }

@@ -28,8 +28,8 @@ void RefinementPass::collect(Triangle2* pT) {
 void RefinementPass::step() {
     if (idxSegment < vSegments.size()) {
         const WaitingSegment segment = vSegments[idxSegment++];
-        if (idxSegment == vSegments.size()) {
-            vSegments.clear();
+        if (2 * idxSegment >= vSegments.size()) {
+            vSegments.erase(vSegments.begin(), vSegments.begin() + static_cast<std::ptrdiff_t>(idxSegment));
             idxSegment = 0;
         }
         splitWaiting(segment);
@@ -188,10 +188,12 @@ void RefinementPass::collectEncroached(Triangle2* pT, bool bOnSegment) {
 
 // The latest vertex may have changed what lies beyond the border.
 void RefinementPass::collectFromOutside(Triangle2* pT) {
-    const HalfEdge edge{pT, 0};
-    const Triangle2* const pN = edge.opposite();
-    if (pN != nullptr && site.marks.isInZone(pN) && mustBeDelaunay(edge))
-        vSegments.push_back({edge.source(), edge.target(), edge});
+    for (int i = 0; i < 3; ++i) {
+        const HalfEdge edge{pT, i};
+        const Triangle2* const pN = edge.opposite();
+        if (pN != nullptr && site.marks.isInZone(pN) && mustBeDelaunay(edge))
+            vSegments.push_back({edge.source(), edge.target(), edge});
+    }
 }
 
 // True for a conforming segment that has ceased to be Delaunay.
