@@ -201,12 +201,18 @@ TEST_F(Refining, saysAndDrawsWhyATriangleIsBad) {
 }
 
 TEST(RefiningAtTheEndOfDoubles, saysThatASegmentIsTooShortToBeSplit) {
-    constexpr double unit = 0x1p-52;
+    struct Demanding : MeshGenParams { // of one triangle of an ulp
+        using MeshGenParams::MeshGenParams;
+        double getMaxEdgeLength(Triangle2* pT) const override {
+            return pT->getArea2D() < 1e-30 ? 1e-17 : DBL_MAX;
+        }
+    };
+    const double x = std::nextafter(1.0, 2);
     Kivo_2D kivo;
-    kivo.insert(Point2(1 + unit, 1 + unit)); // beside the middle of the segment
-    const oracle::Graphs vGraphs = {add(kivo, square(0, 0, 2)),
-                                    add(kivo, {{{1, 1}, {1 + 3 * unit, 1 + 2 * unit}}})};
-    MeshGenParams params = onlyAngles(kivo.createZone(vGraphs[0], ZL_INSIDE), 30);
+    const oracle::Graphs vGraphs = {add(kivo, square(0, 0, 2)), add(kivo, ringOf({{1, 1}, {x, 1}, {x, x}}))};
+    Demanding params(kivo.createZone(vGraphs[0], ZL_INSIDE));
+    params.minAngleDegree = 1;
+    params.minEdgeLength = 0;
     const MeshWitness witness(kivo, params.pZone, vGraphs);
     const std::string text = said(kivo, params);
     const std::string warning = prefix +
@@ -216,7 +222,7 @@ TEST(RefiningAtTheEndOfDoubles, saysThatASegmentIsTooShortToBeSplit) {
     for (const char* line : {"EdgeLen2D(0): ", "EdgeLen2D(1): ", "EdgeLen2D(2): "})
         EXPECT_EQ(numberOf(warning, text), numberOf(line, text)) << text;
     EXPECT_EQ("", witness.findLoss());
-    EXPECT_LT(0u, kivo.getRefinementReport().numBad(MeshRule::MIN_ANGLE, MeshObstacle::ARITHMETIC));
+    EXPECT_LT(0u, kivo.getRefinementReport().numBad(MeshRule::EDGE_LENGTH, MeshObstacle::ARITHMETIC));
     EXPECT_EQ(RefinementEnd::COMPLETE, kivo.getRefinementReport().end);
 }
 
