@@ -298,6 +298,38 @@ TEST(Mesh, splitsNoConstraintThatItMustNotSplit) {
     }
 }
 
+TEST(Mesh, hasNoPointHardlyBesideASegmentThatMustStay) {
+    for (const double offset : {0.0, 4e6}) { // the centre rounds to this or that side of the longest edge
+        SCOPED_TRACE(offset);
+        Kivo_2D kivo;
+        const Segments v = ringOf({{offset, offset}, {offset + 0.1, offset}, {offset, offset + 1.5}});
+        ConstraintGraph2* const pGraph = add(kivo, v);
+        MeshGenParams params = onlyAngles(kivo.createZone(pGraph, ZL_INSIDE), 1);
+        params.maxTriangleArea = 0.0075;
+        params.bAllowConstraintSplitting = false;
+        expectMeshed(kivo, params, {pGraph});
+        for (const Triangle2* pT : trianglesOf(params.pZone))
+            EXPECT_LT(1, oracle::measuresOf(pT).minAngle);
+    }
+}
+
+TEST(Mesh, hasNoClotsWhereGrowthIsLimitedAtCorners) {
+    for (const double factor : {10.0, 5.0, 3.0, 2.5}) {
+        SCOPED_TRACE(factor);
+        Kivo_2D kivo;
+        Segments vSpokes;
+        for (const double degrees : {0, 50, 58})
+            vSpokes.emplace_back(Point2(0.5, 0.5), Point2(0.5 + 0.3 * std::cos(degrees * pi / 180),
+                                                          0.5 + 0.3 * std::sin(degrees * pi / 180)));
+        const oracle::Graphs vGraphs = {add(kivo, square(0, 0, 1)), add(kivo, vSpokes, false)};
+        MeshGenParams params = onlyAngles(kivo.createZone(vGraphs[0], ZL_INSIDE), 20);
+        params.growFactor = factor;
+        params.growFactorMinArea = 0;
+        EXPECT_EQ("", expectMeshed(kivo, params, vGraphs));
+        EXPECT_LT(1e-4, shortestEdge(trianglesOf(params.pZone)));
+    }
+}
+
 TEST(Mesh, ofAMillionTrianglesFromFewEdgesIsFinished) {
     Kivo_2D kivo;
     Points vCorners;
