@@ -101,11 +101,17 @@ bool SegmentInserter::takeSteinerPoint() {
     return true;
 }
 
+// A far corner that rounding has put beside the segment makes it no less Delaunay: splits would only make
+// more such corners, without end.
 bool SegmentInserter::isLocallyDelaunay(const ConstraintSegment2* pCSeg) const {
-    const HalfEdge edge = findEdge(pCSeg->getSrc(), pCSeg->getTrg());
+    const Point2 &src = *pCSeg->getSrc(), &trg = *pCSeg->getTrg();
+    const HalfEdge edge = findEdge(&src, &trg);
     Triangle2* const pN = edge.opposite();
     if (pN == nullptr) return true;
-    return tests.inCircle(*edge.pT, *pN->getCorner(pN->getIntraTriangleIndex(edge.pT))) != CINC2_INCIRCLE;
+    const Point2& onT = *edge.pT->getCorner(edge.ith);
+    const Point2& onN = *pN->getCorner(pN->getIntraTriangleIndex(edge.pT));
+    return tests.inCircle(*edge.pT, onN) != CINC2_INCIRCLE || isWithinUnitOfLine(onT, src, trg) ||
+           isWithinUnitOfLine(onN, src, trg);
 }
 
 // False when doubles leave no room for it.
