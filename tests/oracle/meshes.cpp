@@ -88,6 +88,9 @@ Excess breaksAngle(const Measures& m, const MeshGenParams& params) {
     return angle || Excess(m.longest * m.longest, 2 * m.area * params.capAspectLimit);
 }
 
+// Of what the library computes.
+long double areaError(const Measures& m) { return 1e-9L * m.area + 4 * DBL_EPSILON * m.longest * m.longest; }
+
 Excess breaksGrowth(const Triangle2* pT, const Measures& m, const MeshGenParams& params,
                     const Triangles& vZone) {
     Excess result;
@@ -96,10 +99,13 @@ Excess breaksGrowth(const Triangle2* pT, const Measures& m, const MeshGenParams&
         Triangle2* const pOther = pT->getOppositeTriangle(i);
         if (pOther == nullptr || !std::binary_search(vZone.begin(), vZone.end(), pOther, std::less<>()))
             continue;
-        const long double other = measuresOf(pOther).area;
-        Excess excess(m.area, other * params.growFactor);
-        if (other < params.growFactorMinArea * (1 - 1e-9L)) excess = {};
-        if (other < params.growFactorMinArea * (1 + 1e-9L)) excess.bSure = false;
+        const Measures other = measuresOf(pOther);
+        const long double error = areaError(m), otherError = areaError(other);
+        Excess excess;
+        excess.bSure = m.area - error > (other.area + otherError) * params.growFactor &&
+                       other.area - otherError >= params.growFactorMinArea;
+        excess.bMaybe = m.area + error > (other.area - otherError) * params.growFactor &&
+                        other.area + otherError >= params.growFactorMinArea;
         result = result || excess;
     }
     return result;
@@ -223,6 +229,13 @@ bool MeshWitness::isAtSmallCorner(const Triangle2* pT, const Lines& mOn) const {
     });
 }
 
+bool MeshWitness::isBesideSmallCorner(const Triangle2* pT, const Lines& mOn) const {
+    for (int i = 0; i < 3; ++i)
+        if (const Triangle2* const pOther = pT->getOppositeTriangle(i))
+            if (isAtSmallCorner(pOther, mOn)) return true;
+    return false;
+}
+
 std::size_t MeshWitness::numUntouched() const {
     const Triangles vAll = allTriangles(kivo), vInside = trianglesOf(pZone);
     return static_cast<std::size_t>(std::count_if(vAll.begin(), vAll.end(), [&](const Triangle2* pT) {
@@ -306,7 +319,7 @@ void MeshWitness::checkRules(const MeshGenParams& params) const {
         bad.add(aExcess[0] || aExcess[1] || aExcess[2] || aExcess[3]);
         const bool bSmall = isLimit(params.minAngleDegree) && m.minAngle < params.minAngleDegree - 1e-4L;
         if (!bSmall && !aExcess[1].bSure && !aExcess[2].bSure && !aExcess[3].bSure) continue;
-        if (isAtSmallCorner(pT, mOn)) continue;
+        if (isAtSmallCorner(pT, mOn) || (aExcess[3].bSure && isBesideSmallCorner(pT, mOn))) continue;
         ++numUnexplained;
         smallest = std::min(smallest, m.minAngle);
     }

@@ -39,8 +39,8 @@ public:
     //   - the report knows the number of triangles, and how many of them break which rule;
     //   - it names only obstacles that there are: small angles, the edge limit, segments not to be split;
     //   - where edges may be split every rule holds, the angles to 1e-4 degrees, but for triangles that touch
-    //     both sides of a small corner. Beside parts of a domain that are as thin as doubles are dense, some
-    //     are left for arithmetic's sake.
+    //     both sides of a small corner, whose neighbours may grow too fast. Beside parts of a domain that are
+    //     as thin as doubles are dense, some are left for arithmetic's sake.
     std::string findFault(const TESK_KIVO2D::MeshGenParams& params) const;
 
     // Whether two constraints enclose less than 60 degrees of the zone.
@@ -54,6 +54,7 @@ private:
 
     void findSmallCorners(const Triangles& vTriangles);
     bool isAtSmallCorner(const TESK_KIVO2D::Triangle2* pT, const Lines& mOn) const;
+    bool isBesideSmallCorner(const TESK_KIVO2D::Triangle2* pT, const Lines& mOn) const;
     Lines linesThroughVertices() const;
     void checkOutside() const;
     void checkCounts() const;
