@@ -95,6 +95,7 @@ Excess breaksGrowth(const Triangle2* pT, const Measures& m, const MeshGenParams&
                     const Triangles& vZone) {
     Excess result;
     if (!(params.growFactor > 1 && params.growFactor < DBL_MAX)) return result;
+    const double minArea = params.growFactorMinArea > 0 ? params.growFactorMinArea : 0;
     for (int i = 0; i < 3; ++i) {
         Triangle2* const pOther = pT->getOppositeTriangle(i);
         if (pOther == nullptr || !std::binary_search(vZone.begin(), vZone.end(), pOther, std::less<>()))
@@ -103,9 +104,9 @@ Excess breaksGrowth(const Triangle2* pT, const Measures& m, const MeshGenParams&
         const long double error = areaError(m), otherError = areaError(other);
         Excess excess;
         excess.bSure = m.area - error > (other.area + otherError) * params.growFactor &&
-                       other.area - otherError >= params.growFactorMinArea;
+                       other.area - otherError >= minArea;
         excess.bMaybe = m.area + error > (other.area - otherError) * params.growFactor &&
-                        other.area + otherError >= params.growFactorMinArea;
+                        other.area + otherError >= minArea;
         result = result || excess;
     }
     return result;
