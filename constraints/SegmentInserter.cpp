@@ -6,6 +6,7 @@
 #include "kernel/assertion.h"
 #include "kernel/intersection.h"
 #include "kernel/messages.h"
+#include "kernel/tools.h"
 
 #include <algorithm>
 #include <cfloat>
@@ -20,11 +21,6 @@ constexpr std::size_t numOwnSteinerPoints = 16;
 
 double extent(const Point2& p, const Point2& q) {
     return std::max(std::fabs(p.x() - q.x()), std::fabs(p.y() - q.y()));
-}
-
-bool isInBox(const Point2& p, const Point2& a, const Point2& b) {
-    return std::min(a.x(), b.x()) <= p.x() && p.x() <= std::max(a.x(), b.x()) &&
-           std::min(a.y(), b.y()) <= p.y() && p.y() <= std::max(a.y(), b.y());
 }
 
 // True when rounding to doubles may turn the segment by a thousandth or more.

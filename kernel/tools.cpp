@@ -202,6 +202,11 @@ Point2 getFootPoint(const Point2& p, const Point2& a, const Point2& b) {
                   (line.base.y() + t * line.direction.y()) / line.scale);
 }
 
+bool isInBox(const Point2& p, const Point2& a, const Point2& b) {
+    return std::min(a.x(), b.x()) <= p.x() && p.x() <= std::max(a.x(), b.x()) &&
+           std::min(a.y(), b.y()) <= p.y() && p.y() <= std::max(a.y(), b.y());
+}
+
 double getPointLineDistance(const Point2& p, const Point2& a, const Point2& b) {
     const ScaledLine line(p, a, b);
     if (line.isPoint()) return line.fromBase.length() / line.scale;

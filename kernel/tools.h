@@ -35,6 +35,9 @@ std::optional<Point2> intersectSegments(const Point2& p1, const Point2& p2, cons
 // The point of the line ab that is nearest to p; a when the line is a single point.
 Point2 getFootPoint(const Point2& p, const Point2& a, const Point2& b);
 
+// True when p lies in the closed box with corners a and b.
+bool isInBox(const Point2& p, const Point2& a, const Point2& b);
+
 // Distance of p from the line ab, from a when the line is a single point. Exactly 0 for a point on the line.
 double getPointLineDistance(const Point2& p, const Point2& a, const Point2& b);
 

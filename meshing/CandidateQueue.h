@@ -51,7 +51,7 @@ struct QueuedTriangle {
 // list for each is enough, and entering and taking cost no comparison.
 class CandidateQueue {
 public:
-    explicit CandidateQueue(const MeshStore& store) : sums(store), vLists(numKeys), vWords(numKeys / 64) {}
+    explicit CandidateQueue(const MeshStore& store) : sums(store), vWords(numKeys / 64) {}
 
     CandidateQueue(const CandidateQueue&) = delete;
     CandidateQueue& operator=(const CandidateQueue&) = delete;
@@ -64,6 +64,7 @@ public:
 
     // The key is a double that is not negative.
     void push(double key, Triangle2* pT) {
+        if (vLists.empty()) vLists.resize(numKeys); // not for a zone without a bad triangle
         const std::size_t k = bucketOf(key);
         List& list = vLists[k];
         if (list.pLast == nullptr) {

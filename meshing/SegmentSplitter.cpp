@@ -15,11 +15,6 @@
 namespace TESK_KIVO2D {
 namespace {
 
-bool isInBox(const Point2& p, const Point2& a, const Point2& b) {
-    return std::min(a.x(), b.x()) <= p.x() && p.x() <= std::max(a.x(), b.x()) &&
-           std::min(a.y(), b.y()) <= p.y() && p.y() <= std::max(a.y(), b.y());
-}
-
 // A unit in the last place of the larger coordinate to the left of the line ab, along the axis that is more
 // across it. So one or two steps make up for rounding, whichever coordinate was rounded.
 Point2 stepLeft(const Point2& p, const Point2& a, const Point2& b) {
