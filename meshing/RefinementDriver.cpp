@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <new>
 #include <string>
+#include <utility>
 
 namespace TESK_KIVO2D {
 namespace {
@@ -64,12 +65,14 @@ void RefinementDriver::checkParameters() const {
 
 void RefinementDriver::makePasses() {
     try {
-        const MeshLimits limits(params, largestCoordinate(zoneTriangles()));
+        std::vector<Triangle2*> vTriangles = zoneTriangles();
+        const MeshLimits limits(params, largestCoordinate(vTriangles));
         ProgressHub::Operation progress(host.progressHub(), "refine", progressSteps);
         report.end = RefinementEnd::COMPLETE;
-        while (makePass(limits, progress)) {
+        while (makePass(limits, std::move(vTriangles), progress)) {
             if (report.numPasses == maxPasses) report.end = RefinementEnd::PASS_LIMIT;
             if (report.end != RefinementEnd::COMPLETE) break;
+            vTriangles = zoneTriangles();
         }
         if (report.end != RefinementEnd::COMPLETE && report.end != RefinementEnd::ABANDONED)
             countWhatIsLeft(limits);
@@ -98,10 +101,10 @@ RefinementSite RefinementDriver::siteFor(const MeshLimits& limits, TriangleMarks
             report};
 }
 
-// The zone as it is now, with nothing counted yet, and a pass over it.
+// The triangles of the zone as it is now, with nothing counted yet, and a pass over them.
 struct RefinementDriver::Round {
-    Round(RefinementDriver& driver, const MeshLimits& limits)
-        : vTriangles(driver.zoneTriangles()), marks(driver.markTriangles(vTriangles)),
+    Round(RefinementDriver& driver, const MeshLimits& limits, std::vector<Triangle2*> vZone)
+        : vTriangles(std::move(vZone)), marks(driver.markTriangles(vTriangles)),
           site(driver.siteFor(limits, marks)), pass(site) {
         site.report.aBad = {};
         site.report.numBadTriangles = 0;
@@ -114,8 +117,9 @@ struct RefinementDriver::Round {
     RefinementPass pass;
 };
 
-bool RefinementDriver::makePass(const MeshLimits& limits, ProgressHub::Operation& progress) {
-    Round round(*this, limits);
+bool RefinementDriver::makePass(const MeshLimits& limits, std::vector<Triangle2*> vZone,
+                                ProgressHub::Operation& progress) {
+    Round round(*this, limits, std::move(vZone));
     if (collect(round.vTriangles, round.pass)) work(round.site, round.pass, progress);
     const bool bAgain = round.pass.hasChanged() || round.pass.isStale();
     if (bAgain) ++report.numPasses;
@@ -193,7 +197,7 @@ TriangleMarks RefinementDriver::markTriangles(const std::vector<Triangle2*>& vTr
 }
 
 void RefinementDriver::countWhatIsLeft(const MeshLimits& limits) {
-    Round round(*this, limits);
+    Round round(*this, limits, zoneTriangles());
     for (std::size_t i = 0; i < round.vTriangles.size() && !round.pass.isStale(); ++i)
         round.pass.count(round.vTriangles[i]);
 }

@@ -42,7 +42,7 @@ private:
     void makePasses();
     void endWithoutMemory();
     // Returns true when the mesh has changed.
-    bool makePass(const MeshLimits& limits, ProgressHub::Operation& progress);
+    bool makePass(const MeshLimits& limits, std::vector<Triangle2*> vZone, ProgressHub::Operation& progress);
     bool collect(const std::vector<Triangle2*>& vTriangles, RefinementPass& pass);
     void work(const RefinementSite& site, RefinementPass& pass, ProgressHub::Operation& progress);
     void tell(ProgressHub::Operation& progress, std::size_t numDone, std::size_t numWaiting);
