@@ -75,6 +75,18 @@ TEST(AnUnknownStrategy, doesNotKeepOthersFromTheirEdges) {
     }
 }
 
+TEST(ConformingSegments, thatRoundingLaidBesideEachOtherAreDoneAfterOneMoreCall) {
+    Constrained c;
+    c.add({{{0, 0}, {0, 6}}, {{0, 6}, {1, 0}}, {{1, 0}, {0, 0}}}, CIS_CONSTRAINED_DELAUNAY);
+    c.add({{{9, 1}, {3, 0}}, {{15, 10}, {0, 0}}, {{9, 6}, {0, 0}}}, CIS_CONFORMING_DELAUNAY);
+    c.kivo.applyConstraintsAndZones();
+    const std::size_t numPoints = c.kivo.numberOfPoints();
+    EXPECT_GT(20000u, numPoints);
+    for (int i = 0; i < 3; ++i)
+        c.kivo.applyConstraintsAndZones();
+    EXPECT_EQ(numPoints, c.kivo.numberOfPoints());
+}
+
 TEST(ASegmentSplitBesideItsLine, leavesADelaunayTriangulation) {
     for (std::uint64_t seed = 1; seed <= 200 && !testing::Test::HasFailure(); ++seed) {
         Rng rng(seed);

@@ -298,6 +298,27 @@ TEST(Mesh, splitsNoConstraintThatItMustNotSplit) {
     }
 }
 
+TEST(Mesh, ofConformingSegmentsLeavesThemDelaunay) {
+    for (unsigned int seed = 1; seed <= 30; ++seed) {
+        SCOPED_TRACE(seed);
+        Rng rng(seed);
+        Kivo_2D kivo;
+        ConstraintGraph2* const pRing = add(kivo, square(0, 0, 1), true, CIS_CONFORMING_DELAUNAY);
+        Segments vInner;
+        for (int i = 0; i < 8; ++i) {
+            const double x = doubles::uniform(rng, 0.2, 0.8), y = doubles::uniform(rng, 0.2, 0.8);
+            vInner.emplace_back(Point2(x, y), Point2(x + doubles::uniform(rng, -0.2, 0.2),
+                                                     y + doubles::uniform(rng, -0.2, 0.2)));
+        }
+        add(kivo, vInner, false, CIS_CONFORMING_DELAUNAY);
+        MeshGenParams params = onlyAngles(kivo.createZone(pRing, ZL_INSIDE), 5 + seed % 3 * 5);
+        said(kivo, params);
+        const std::size_t numPoints = kivo.numberOfPoints();
+        kivo.applyConstraintsAndZones(); // divides what is not Delaunay
+        EXPECT_EQ(numPoints, kivo.numberOfPoints());
+    }
+}
+
 TEST(Mesh, hasNoPointHardlyBesideASegmentThatMustStay) {
     for (const double offset : {0.0, 4e6}) { // the centre rounds to this or that side of the longest edge
         SCOPED_TRACE(offset);

@@ -345,6 +345,35 @@ TEST(Refinement, ofAZoneWithAnOpenBorderStaysInsideTheHull) {
     }
 }
 
+// A turned square leaves slivers along its hull, an ulp high, that belong to the zone of all triangles.
+TEST(Refinement, endsWhereSliversOfRoundingAreToBeMeshed) {
+    for (unsigned int seed = 1; seed <= 8; ++seed) {
+        SCOPED_TRACE(seed);
+        Rng rng(seed);
+        const double turn = doubles::uniform(rng, 0, 6);
+        Segments vRing;
+        for (const Segment2& side : square(0, 0, 1)) {
+            for (int i = 0; i < 20; ++i) {
+                const auto at = [&](double share) {
+                    const Point2 a = side.getSrc(), b = side.getTrg();
+                    const double x = a.x() + share * (b.x() - a.x()), y = a.y() + share * (b.y() - a.y());
+                    return Point2(3 + x * std::cos(turn) - y * std::sin(turn),
+                                  5 + x * std::sin(turn) + y * std::cos(turn));
+                };
+                vRing.emplace_back(at(i / 20.0), at((i + 1) / 20.0));
+            }
+        }
+        Kivo_2D kivo;
+        add(kivo, vRing, true);
+        ConstraintGraph2* const pNone = nullptr;
+        MeshGenParams params = onlyAngles(kivo.createZone(pNone, ZL_GLOBAL)->convertToBoundedZone(), 25);
+        params.maxInsertedPoints = 5000;
+        said(kivo, params);
+        EXPECT_EQ(RefinementEnd::COMPLETE, kivo.getRefinementReport().end);
+        EXPECT_GT(1000u, kivo.getRefinementReport().numTriangles);
+    }
+}
+
 TEST(Refinement, refusesAZoneOfAnotherTriangulationOrOneThatIsGone) {
     Domain domain({}), other({});
     MeshGenParams foreign = onlyAngles(other.pZone, 30);
