@@ -339,7 +339,11 @@ void MeshWitness::checkRules(const MeshGenParams& params) const {
         demand(params.minEdgeLength > 0 || num(MeshObstacle::MIN_EDGE_LENGTH) == 0, "an edge limit");
         demand(bForbidden || num(MeshObstacle::SPLITTING_FORBIDDEN) == 0, "splitting was not forbidden");
         demand(!bFinished || num(MeshObstacle::NOT_REACHED) == 0, "a finished run that left something");
-        demand(bThin || !bFinished || !bEdgesMaySplit || num(MeshObstacle::ARITHMETIC) == 0,
+        // Beside a small angle, areas on both sides of a segment have a ratio that does not depend on their
+        // size.
+        const bool bGrowthToTheEnd = hasSmallAngle() && params.growFactor < DBL_MAX;
+        demand(bThin || bGrowthToTheEnd || !bFinished || !bEdgesMaySplit ||
+                   num(MeshObstacle::ARITHMETIC) == 0,
                "room for more points");
         demand(num(MeshObstacle::OPEN_BORDER) == 0, "an open border where all are constraints");
     }
