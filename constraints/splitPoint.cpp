@@ -8,7 +8,6 @@
 #include <limits>
 
 namespace TESK_KIVO2D {
-
 namespace {
 
 // The direction from p to q, of length 1 if they differ. Whatever the coordinates, nothing overflows.

@@ -2,10 +2,9 @@
 
 namespace TESK_KIVO2D {
 
-//        to           The fan's triangle m is (v, from, to) of border edge m. Behind its edge 1, to -> v,
-//        lies
-//       / |           the next one, behind edge 2, v -> from, the one before, behind edge 0 what lay outside
-//   +1 /  |  outside  the hole.
+//        to           The fan's triangle m is (v, from, to) of border edge m. Behind its edge
+//       / |           1, to -> v, lies the next one; behind edge 2, v -> from, the one before;
+//   +1 /  |  outside  behind edge 0 what lay outside the hole.
 //     v   |
 //   -1 \  |
 //       \ |
