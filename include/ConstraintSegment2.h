@@ -54,6 +54,10 @@ public:
     /// outside), splits the segment there and inserts the pieces. Returns the vertex; null, with a warning
     /// and nothing changed, when it is an end of this segment.
     Point2* insertAndSplit(const Point2& p);
+    /// The same, and removes the vertices around it that refinements inserted since their record was last
+    /// cleared (`MeshGenParams::bClearInnerVertices`) and that are nearer to the point than the source of
+    /// this segment is, unless constraint segments end there. False when `insertAndSplit` returns null.
+    bool splitAndRemovePrev(const Point2& p);
 
     /// Appends the live leaves below this dead segment, those of the first child before those of the second.
     void getChildrenRec(std::vector<ConstraintSegment2*>& vLeaves);

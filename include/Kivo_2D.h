@@ -23,6 +23,7 @@
 #include "VertexPair2.h"
 #include "Visualizer2.h"
 #include "Zone2.h"
+#include "ZoneQuality.h"
 #include "export.h"
 #include "functions.h"
 #include "fwd.h"
@@ -221,6 +222,12 @@ public:
     void refineAdvanced(MeshGenParams* pParameters);
     /// What the latest refinement did, and which triangles still break which rule and why. O(1).
     RefinementReport getRefinementReport() const;
+    /// Measures the triangles of a zone: prints the distributions of angles, areas, edge lengths and aspect
+    /// ratios, draws the worst triangles into the PostScript file name + "_quality.ps" in the working
+    /// directory (or the directory that the name begins with), and returns the figures. An empty name draws
+    /// nothing. A null or empty zone, or one of another triangulation, is a warning, and all figures are
+    /// zero. O(number of triangles of the triangulation).
+    ZoneQuality checkZoneQuality(const Zone2* pZone, const std::string& name) const;
 
     /// \}
     /// \name Export

@@ -65,10 +65,16 @@ public:
     /// edge is more than this many times its height. With `minAngleDegree` above 11.5 the default of 10 never
     /// matters.
     double capAspectLimit = 10.0;
-    /// Direction of grid meshing.
+    /// Direction of grid meshing; its length does not matter.
     Vector2 gridVector = Vector2(0.0, 0.0);
-    /// Spacing of grid meshing, which is asked for when this is positive and `gridVector` is not (0, 0). Not
-    /// available yet: a warning says so, and it is ignored.
+    /// Spacing of grid meshing, which happens when this is positive and `gridVector` is not (0, 0): before
+    /// anything is refined, the zone is filled with the points of a square grid in the direction of
+    /// `gridVector`, in its phase through the origin, as far as they keep half this distance from vertices
+    /// and constraint segments. Triangles between them are halves of squares. Refinement fills the space up
+    /// to the border, and breaks grid triangles only where they break a limit.
+    ///
+    /// A length or direction that is not finite, and a grid of more than `maxInsertedPoints` points or too
+    /// fine for doubles, is a warning, and only refinement happens.
     double gridLength = 0.0;
     /// Forget the record of vertices that were inserted by earlier refinements before starting.
     bool bClearInnerVertices = true;

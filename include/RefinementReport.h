@@ -41,7 +41,9 @@ struct RefinementReport {
 
     /// How it ended. ABANDONED before the first run.
     RefinementEnd end = RefinementEnd::ABANDONED;
-    /// Vertices inserted in the interior of the zone.
+    /// Vertices inserted by grid meshing, on constraint segments too.
+    std::uint64_t numGridPoints = 0;
+    /// Vertices inserted in the interior of the zone, those of the grid left out.
     std::uint64_t numInnerPoints = 0;
     /// Vertices inserted on constraint segments.
     std::uint64_t numSegmentPoints = 0;

@@ -7,6 +7,7 @@
 #include "export.h"
 #include "fwd.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -107,6 +108,24 @@ public:
     /// they stay when the zone is deleted. The zone itself stays as it is. Null, with a
     /// warning, when the zone is empty.
     Zone2* convertToBoundedZone();
+
+    /// Moves every vertex of the zone to the nearest point of the grid of that width through the origin: its
+    /// coordinates become multiples of the tolerance, rounded to doubles (a coordinate of more than 2^50
+    /// tolerances stays). Vertices that fall together become one: one of them goes, and pointers to it with
+    /// it. Constraint segments follow their ends; where both ends fall together the segment vanishes from its
+    /// graphs. A vertex that comes to lie on a constraint segment splits it.
+    ///
+    /// A move is left out that would carry a vertex across a constraint segment or a segment across a vertex,
+    /// lay two segments on each other, or make the triangulation's last triangle vanish. So the zone keeps
+    /// its shape, however wide the grid. One warning tells how many vertices stay beside the grid.
+    ///
+    /// Afterwards the triangulation is Delaunay apart from its constraints, those of the conforming strategy
+    /// included, and a second call changes nothing. Other zones keep what they hold, but for what their
+    /// common vertices do. Expected O(n log n) for n triangles of the triangulation.
+    ///
+    /// \returns the number of vertices that stay beside the grid. A tolerance that is not a positive number,
+    /// or an empty zone, is a warning and 0.
+    std::size_t unifyGrid(double tolerance);
 
 private:
     friend class ZoneRegistry;
