@@ -2,6 +2,7 @@
 
 #include "cli/meshReport.h"
 #include "cli/numbers.h"
+#include "cli/qualityReport.h"
 #include "cli/words.h"
 
 #include <nlohmann/json.hpp>
@@ -18,12 +19,14 @@ using Json = nlohmann::ordered_json;
 std::string milliseconds(double seconds) { return rounded(seconds * 1000.0, 1) + " ms"; }
 
 using NamedTime = std::pair<const char*, std::optional<double>>;
-std::array<NamedTime, 7> namedTimes(const Report& report) {
+std::array<NamedTime, 9> namedTimes(const Report& report) {
     return {{{"read", report.readTime},
              {"triangulate", report.triangulateTime},
              {"segments", report.segmentsTime},
              {"zone", report.zoneTime},
              {"mesh", report.meshTime},
+             {"unify", report.unifyTime},
+             {"quality", report.qualityTime},
              {"check", report.checkTime},
              {"write", report.writeTime}}};
 }
@@ -79,6 +82,16 @@ Json zoneToJson(const ZoneReport& zone) {
             {"parts", zone.numParts}};
 }
 
+std::string unifyLine(const UnifyReport& unify) {
+    return line("grid", "width " + shortest(unify.width) + ", " + std::to_string(unify.numMerged) +
+                            " vertices fell together with another, " + std::to_string(unify.numBeside) +
+                            " stayed beside it");
+}
+
+Json unifyToJson(const UnifyReport& unify) {
+    return {{"width", unify.width}, {"merged", unify.numMerged}, {"beside", unify.numBeside}};
+}
+
 Json boxToJson(const Box& box) {
     return {{"minX", box.minX}, {"minY", box.minY}, {"maxX", box.maxX}, {"maxY", box.maxY}};
 }
@@ -91,7 +104,11 @@ std::string toText(const Report& report) {
     if (report.bTriangulated) text += triangulationLines(report);
     if (report.segments) text += segmentLines(*report.segments);
     if (report.zone) text += zoneLine(*report.zone);
-    if (report.mesh) text += meshLines(*report.mesh);
+    if (report.unify) text += unifyLine(*report.unify);
+    if (report.mesh)
+        text += meshLines(*report.mesh, report.quality->figures);
+    else if (report.quality)
+        text += qualityLines(*report.quality);
     if (report.boundingBox) {
         const Box& box = *report.boundingBox;
         text += line("bounding box", "[" + shortest(box.minX) + ", " + shortest(box.maxX) + "] x [" +
@@ -127,7 +144,11 @@ std::string toJson(const Report& report) {
     }
     if (report.segments) json["segments"] = segmentsToJson(*report.segments);
     if (report.zone) json["zone"] = zoneToJson(*report.zone);
-    if (report.mesh) json["mesh"] = meshToJson(*report.mesh);
+    if (report.unify) json["unify"] = unifyToJson(*report.unify);
+    if (report.mesh)
+        json["mesh"] = meshToJson(*report.mesh, report.quality->figures);
+    else if (report.quality)
+        json["quality"] = qualityToJson(*report.quality);
     json["boundingBox"] = report.boundingBox ? boxToJson(*report.boundingBox) : Json(nullptr);
     if (report.bTriangulated) json["threads"] = report.numThreads;
     if (report.bValid) json["valid"] = *report.bValid;
