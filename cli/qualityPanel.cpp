@@ -38,8 +38,9 @@ double largestOf(const std::vector<std::uint64_t>& vCounts) {
 }
 
 std::string rangeOf(const QualityDistribution& distribution) {
-    return sixDigits(distribution.smallest) + " to " + sixDigits(distribution.largest) + ", mean " +
-           sixDigits(distribution.mean);
+    constexpr int DIGITS = 4;
+    return withDigits(distribution.smallest, DIGITS) + " to " + withDigits(distribution.largest, DIGITS) +
+           ", mean " + withDigits(distribution.mean, DIGITS);
 }
 
 } // namespace
@@ -60,7 +61,7 @@ void QualityPanel::bar(double x, double y, double width, double height, const ch
 }
 
 void QualityPanel::write(double left, const std::string& heading, const std::vector<WorstTriangle>& vRinged) {
-    out << "<g class=\"panel\" transform=\"translate(" << left << " 10)\" fill=\"" << TEXT_COLOR
+    out << "<g class=\"panel\" transform=\"translate(" << left << " 15)\" fill=\"" << TEXT_COLOR
         << "\" font-family=\"sans-serif\" font-size=\"15\">\n";
     out << "<g font-size=\"20\" font-weight=\"bold\">";
     text(0.0, 22.0, heading);

@@ -25,7 +25,7 @@ std::size_t colorClassOf(double smallestAngle);
 // of the other measures.
 class QualityPanel {
 public:
-    static constexpr double WIDTH = 380.0;
+    static constexpr double WIDTH = 400.0;
     static constexpr double HEIGHT = 640.0;
 
     QualityPanel(OutputFile& out_, const TESK_KIVO2D::ZoneQuality& figures_) : out(out_), figures(figures_) {}

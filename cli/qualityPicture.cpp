@@ -18,6 +18,7 @@ namespace {
 // In hundredths of a unit, as the page.
 constexpr double VISIBLE = 400.0; // edges of a finer mesh would make it a blot
 constexpr int RING_RADIUS = 1200;
+constexpr int MARGIN = 1500; // for rings at the border
 
 // The triangles by class of colour.
 std::vector<std::vector<std::uint32_t>> classesOf(const Mesh& mesh) {
@@ -110,18 +111,18 @@ void writeMeshPart(OutputFile& out, const Page& page, const Mesh& mesh,
 void drawQuality(const std::string& filename, const Mesh& mesh, const Measurement& measurement,
                  const std::string& name) {
     constexpr std::size_t NUM_RINGED = 20;
-    constexpr double GAP = 40.0;
+    constexpr double GAP = 30.0;
     const Page page(mesh.triangles);
     std::vector<WorstTriangle> vRinged = measurement.vWorst;
     vRinged.resize(std::min(vRinged.size(), NUM_RINGED));
-    const double panelLeft = (page.getWidth() + 2 * Page::MARGIN) / 100.0 + GAP;
-    const double height = std::max((page.getHeight() + 2 * Page::MARGIN) / 100.0, QualityPanel::HEIGHT);
+    const double panelLeft = (page.getWidth() + 2 * MARGIN) / 100.0 + GAP;
+    const double height = std::max((page.getHeight() + 2 * MARGIN) / 100.0, QualityPanel::HEIGHT);
     OutputFile out(filename);
     out << "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"kivo2d-quality\" role=\"img\" viewBox=\"0 0 "
         << panelLeft + QualityPanel::WIDTH << " " << height << "\">\n<title>"
         << counted(mesh.numTriangles(), "triangle") << ", smallest angle "
         << rounded(measurement.figures.angles.smallest, 4) << " degrees</title>\n"
-        << "<g transform=\"translate(10 10) scale(.01)\" stroke-linejoin=\"round\" "
+        << "<g transform=\"translate(15 15) scale(.01)\" stroke-linejoin=\"round\" "
            "stroke-linecap=\"round\">\n";
     writeMeshPart(out, page, mesh, vRinged);
     out << "</g>\n";

@@ -4,6 +4,7 @@
 #include "cli/words.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace cli {
 
@@ -33,6 +34,10 @@ BinRange usedBins(const QualityDistribution& distribution) {
     return range;
 }
 
+std::string limitText(double limit) {
+    return limit == std::numeric_limits<double>::max() ? "more" : sixDigits(limit);
+}
+
 // One line a bin. A histogram of many bins leaves out those that are empty.
 std::string histogramLines(const QualityDistribution& distribution) {
     constexpr std::size_t LONGEST_BAR = 40, MANY = 20;
@@ -41,7 +46,7 @@ std::string histogramLines(const QualityDistribution& distribution) {
     const std::uint64_t most = *std::max_element(distribution.vCounts.begin(), distribution.vCounts.end());
     std::size_t limitWidth = 0;
     for (std::size_t i = range.first; i <= range.end; ++i)
-        limitWidth = std::max(limitWidth, sixDigits(distribution.vLimits[i]).size());
+        limitWidth = std::max(limitWidth, limitText(distribution.vLimits[i]).size());
     const std::size_t width = std::to_string(most).size();
     std::string text;
     for (std::size_t i = range.first; i < range.end; ++i) {
@@ -50,8 +55,8 @@ std::string histogramLines(const QualityDistribution& distribution) {
         const auto barLength = static_cast<std::size_t>( // one, however few there are
             (static_cast<double>(num) * LONGEST_BAR + static_cast<double>(most) - 1.0) /
             static_cast<double>(most));
-        text += line("", padded(sixDigits(distribution.vLimits[i]), limitWidth) + " to " +
-                             padded(sixDigits(distribution.vLimits[i + 1]), limitWidth) +
+        text += line("", padded(limitText(distribution.vLimits[i]), limitWidth) + " to " +
+                             padded(limitText(distribution.vLimits[i + 1]), limitWidth) +
                              padded(std::to_string(num), width + 2) + "  " + std::string(barLength, '#'));
     }
     return text;
