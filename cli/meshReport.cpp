@@ -110,8 +110,8 @@ Json meshToJson(const MeshReport& report, const ZoneQuality& quality) {
             {"smallestAngle", quality.angles.smallest},
             {"largestAngle", quality.angles.largest},
             {"smallestAngles", smallestAnglesToJson(quality)},
-            {"areas", {{"min", quality.areas.smallest}, {"max", quality.areas.largest}}},
-            {"edges", {{"min", quality.edgeLengths.smallest}, {"max", quality.edgeLengths.largest}}},
+            {"areas", extremesToJson(quality.areas)},
+            {"edges", extremesToJson(quality.edgeLengths)},
             {"badTriangles", refinement.numBadTriangles},
             {"unmet", unmet}};
 }

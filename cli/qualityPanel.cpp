@@ -11,6 +11,8 @@ namespace {
 
 using TESK_KIVO2D::QualityDistribution;
 
+constexpr int CLASS_WIDTH = 60 / static_cast<int>(QUALITY_COLORS.size());
+
 // Printable ASCII alone: the name of a file need not be UTF-8.
 std::string escaped(const std::string& text) {
     std::string safe;
@@ -33,8 +35,9 @@ std::string grouped(std::uint64_t number) {
     return digits;
 }
 
-double largestOf(const std::vector<std::uint64_t>& vCounts) {
-    return static_cast<double>(std::max<std::uint64_t>(1, *std::max_element(vCounts.begin(), vCounts.end())));
+template<class Counts>
+double largestOf(const Counts& counts) {
+    return static_cast<double>(std::max<std::uint64_t>(1, *std::max_element(counts.begin(), counts.end())));
 }
 
 std::string rangeOf(const QualityDistribution& distribution) {
@@ -46,8 +49,9 @@ std::string rangeOf(const QualityDistribution& distribution) {
 } // namespace
 
 std::size_t colorClassOf(double smallestAngle) {
-    constexpr double WIDTH = 60.0 / QUALITY_COLORS.size();
-    return std::min(static_cast<std::size_t>(smallestAngle / WIDTH), QUALITY_COLORS.size() - 1);
+    constexpr double ROUNDING = 1e-9;
+    return std::min(static_cast<std::size_t>((smallestAngle + ROUNDING) / CLASS_WIDTH),
+                    QUALITY_COLORS.size() - 1);
 }
 
 void QualityPanel::text(double x, double y, const std::string& content, const char* anchor) {
@@ -78,22 +82,20 @@ void QualityPanel::write(double left, const std::string& heading, const std::vec
 double QualityPanel::writeSmallestAngles(double y) {
     constexpr double ROW = 20.0, LABEL = 66.0, LONGEST = 170.0;
     text(0.0, y, "Smallest angle of each triangle");
-    const std::vector<std::uint64_t>& vCounts = figures.smallestAngles.vCounts;
-    const double most = largestOf(vCounts), total = static_cast<double>(figures.numTriangles);
-    for (std::size_t i = 0; i < vCounts.size(); ++i) {
+    const double most = largestOf(aCounts), total = static_cast<double>(figures.numTriangles);
+    for (std::size_t i = 0; i < aCounts.size(); ++i) {
         const double top = y + 10.0 + ROW * static_cast<double>(i);
-        const auto num = static_cast<double>(vCounts[i]);
-        text(LABEL - 8.0, top + 14.0,
-             sixDigits(figures.smallestAngles.vLimits[i]) + " to " +
-                 sixDigits(figures.smallestAngles.vLimits[i + 1]),
+        const auto from = static_cast<int>(i) * CLASS_WIDTH;
+        text(LABEL - 8.0, top + 14.0, std::to_string(from) + " to " + std::to_string(from + CLASS_WIDTH),
              "end");
+        const auto num = static_cast<double>(aCounts[i]);
         const double length = std::max(3.0, num / most * LONGEST); // a swatch, also where there are none
-        bar(LABEL, top + 2.0, length, ROW - 4.0, QUALITY_COLORS[std::min(i, QUALITY_COLORS.size() - 1)]);
-        if (vCounts[i] == 0) continue;
+        bar(LABEL, top + 2.0, length, ROW - 4.0, QUALITY_COLORS[i]);
+        if (aCounts[i] == 0) continue;
         text(LABEL + length + 8.0, top + 14.0,
-             grouped(vCounts[i]) + " (" + rounded(num / total * 100.0, 1) + " %)");
+             grouped(aCounts[i]) + " (" + rounded(num / total * 100.0, 1) + " %)");
     }
-    return y + 10.0 + ROW * static_cast<double>(vCounts.size());
+    return y + 10.0 + ROW * static_cast<double>(aCounts.size());
 }
 
 // Bars upwards over an axis.

@@ -19,6 +19,10 @@ constexpr const char* LINE_COLOR = "#475569";
 constexpr const char* TEXT_COLOR = "#64748b";
 constexpr const char* RING_COLOR = "#c026d3";
 
+// So many triangles have each colour.
+using ColorCounts = std::array<std::size_t, QUALITY_COLORS.size()>;
+
+// Angles of halves of squares are in one class, on whichever side of 45 degrees rounding has put them.
 std::size_t colorClassOf(double smallestAngle);
 
 // What stands beside the mesh in a picture of quality: the colours as a histogram, all angles, and the ranges
@@ -28,7 +32,8 @@ public:
     static constexpr double WIDTH = 400.0;
     static constexpr double HEIGHT = 640.0;
 
-    QualityPanel(OutputFile& out_, const TESK_KIVO2D::ZoneQuality& figures_) : out(out_), figures(figures_) {}
+    QualityPanel(OutputFile& out_, const TESK_KIVO2D::ZoneQuality& figures_, const ColorCounts& aCounts_)
+        : out(out_), figures(figures_), aCounts(aCounts_) {}
 
     void write(double left, const std::string& heading, const std::vector<WorstTriangle>& vRinged);
 
@@ -43,6 +48,7 @@ private:
 
     OutputFile& out;
     const TESK_KIVO2D::ZoneQuality& figures;
+    const ColorCounts& aCounts;
 };
 
 } // namespace cli

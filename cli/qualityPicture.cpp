@@ -21,11 +21,12 @@ constexpr int RING_RADIUS = 1200;
 constexpr int MARGIN = 1500; // for rings at the border
 
 // The triangles by class of colour.
-std::vector<std::vector<std::uint32_t>> classesOf(const Mesh& mesh) {
-    std::vector<std::vector<std::uint32_t>> vClasses(QUALITY_COLORS.size());
+using Classes = std::array<std::vector<std::uint32_t>, QUALITY_COLORS.size()>;
+Classes classesOf(const Mesh& mesh) {
+    Classes aClasses;
     for (std::size_t k = 0; k < mesh.numTriangles(); ++k)
-        vClasses[colorClassOf(smallestAngleOf(mesh.triangles, k))].push_back(static_cast<std::uint32_t>(k));
-    return vClasses;
+        aClasses[colorClassOf(smallestAngleOf(mesh.triangles, k))].push_back(static_cast<std::uint32_t>(k));
+    return aClasses;
 }
 
 void writeTriangles(OutputFile& out, const Page& page, const Mesh& mesh,
@@ -48,15 +49,15 @@ void writeTriangles(OutputFile& out, const Page& page, const Mesh& mesh,
 
 // The worst come last, on top. Bad triangles get a seam of their colour, without which small ones would not
 // be seen.
-void writeClasses(OutputFile& out, const Page& page, const Mesh& mesh) {
+void writeClasses(OutputFile& out, const Page& page, const Mesh& mesh, const Classes& aClasses) {
     constexpr std::size_t FIRST_GOOD = 4; // from 20 degrees
-    const std::vector<std::vector<std::uint32_t>> vClasses = classesOf(mesh);
-    for (std::size_t i = vClasses.size(); i-- > 0;) {
-        if (vClasses[i].empty()) continue;
+
+    for (std::size_t i = aClasses.size(); i-- > 0;) {
+        if (aClasses[i].empty()) continue;
         out << "<g fill=\"" << QUALITY_COLORS[i] << "\"";
         if (i < FIRST_GOOD) out << " stroke=\"" << QUALITY_COLORS[i] << "\" stroke-width=\"" << 60 << "\"";
         out << ">\n";
-        writeTriangles(out, page, mesh, vClasses[i]);
+        writeTriangles(out, page, mesh, aClasses[i]);
         out << "</g>\n";
     }
 }
@@ -92,14 +93,14 @@ void writeRings(OutputFile& out, const Page& page, const std::vector<WorstTriang
     out << "</g>\n";
 }
 
-void writeMeshPart(OutputFile& out, const Page& page, const Mesh& mesh,
+void writeMeshPart(OutputFile& out, const Page& page, const Mesh& mesh, const Classes& aClasses,
                    const std::vector<WorstTriangle>& vRinged) {
     const Lines lines = linesOf(mesh, page);
     // What shines through between neighbours is no background then.
     out << "<path class=\"area\" fill=\"" << QUALITY_COLORS[8] << "\" fill-rule=\"evenodd\" d=\"";
     writeArea(out, page, lines.vBorder);
     out << "\"/>\n";
-    writeClasses(out, page, mesh);
+    writeClasses(out, page, mesh, aClasses);
     const int width = std::clamp(static_cast<int>(lines.meanLength / 25.0), 20, 70);
     if (lines.meanLength >= VISIBLE) writeStrokes(out, page, {"mesh", LINE_COLOR, width}, lines.vInner);
     writeStrokes(out, page, {"border", LINE_COLOR, std::max(80, width)}, lines.vBorder);
@@ -113,6 +114,7 @@ void drawQuality(const std::string& filename, const Mesh& mesh, const Measuremen
     constexpr std::size_t NUM_RINGED = 20;
     constexpr double GAP = 30.0;
     const Page page(mesh.triangles);
+    const Classes aClasses = classesOf(mesh);
     std::vector<WorstTriangle> vRinged = measurement.vWorst;
     vRinged.resize(std::min(vRinged.size(), NUM_RINGED));
     const double panelLeft = (page.getWidth() + 2 * MARGIN) / 100.0 + GAP;
@@ -124,9 +126,12 @@ void drawQuality(const std::string& filename, const Mesh& mesh, const Measuremen
         << rounded(measurement.figures.angles.smallest, 4) << " degrees</title>\n"
         << "<g transform=\"translate(15 15) scale(.01)\" stroke-linejoin=\"round\" "
            "stroke-linecap=\"round\">\n";
-    writeMeshPart(out, page, mesh, vRinged);
+    writeMeshPart(out, page, mesh, aClasses, vRinged);
     out << "</g>\n";
-    QualityPanel(out, measurement.figures)
+    ColorCounts aCounts{};
+    for (std::size_t i = 0; i < aClasses.size(); ++i)
+        aCounts[i] = aClasses[i].size();
+    QualityPanel(out, measurement.figures, aCounts)
         .write(panelLeft, std::filesystem::path(name).filename().string(), vRinged);
     out << "</svg>\n";
     out.close();

@@ -79,11 +79,16 @@ Json binsToJson(const QualityDistribution& distribution, const char* counted) {
     return bins;
 }
 
+// What was cut off at the end of the doubles is null.
+Json numberToJson(double value) {
+    return value == std::numeric_limits<double>::max() ? Json(nullptr) : Json(value);
+}
+
 Json distributionToJson(const QualityDistribution& distribution) {
     return {{"count", distribution.count},
-            {"min", distribution.smallest},
-            {"max", distribution.largest},
-            {"mean", distribution.mean},
+            {"min", numberToJson(distribution.smallest)},
+            {"max", numberToJson(distribution.largest)},
+            {"mean", numberToJson(distribution.mean)},
             {"bins", binsToJson(distribution, "count")}};
 }
 
@@ -125,6 +130,10 @@ Json smallestAnglesToJson(const ZoneQuality& quality) {
     return binsToJson(quality.smallestAngles, "triangles");
 }
 
+Json extremesToJson(const QualityDistribution& distribution) {
+    return {{"min", numberToJson(distribution.smallest)}, {"max", numberToJson(distribution.largest)}};
+}
+
 std::string qualityLines(const Measurement& measurement) {
     const ZoneQuality& quality = measurement.figures;
     return line("quality", counted(quality.numTriangles, "triangle") + ", " +
@@ -142,7 +151,7 @@ Json qualityToJson(const Measurement& measurement) {
     const ZoneQuality& quality = measurement.figures;
     return {{"vertices", quality.numVertices},
             {"triangles", quality.numTriangles},
-            {"area", quality.totalArea},
+            {"area", numberToJson(quality.totalArea)},
             {"angles", distributionToJson(quality.angles)},
             {"smallestAngles", distributionToJson(quality.smallestAngles)},
             {"areas", distributionToJson(quality.areas)},

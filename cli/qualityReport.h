@@ -14,6 +14,8 @@ std::string areaLine(const TESK_KIVO2D::ZoneQuality& quality);
 std::string edgeLine(const TESK_KIVO2D::ZoneQuality& quality);
 // The bins of smallest angles: their limits and numbers of triangles.
 nlohmann::ordered_json smallestAnglesToJson(const TESK_KIVO2D::ZoneQuality& quality);
+// The smallest and the largest value; null for those beyond the doubles.
+nlohmann::ordered_json extremesToJson(const TESK_KIVO2D::QualityDistribution& distribution);
 
 // All figures.
 std::string qualityLines(const Measurement& measurement);
