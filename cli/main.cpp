@@ -88,6 +88,25 @@ CLI::App* addTriangulate(CLI::App& app, CommandLine& commandLine) {
     return pCommand;
 }
 
+void addLimits(CLI::App& command, MeshOptions& options) {
+    command.add_option("--min-angle", options.minAngle, "smallest angle wanted, in degrees, at most 30")
+        ->capture_default_str();
+    command.add_option("--max-area", options.maxArea,
+                       "largest area of a triangle; in regions with a limit the smaller one holds");
+    command.add_option("--max-edge", options.maxEdge, "longest edge of a triangle");
+    command.add_option("--min-edge", options.minEdge,
+                       "segments shorter than twice this are not split; by default 1e-9 of the size of what "
+                       "is meshed");
+    command.add_option("--grow", options.growFactor,
+                       "how many times as large as a neighbour a triangle may be, above 1");
+    command.add_flag("--no-split", options.bNoSplit,
+                     "split no segments: the border keeps its vertices, and bad triangles may stay there");
+    command.add_option("--max-points", options.maxPoints, "end when so many points were inserted");
+    command.add_option("--grid", options.grid,
+                       "L,dx,dy: first fill the inside with the halves of squares of side L, aligned to the "
+                       "direction dx,dy");
+}
+
 CLI::App* addMesh(CLI::App& app, CommandLine& commandLine) {
     MeshOptions& options = commandLine.mesh;
     TriangulateOptions& shared = options.triangulate;
@@ -102,24 +121,7 @@ CLI::App* addMesh(CLI::App& app, CommandLine& commandLine) {
                      "in rings are holes; \"enclosed\" takes all that has no way out")
         ->check(CLI::IsMember(zoneKinds()))
         ->capture_default_str();
-    pCommand->add_option("--min-angle", options.minAngle, "smallest angle wanted, in degrees, at most 30")
-        ->capture_default_str();
-    pCommand->add_option("--max-area", options.maxArea,
-                         "largest area of a triangle; in regions with a limit the smaller one holds");
-    pCommand->add_option("--max-edge", options.maxEdge, "longest edge of a triangle");
-    pCommand->add_option(
-        "--min-edge", options.minEdge,
-        "segments shorter than twice this are not split; by default 1e-9 of the size of what "
-        "is meshed");
-    pCommand->add_option("--grow", options.growFactor,
-                         "how many times as large as a neighbour a triangle may be, above 1");
-    pCommand->add_flag("--no-split", options.bNoSplit,
-                       "split no segments: the border keeps its vertices, and bad triangles may stay there");
-    pCommand->add_option("--max-points", options.maxPoints, "end when so many points were inserted");
-    pCommand->add_option(
-        "--grid", options.grid,
-        "L,dx,dy: first fill the inside with the halves of squares of side L, aligned to the "
-        "direction dx,dy");
+    addLimits(*pCommand, options);
     pCommand->footer(
         "Beside segments that meet at less than 60 degrees angles may stay small; the report tells how many "
         "triangles do not meet a limit, and why.\n"

@@ -101,7 +101,10 @@ Json boxToJson(const Box& box) {
 std::string toText(const Report& report) {
     std::string text = (report.input.empty() ? report.kind : report.input) + "\n";
     text += line("points", std::to_string(report.numPoints));
-    if (report.bTriangulated) text += triangulationLines(report);
+    if (report.bTriangulated)
+        text += triangulationLines(report);
+    else if (report.quality)
+        text += line("duplicates", std::to_string(report.numDuplicates));
     if (report.segments) text += segmentLines(*report.segments);
     if (report.zone) text += zoneLine(*report.zone);
     if (report.unify) text += unifyLine(*report.unify);
@@ -135,8 +138,8 @@ std::string toJson(const Report& report) {
     else
         json["input"] = report.input;
     json["points"] = report.numPoints;
+    if (report.bTriangulated || report.quality) json["duplicates"] = report.numDuplicates;
     if (report.bTriangulated) {
-        json["duplicates"] = report.numDuplicates;
         json["vertices"] = report.numVertices;
         json["triangles"] = report.numTriangles;
         json["hullVertices"] = report.numHullVertices;
