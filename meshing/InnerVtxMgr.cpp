@@ -4,10 +4,10 @@
 
 namespace TESK_KIVO2D {
 
-void InnerVtxMgr::reserve() {
-    sInsertedInnerPoints.reserve(1);
-    if (vInOrder.size() == vInOrder.capacity())
-        vInOrder.reserve(std::max<std::size_t>(64, 2 * vInOrder.size()));
+void InnerVtxMgr::reserve(std::size_t num) {
+    sInsertedInnerPoints.reserve(num);
+    if (vInOrder.capacity() - vInOrder.size() < num)
+        vInOrder.reserve(std::max<std::size_t>(64, 2 * vInOrder.size() + num));
 }
 
 void InnerVtxMgr::clear() {

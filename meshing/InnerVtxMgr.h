@@ -11,8 +11,8 @@ namespace TESK_KIVO2D {
 // The vertices that refinements inserted, on segments too, since the record was last cleared.
 class InnerVtxMgr {
 public:
-    // Makes sure that the next add needs no memory.
-    void reserve();
+    // Makes sure that the next so many calls of add need no memory.
+    void reserve(std::size_t num = 1);
     void add(Point2* pVtx) {
         if (sInsertedInnerPoints.insert(pVtx)) vInOrder.push_back(pVtx);
     }

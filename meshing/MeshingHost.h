@@ -8,6 +8,7 @@
 #include "kernel/ProgressHub.h"
 #include "kernel/TeskTest.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace TESK_KIVO2D {
@@ -32,6 +33,9 @@ public:
     virtual Point2* newVertex(const Point2& p) = 0;
     // The vertex has been linked in.
     virtual void wasLinked(Point2* pVtx) = 0;
+    // Inserts points as the client does: on constraint segments too, which are split there. aHandles receives
+    // a vertex a point, null for those that are left out when memory runs out or a listener throws.
+    virtual void insertVector(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) = 0;
     // Changes with every vertex, flip and constraint segment.
     virtual std::uint64_t changeCount() const = 0;
 };
