@@ -3,6 +3,7 @@
 #include "core/edgeSearch.h"
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
+#include "meshing/GridDiagonals.h"
 #include "meshing/GridMesher.h"
 
 #include <algorithm>
@@ -81,17 +82,17 @@ void RefinementDriver::mesh() {
 
 // What a listener changes meanwhile asks for a new plan, in which points that are there are left out.
 void RefinementDriver::fillWithGrid(std::vector<Triangle2*>& vTriangles, ProgressHub::Operation& progress) {
-    GridMesher grid(host, params, memory.innerVertices, report);
-    while (report.end == RefinementEnd::COMPLETE) {
-        TriangleMarks marks = markTriangles(vTriangles);
-        grid.createStripes(vTriangles, marks, largestCoordinate(vTriangles));
-        if (mustEnd() || grid.numWaiting() == 0) return;
+    GridMesher grid(host, params, memory.innerVertices, report, largestCoordinate(vTriangles));
+    do {
+        grid.createStripes(vTriangles, markTriangles(vTriangles));
+        if (grid.numWaiting() == 0) return;
+        vTriangles = {};
         insertGrid(grid, progress);
-        const bool bAgain = grid.isStale();
         if (host.constraintMgr().hasPending()) host.applyConstraintsAndZones();
         vTriangles = zoneTriangles();
-        if (!bAgain) return;
-    }
+    } while (report.end == RefinementEnd::COMPLETE && grid.isStale());
+    if (report.end == RefinementEnd::COMPLETE)
+        turnDiagonals(vTriangles, grid.gridFrame(), markTriangles(vTriangles), host.predicates());
 }
 
 // Half of the progress is that of the grid.

@@ -12,10 +12,11 @@ namespace TESK_KIVO2D {
 
 // What grid points keep their distance from: a segment, or a vertex when both ends are the same.
 struct GridObstacle {
-    const Point2* pFrom;
-    const Point2* pTo;
+    Point2* pFrom;
+    Point2* pTo;
     GridSpot from;
     GridSpot to;
+    std::size_t index;
     bool bBorder;     // the zone ends here, to the left of which it lies
     bool bSplittable; // grid points may lie on it
 };
