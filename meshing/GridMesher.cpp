@@ -245,7 +245,9 @@ void GridMesher::insertChunk() {
     innerVertices.reserve(vChunk.size());
     const auto record = [this] {
         for (Point2* const pVtx : vHandles) {
-            if (pVtx != nullptr) wasInserted(pVtx); // else memory ran out before it
+            if (pVtx == nullptr) continue; // memory ran out before it
+            innerVertices.add(pVtx);
+            ++report.numGridPoints;
         }
         numDone += vChunk.size();
     };
@@ -258,6 +260,20 @@ void GridMesher::insertChunk() {
     record();
 }
 
+// Counts the vertices that come while it lives. Conforming segments may need more than one, and when memory
+// runs out the one that came is not returned.
+struct GridMesher::Counter {
+    Counter(const MeshingHost& triangulation, RefinementReport& refinementReport)
+        : host(triangulation), report(refinementReport), numBefore(host.numberOfPoints()) {}
+    ~Counter() { report.numGridPoints += host.numberOfPoints() - numBefore; }
+    Counter(const Counter&) = delete;
+    Counter& operator=(const Counter&) = delete;
+
+    const MeshingHost& host;
+    RefinementReport& report;
+    const std::size_t numBefore;
+};
+
 // The segments that were planned for, each piece by piece.
 void GridMesher::splitSegments() {
     std::size_t i = vSplits.size() - static_cast<std::size_t>(numWaiting());
@@ -268,16 +284,12 @@ void GridMesher::splitSegments() {
         ConstraintSegment2* const pCSeg = host.constraintMgr().getConstraintSegment(pPieceFrom, next.pTo);
         if (pCSeg == nullptr) continue; // doubles had no room for the one before
         innerVertices.reserve();
+        const Counter counter(host, report);
         Point2* const pVtx = pCSeg->insertAndSplit(next.point);
         if (pVtx == nullptr) continue;
-        wasInserted(pVtx);
+        innerVertices.add(pVtx);
         pPieceFrom = pVtx;
     }
-}
-
-void GridMesher::wasInserted(Point2* pVtx) {
-    innerVertices.add(pVtx);
-    ++report.numGridPoints;
 }
 
 } // namespace TESK_KIVO2D

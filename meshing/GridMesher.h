@@ -57,6 +57,8 @@ private:
         Point2 point;
     };
 
+    struct Counter;
+
     std::vector<GridObstacle> findObstacles(const std::vector<Triangle2*>& vTriangles,
                                             TriangleMarks marks) const;
     bool maySplit(const Point2* p, const Point2* q) const;
@@ -74,7 +76,6 @@ private:
     void fillChunk();
     void insertChunk();
     void splitSegments();
-    void wasInserted(Point2* pVtx);
 
     MeshingHost& host;
     const MeshGenParams& params;

@@ -19,6 +19,7 @@ public:
     virtual ~MeshingHost() = default;
 
     virtual bool is2D() const = 0;
+    virtual std::size_t numberOfPoints() const = 0;
     virtual MeshStore& records() = 0;
     virtual TeskTest& predicates() = 0;
     virtual ConstraintMgr& constraintMgr() const = 0;
