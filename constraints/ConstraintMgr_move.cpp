@@ -12,8 +12,7 @@ void ConstraintMgr::reserveMerge(const std::vector<ConstraintSegment2*>& vCSegs)
     reserveOwners(numOwners);
 }
 
-void ConstraintMgr::mergeEnds(const std::vector<ConstraintSegment2*>& vCSegs, Point2* pGone,
-                              Point2* pThere) {
+void ConstraintMgr::mergeEnds(const std::vector<ConstraintSegment2*>& vCSegs, Point2* pGone, Point2* pThere) {
     // Between two vertices at one place: a segment that is neither alive nor split, and never will be.
     ConstraintSegment2* const pNothing = findLiveOrMake(pGone, pThere, vCSegs.front()->cis);
     pNothing->bAlive = false;

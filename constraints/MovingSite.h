@@ -3,6 +3,7 @@
 #include "ConstraintSegment2.h"
 #include "Point2.h"
 #include "Triangle2.h"
+#include "core/MeshStore.h"
 #include "core/walk.h"
 #include "kernel/TeskTest.h"
 
@@ -15,6 +16,7 @@ class MovingSite {
 public:
     virtual ~MovingSite() = default;
 
+    virtual MeshStore& records() = 0;
     virtual TeskTest& predicates() = 0;
     // Makes the point one that predicates and walks may be asked about.
     virtual void coverPoint(const Point2& p) = 0;

@@ -11,13 +11,16 @@ VertexMover::Result VertexMover::move(Point2* pVtx, const Point2& target) {
     lookAround(pVtx, target);
     if (!bOnHull && staysAmongNeighbours()) {
         site.shift(pVtx, target, star.vTriangles);
-        bMovedSegments = bMovedSegments || !star.vFixed.empty();
+        if (!star.vFixed.empty()) ++numSegmentMoves;
         return Result::MOVED;
     }
-    const WalkResult found = site.find(target, star.vTriangles.front());
+    const bool bPlain = star.vFixed.empty();
+    Triangle2* const pNear = bPlain ? sweep.followWay(star) : star.vTriangles.front();
+    if (pNear == nullptr) return Result::BLOCKED;
+    const WalkResult found = site.find(target, pNear);
     Point2* const pThere = found.code == WalkResult::ON_CORNER ? cornerAt(found, target) : nullptr;
     star.pAtTarget = pThere;
-    if (!sweep.isClear(star)) return Result::LEFT_OUT;
+    if (!bPlain && !sweep.isClear(star)) return Result::LEFT_OUT;
     return pThere != nullptr ? merge(pVtx, pThere) : place(pVtx);
 }
 
@@ -30,8 +33,7 @@ void VertexMover::lookAround(Point2* pVtx, const Point2& target) {
     star.vFarEnds.clear();
     const bool bMayHaveSegments = mgr.isConstraint(pVtx);
     const auto enter = [&](const Point2* pFar) {
-        ConstraintSegment2* const pCSeg =
-            bMayHaveSegments ? mgr.getConstraintSegment(pVtx, pFar) : nullptr;
+        ConstraintSegment2* const pCSeg = bMayHaveSegments ? mgr.getConstraintSegment(pVtx, pFar) : nullptr;
         if (pCSeg == nullptr) return;
         star.vFixed.push_back(pCSeg);
         star.vFarEnds.push_back(pFar);
@@ -98,7 +100,7 @@ bool VertexMover::wouldCoincide(const Point2* pThere) const {
 // The segments of the vertex, or what has come out of them, become edges again. Nothing is in their way.
 void VertexMover::restoreSegments() {
     if (star.vFixed.empty()) return;
-    bMovedSegments = true;
+    ++numSegmentMoves;
     try {
         std::vector<ConstraintSegment2*> vLeaves;
         for (ConstraintSegment2* const pCSeg : star.vFixed) {

@@ -5,12 +5,12 @@
 #include "constraints/MovingSite.h"
 #include "constraints/Sweep.h"
 
-#include <functional>
+#include <cstddef>
 
 namespace TESK_KIVO2D {
 
-// Moves vertices of a triangulation with constraints. The constraint segments that end at a vertex go with it,
-// as straight as they were.
+// Moves vertices of a triangulation with constraints. The constraint segments that end at a vertex go with
+// it, as straight as they were.
 //
 // A vertex that stays among its neighbours only gets other coordinates. Any other one is taken out, put in at
 // the target and joined to the far ends of its segments again, once Sweep has found nothing in the way.
@@ -19,11 +19,13 @@ public:
     enum class Result {
         MOVED,
         MERGED, // another vertex lay there: one of the two was removed
-        LEFT_OUT
+        LEFT_OUT,
+        BLOCKED // left out, and will be again until a segment moves
     };
 
     VertexMover(MovingSite& triangulation, ConstraintMgr& manager)
-        : site(triangulation), mgr(manager), sweep(triangulation.predicates(), manager) {}
+        : site(triangulation), mgr(manager),
+          sweep(triangulation.records(), triangulation.predicates(), manager) {}
 
     // Moves the vertex, which is part of a triangle, to another place. It may come to lie on a constraint,
     // which it splits, or fall together with another vertex. Left out, and nothing has changed: a move across
@@ -31,9 +33,10 @@ public:
     // triangle.
     Result move(Point2* pVtx, const Point2& target);
 
-    // True when segments have moved since the last call of `forget`.
-    bool hasMovedSegments() const { return bMovedSegments; }
-    void forget() { bMovedSegments = false; }
+    // How many vertices with segments have moved.
+    std::size_t numberOfSegmentMoves() const { return numSegmentMoves; }
+    // Gives memory back that the next move needs again.
+    void release() { sweep.release(); }
 
 private:
     void lookAround(Point2* pVtx, const Point2& target);
@@ -48,7 +51,7 @@ private:
     Sweep sweep;
     MovingStar star;
     bool bOnHull = false;
-    bool bMovedSegments = false;
+    std::size_t numSegmentMoves = 0;
 };
 
 } // namespace TESK_KIVO2D

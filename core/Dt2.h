@@ -6,6 +6,7 @@
 #include "Point2.h"
 #include "Segment2.h"
 #include "Triangle2.h"
+#include "ZoneQuality.h"
 #include "constraints/ConstraintHost.h"
 #include "constraints/MovingSite.h"
 #include "constraints/SegmentSite.h"
@@ -78,6 +79,8 @@ public:
     // --- meshing
     void refine(const MeshGenParams& parameters);
     const RefinementReport& refinementReport() const;
+    // All zero, after a warning, for what is no zone of this triangulation, or an empty one.
+    ZoneQuality checkZoneQuality(const Zone2* pZone, const std::string& name);
 
     // --- queries
     Triangle2* locate(const Point2& q);

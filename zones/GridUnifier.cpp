@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace TESK_KIVO2D {
 namespace {
@@ -23,6 +24,7 @@ Point2 GridUnifier::nearestGridPoint(const Point2& p) const {
 }
 
 std::size_t GridUnifier::run() {
+    numSegmentMovesBefore = mover.numberOfSegmentMoves();
     try {
         const std::size_t num = moveAll();
         settle();
@@ -34,18 +36,20 @@ std::size_t GridUnifier::run() {
 }
 
 std::size_t GridUnifier::moveAll() {
+    std::vector<Task> vTasks = findTasks();
     for (;;) {
-        std::vector<Task> vTasks = findTasks(); // anew each time: some rules follow the vertices
-        if (!workOff(vTasks)) return vTasks.size();
         while (workOff(vTasks)) {
         }
+        // Once more: some rules of zones follow the vertices.
+        std::vector<Task> vNext = findTasks();
+        if (areSame(vTasks, vNext)) return vTasks.size();
+        vTasks.swap(vNext);
     }
 }
 
 void GridUnifier::settle() {
-    if (!host.vertexMover().hasMovedSegments()) return;
-    host.vertexMover().forget();
-    host.segmentsHaveMoved();
+    mover.release();
+    if (mover.numberOfSegmentMoves() > numSegmentMovesBefore) host.segmentsHaveMoved();
 }
 
 // Those with the shortest way first, since they are in the way of others.
@@ -62,15 +66,31 @@ std::vector<GridUnifier::Task> GridUnifier::findTasks() const {
     return vTasks;
 }
 
+bool GridUnifier::areSame(const std::vector<Task>& vA, const std::vector<Task>& vB) {
+    const auto verticesOf = [](const std::vector<Task>& vTasks) {
+        std::vector<const Point2*> vVertices;
+        for (const Task& task : vTasks)
+            vVertices.push_back(task.pVtx);
+        std::sort(vVertices.begin(), vVertices.end(), std::less<>{});
+        return vVertices;
+    };
+    return vA.size() == vB.size() && verticesOf(vA) == verticesOf(vB);
+}
+
 // Tries each once, and keeps those that are left out. True when one was not.
 bool GridUnifier::workOff(std::vector<Task>& vTasks) {
-    VertexMover& mover = host.vertexMover();
-    const std::size_t numBefore = vTasks.size();
-    std::erase_if(vTasks, [&](const Task& task) {
-        return task.pVtx->getIncidentTriangle() == nullptr ||
-               mover.move(task.pVtx, task.target) != VertexMover::Result::LEFT_OUT;
-    });
-    return vTasks.size() < numBefore;
+    std::vector<Task> vLeft;
+    for (Task task : vTasks) {
+        if (task.pVtx->getIncidentTriangle() == nullptr) continue; // it was merged with another one
+        if (task.numSegmentMoves != mover.numberOfSegmentMoves()) {
+            const VertexMover::Result result = mover.move(task.pVtx, task.target);
+            if (result == VertexMover::Result::MOVED || result == VertexMover::Result::MERGED) continue;
+            if (result == VertexMover::Result::BLOCKED) task.numSegmentMoves = mover.numberOfSegmentMoves();
+        }
+        vLeft.push_back(task);
+    }
+    vTasks.swap(vLeft);
+    return vTasks.size() < vLeft.size();
 }
 
 } // namespace TESK_KIVO2D

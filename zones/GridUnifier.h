@@ -15,7 +15,7 @@ class GridUnifier {
 public:
     // The width is positive and finite.
     GridUnifier(const Zone2& itsZone, ZoneHost& triangulation, double itsWidth)
-        : zone(itsZone), host(triangulation), width(itsWidth) {}
+        : zone(itsZone), host(triangulation), mover(triangulation.vertexMover()), width(itsWidth) {}
 
     // Returns the number of vertices that stay beside the grid.
     std::size_t run();
@@ -25,17 +25,22 @@ private:
         Point2* pVtx;
         Point2 target;
         double sqLength;
+        // How many had been made when it was found blocked.
+        std::size_t numSegmentMoves = static_cast<std::size_t>(-1);
     };
 
     std::size_t moveAll();
     void settle();
     std::vector<Task> findTasks() const;
+    static bool areSame(const std::vector<Task>& vA, const std::vector<Task>& vB);
     bool workOff(std::vector<Task>& vTasks);
     Point2 nearestGridPoint(const Point2& p) const;
 
     const Zone2& zone;
     ZoneHost& host;
+    VertexMover& mover;
     const double width;
+    std::size_t numSegmentMovesBefore = 0;
 };
 
 } // namespace TESK_KIVO2D
