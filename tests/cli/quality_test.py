@@ -181,7 +181,7 @@ class Triangulations(QualityTest):
     def test_points_are_triangulated_and_zones_measured(self):
         source = random.Random(8)
         self.write("a.xy", "".join(f"{source.random()!r} {source.random()!r}\n" for _ in range(300)))
-        self.write("a.seg", "0.1 0.1 0.9 0.1\n0.9 0.1 0.9 0.9\n0.9 0.9 0.1 0.9\n0.1 0.9 0.1 0.1\n")
+        self.write("a.seg", "0.1 0.13 0.9 0.11\n0.9 0.11 0.87 0.93\n0.87 0.93 0.12 0.9\n0.12 0.9 0.1 0.13\n")
         for extra in ([], ["--segments", "a.seg"], ["--segments", "a.seg", "--zone", "inside"], ["--segments", "a.seg", "--conforming", "--flip-y"]):
             report = self.quality("a.xy", *extra, "--check")
             self.report("a.xy", *extra, "-o", "b.node", "-o", "b.ele")
