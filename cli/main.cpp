@@ -102,9 +102,10 @@ void addLimits(CLI::App& command, MeshOptions& options) {
     command.add_flag("--no-split", options.bNoSplit,
                      "split no segments: the border keeps its vertices, and bad triangles may stay there");
     command.add_option("--max-points", options.maxPoints, "end when so many points were inserted");
-    command.add_option("--grid", options.grid,
-                       "L,dx,dy: first fill the inside with the halves of squares of side L, aligned to the "
-                       "direction dx,dy");
+    command.add_option(
+        "--grid", options.grid,
+        "L,dx,dy: first fill the inside with the halves of squares of side L, aligned to the direction "
+        "dx,dy; left out, with a warning, when that takes more than --max-points");
 }
 
 CLI::App* addMesh(CLI::App& app, CommandLine& commandLine) {

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <iostream>
+#include <string>
 #include <vector>
 
 using namespace TESK_KIVO2D;
@@ -60,8 +61,10 @@ int main() {
     std::cout << report.numGridPoints << " points of the grid, "
               << report.numInnerPoints + report.numSegmentPoints << " more towards the walls\n";
 
-    // Prints the distributions too, and draws the worst triangles into hall_quality.ps.
+    // It prints the distributions too, unless nobody listens, and draws the worst triangles into a file.
+    setMessageSink([](MessageChannel, const std::string&) {});
     const ZoneQuality quality = plan.checkZoneQuality(pHall, "hall");
+    setMessageSink({});
     std::cout << countHalvesOfSquares(pHall) << " of " << quality.numTriangles
               << " triangles are halves of squares; the smallest angle is "
               << std::floor(quality.angles.smallest) << " degrees, the area " << quality.totalArea << '\n';

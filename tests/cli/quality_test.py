@@ -240,6 +240,23 @@ class Grids(QualityTest):
                 done = self.run_kivo(command, "missing.poly", "--unify=" + value, exit_code=2)
                 self.assertEqual(done.stderr, f"kivo2d: --unify takes a positive width, not {value}\n")
 
+    def test_inside_is_filled_with_halves_of_squares_along_the_direction(self):
+        self.write_poly("a.poly", [[(0, 0), (16, 0), (16, 9), (0, 9)], [(5, 3), (7, 3), (7, 6)]])
+        for dx, dy in ((1, 0), (3, 1), (-2e9, 5e9)):
+            report = self.mesh("a.poly", "--grid=0.5,%r,%r" % (dx, dy), "-o", "b.node", "-o", "b.ele")
+            u, v = dx / math.hypot(dx, dy) * 0.5, dy / math.hypot(dx, dy) * 0.5
+            steps = [((x * u + y * v) / 0.25, (y * u - x * v) / 0.25) for x, y in (node[:2] for node in self.nodes())]
+            on_grid = sum(abs(a - round(a)) + abs(b - round(b)) < 1e-9 for a, b in steps)
+            grid = report["mesh"]["gridPoints"]
+            self.assertTrue(0.8 * 16 * 9 * 4 < grid <= on_grid <= grid + 7, (grid, on_grid))
+            halves = sum(abs(a - 45) + abs(b - 45) < 1e-6 for a, b, _ in (sorted(angles_of(t)) for t in self.triangles()))
+            self.assertGreater(halves, 0.6 * report["mesh"]["triangles"])
+            self.assertEqual((report["mesh"]["badTriangles"], report["valid"]), (0, True))
+        self.assertRegex(self.run_kivo("mesh", "a.poly", "--grid", "1,1,0").stdout, r"(?m)^  mesh +complete, \d+ points of the grid, \d+ points? inside and ")
+        done = self.run_kivo("mesh", "a.poly", "--grid", "1e-200,1,0", "--json")
+        self.assertIn("WARNING", done.stderr)
+        self.assertEqual(json.loads(done.stdout)["mesh"]["gridPoints"], 0)
+
     def test_unified_files_lie_on_the_grid_and_agree(self):
         for width, extra in ((1.0, ()), (0.25, ("--conforming",)), (2.0, ("--zone", "inside"))):
             before = self.report(NIPIGON, *extra)
