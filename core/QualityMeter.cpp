@@ -41,7 +41,7 @@ std::size_t exponentBits(double value) { return std::bit_cast<std::uint64_t>(val
 // The angle of this cotangent less that of the tangent, in radians. They are at most 2.5 degrees apart.
 inline double angleBeyond(double tangent, double cotangent) {
     const double t = (1 - tangent * cotangent) / (cotangent + tangent), s = t * t;
-    return t * (1 - s * (1 / 3.0 - s * (1 / 5.0 - s * (1 / 7.0 - s * (1 / 9.0 - s / 11)))));
+    return t * (1 - s * (1 / 3.0 - s * (1 / 5.0 - s * (1 / 7.0 - s / 9))));
 }
 
 // Chains of additions that run side by side.
@@ -165,7 +165,7 @@ QualityMeter::QualityMeter() : pAngles(&angleTable()), pAspects(&aspectTable()) 
         aTangents[bin] = std::tan((5 * static_cast<double>(bin) + 2.5) / degrees);
 }
 
-unsigned QualityMeter::countAngles(double cot0, double cot1, double cot2) {
+inline unsigned QualityMeter::countAngles(double cot0, double cot1, double cot2) {
     const unsigned bin0 = pAngles->classOf(cot0), bin1 = pAngles->classOf(cot1),
                    bin2 = pAngles->classOf(cot2);
     ++counts.aAngles[0][bin0];
@@ -211,7 +211,7 @@ void QualityMeter::measureBlock() {
     for (std::size_t k = 0; k < num; ++k)
         aExcess[k] = angleBeyond(aMiddles[k], aTops[k]);
     for (std::size_t k = 0; k < num; ++k) {
-        if (aTops[k] > worstLimit) rememberWorst(block.aIds[k], aTops[k]);
+        if (aTops[k] >= limit.cotangent) rememberWorst(block.aIds[k], aTops[k]);
     }
     for (std::size_t k = 0; k < num; ++k)
         excessSum += aExcess[k];
@@ -246,7 +246,7 @@ void QualityMeter::addUnusual(std::size_t id, const std::array<const Point2*, 3>
     double aSquares[3];
     std::size_t longest = 0;
     for (std::size_t i = 0; i < 3; ++i) {
-        if ((edges >> i & 1) != 0) addLength(*aCorners[(i + 1) % 3], *aCorners[(i + 2) % 3]);
+        if ((edges >> i & 1) != 0) addEdge(*aCorners[(i + 1) % 3], *aCorners[(i + 2) % 3]);
         Vector& edge = aEdges[i];
         edge = {std::ldexp(edge.x, edge.exponent - unit), std::ldexp(edge.y, edge.exponent - unit), unit};
         aSquares[i] = dot(edge, edge);
@@ -266,7 +266,7 @@ void QualityMeter::addUnusual(std::size_t id, const std::array<const Point2*, 3>
     tops.add(cotangent);
     bottoms.add(std::min({aCotangents[0], aCotangents[1], aCotangents[2]}));
     excessSum += angleBeyond(aTangents[bin], std::min(cotangent, 1e300));
-    if (cotangent > worstLimit) rememberWorst(id, cotangent);
+    if (cotangent >= limit.cotangent) rememberWorst(id, cotangent);
     const double aspect = withinDoubles(aSquares[longest] / cross);
     const double area = withinDoubles(std::ldexp(0.5 * cross, 2 * unit));
     ++counts.aspects[pAspects->classOf(aspect)];
@@ -277,7 +277,7 @@ void QualityMeter::addUnusual(std::size_t id, const std::array<const Point2*, 3>
     areaSum.add(0.5 * cross, 2 * unit);
 }
 
-void QualityMeter::addLength(const Point2& a, const Point2& b) {
+void QualityMeter::addEdge(const Point2& a, const Point2& b) {
     const Length length = lengthOf(a, b);
     const double rounded = withinDoubles(std::ldexp(length.value, length.exponent));
     ++counts.lengths[exponentBits(rounded)];
@@ -287,11 +287,13 @@ void QualityMeter::addLength(const Point2& a, const Point2& b) {
 }
 
 void QualityMeter::rememberWorst(std::size_t id, double cotangent) {
-    vWorst.push_back({cotangent, id});
+    const Worst candidate = {cotangent, id};
+    if (!(candidate < limit) && cotangent == limit.cotangent) return;
+    vWorst.push_back(candidate);
     if (vWorst.size() < worstRoom) return;
     std::nth_element(vWorst.begin(), vWorst.begin() + (numWorst - 1), vWorst.end());
     vWorst.resize(numWorst);
-    worstLimit = vWorst.back().cotangent;
+    limit = vWorst.back();
 }
 
 std::vector<std::size_t> QualityMeter::worst() {

@@ -64,7 +64,7 @@ class QualityMeter {
 public:
     QualityMeter();
 
-    // Corners in counter-clockwise order. The ids ascend. Bit i of the edges tells whether the one opposite
+    // Corners in counter-clockwise order. Bit i of the edges tells whether the one opposite
     // corner i counts with this triangle: each does with one of its two.
     void add(std::size_t id, const Point2& a, const Point2& b, const Point2& c, unsigned edges) {
         const double x0 = c.x() - b.x(), y0 = c.y() - b.y();
@@ -92,6 +92,8 @@ public:
         block.aLongest[k] = longest;
         if (numInBlock == blockSize) measureBlock();
     }
+    // An edge that counted with no triangle.
+    void addEdge(const Point2& a, const Point2& b);
     // For the angles only.
     void addAngles(const Triangle2& t) { add(0, *t.getCorner(0), *t.getCorner(1), *t.getCorner(2), 0); }
 
@@ -146,7 +148,6 @@ private:
     void addUnusual(std::size_t id, const std::array<const Point2*, 3>& aCorners, unsigned edges);
     void measureBlock();
     void measureEdges();
-    void addLength(const Point2& a, const Point2& b);
     // Counts three angles, and returns the bin of the smallest one.
     unsigned countAngles(double cot0, double cot1, double cot2);
     void rememberWorst(std::size_t id, double cotangent);
@@ -163,8 +164,8 @@ private:
     Extremes tops, bottoms; // of the cotangents of smallest and largest angles
     double excessSum = 0;   // of smallest angles beyond the middles of their bins, in radians
     ScaledSum aspectSum, areaSum, lengthSum;
-    double worstLimit = -HUGE_VAL;
-    std::vector<Worst> vWorst; // candidates
+    Worst limit = {-HUGE_VAL, 0}; // at least as good as what is remembered
+    std::vector<Worst> vWorst;    // candidates
 };
 
 } // namespace TESK_KIVO2D
