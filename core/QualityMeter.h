@@ -67,29 +67,15 @@ public:
     // Corners in counter-clockwise order. Bit i of the edges tells whether the one opposite
     // corner i counts with this triangle: each does with one of its two.
     void add(std::size_t id, const Point2& a, const Point2& b, const Point2& c, unsigned edges) {
-        const double x0 = c.x() - b.x(), y0 = c.y() - b.y();
-        const double x1 = a.x() - c.x(), y1 = a.y() - c.y();
-        const double x2 = b.x() - a.x(), y2 = b.y() - a.y();
-        const double square0 = x0 * x0 + y0 * y0, square1 = x1 * x1 + y1 * y1, square2 = x2 * x2 + y2 * y2;
-        const double cross = x0 * y1 - y0 * x1, longest = std::max(std::max(square0, square1), square2);
-        ++numTriangles;
-        if (!(longest <= largestSquare && longest >= smallestSquare && cross * largestAspect >= longest)) {
-            addUnusual(id, {&a, &b, &c}, edges);
-            return;
-        }
         const std::size_t k = numInBlock++;
         block.aIds[k] = id;
-        block.aSquares[numEdgesInBlock] = square0;
-        numEdgesInBlock += edges & 1;
-        block.aSquares[numEdgesInBlock] = square1;
-        numEdgesInBlock += edges >> 1 & 1;
-        block.aSquares[numEdgesInBlock] = square2;
-        numEdgesInBlock += edges >> 2 & 1;
-        block.aDots[0][k] = -(x1 * x2 + y1 * y2);
-        block.aDots[1][k] = -(x2 * x0 + y2 * y0);
-        block.aDots[2][k] = -(x0 * x1 + y0 * y1);
-        block.aCrosses[k] = cross;
-        block.aLongest[k] = longest;
+        block.aEdges[k] = edges;
+        block.aX[0][k] = a.x();
+        block.aX[1][k] = b.x();
+        block.aX[2][k] = c.x();
+        block.aY[0][k] = a.y();
+        block.aY[1][k] = b.y();
+        block.aY[2][k] = c.y();
         if (numInBlock == blockSize) measureBlock();
     }
     // An edge that counted with no triangle.
@@ -115,12 +101,10 @@ private:
     using Row = std::array<Value, blockSize>;
     struct Block {
         Row<std::size_t> aIds;
-        std::array<Row<double>, 3> aDots; // of the edges that leave each corner
-        Row<double> aCrosses;             // twice the area
-        Row<double> aLongest;             // of the edges' squares
-        // Squares of the edges that count; one more, which is overwritten.
-        std::array<double, 3 * blockSize + 1> aSquares;
+        Row<unsigned> aEdges;
+        std::array<Row<double>, 3> aX, aY;
     };
+    struct Shapes;
     struct Worst {
         double cotangent;
         std::size_t id;
@@ -145,9 +129,11 @@ private:
         ExponentCounts lengths{}, areas{};
     };
 
-    void addUnusual(std::size_t id, const std::array<const Point2*, 3>& aCorners, unsigned edges);
+    void addUnusual(std::size_t id, const std::array<Point2, 3>& aCorners, unsigned edges);
     void measureBlock();
-    void measureEdges();
+    void takeOutUnusual(const Shapes& shapes);
+    void measureAngles(const Shapes& shapes);
+    void measureEdges(const Shapes& shapes);
     // Counts three angles, and returns the bin of the smallest one.
     unsigned countAngles(double cot0, double cot1, double cot2);
     void rememberWorst(std::size_t id, double cotangent);
@@ -157,7 +143,7 @@ private:
     const CellTable<LimitOrder::ASCENDING>* pAspects;
     std::array<double, numAngleBins> aTangents; // of the middles of the bins
     Block block;
-    std::size_t numInBlock = 0, numEdgesInBlock = 0;
+    std::size_t numInBlock = 0;
     std::uint64_t numTriangles = 0, numEdges = 0;
     Counts counts;
     Extremes areas, aspects, lengths;
