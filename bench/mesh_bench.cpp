@@ -10,7 +10,10 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
+#include <numbers>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -31,6 +34,7 @@ struct Domain {
     Coordinates holePoints;
     double maxArea;
     double rivalMaxEdge;
+    double gridLength; // of a grid mesh of about as many triangles
 };
 
 ConstraintInput segmentsOf(const Domain& domain) {
@@ -59,7 +63,10 @@ double smallestAngle(const Zone2* pZone) {
     return smallest;
 }
 
-void meshKivo(benchmark::State& state, const Domain& domain, double angle) {
+// A grid of that direction in degrees, and no limit of area; or none.
+using GridDirection = std::optional<double>;
+
+void meshKivo(benchmark::State& state, const Domain& domain, double angle, GridDirection gridDirection) {
     const ConstraintInput input = segmentsOf(domain);
     const std::vector<Point2> vEnds = converted(input.corners);
     std::vector<Segment2> vSegments;
@@ -72,7 +79,13 @@ void meshKivo(benchmark::State& state, const Domain& domain, double angle) {
         MeshGenParams params(pZone);
         params.minAngleDegree = angle;
         params.minEdgeLength = 0;
-        params.maxTriangleArea = domain.maxArea;
+        if (gridDirection) {
+            const double radians = *gridDirection * (std::numbers::pi / 180);
+            params.gridLength = domain.gridLength;
+            params.gridVector = TESK_KIVO2D::Vector2(std::cos(radians), std::sin(radians));
+        } else {
+            params.maxTriangleArea = domain.maxArea;
+        }
         measureOnce(state, [&] { kivo.refineAdvanced(&params); });
         const TESK_KIVO2D::RefinementReport result = kivo.getRefinementReport();
         report(state, result.numTriangles, smallestAngle(pZone));
@@ -81,7 +94,7 @@ void meshKivo(benchmark::State& state, const Domain& domain, double angle) {
     }
 }
 
-void meshRival(benchmark::State& state, const Domain& domain, double angle) {
+void meshRival(benchmark::State& state, const Domain& domain, double angle, GridDirection) {
     const ConstraintInput input = segmentsOf(domain);
     for (auto _ : state) {
         rival::Mesher mesher(input, domain.holePoints);
@@ -94,19 +107,27 @@ void meshRival(benchmark::State& state, const Domain& domain, double angle) {
 
 // The run script knows these names.
 void addMeshBenchmarks() {
-    const Domain domains[] = {{"noisy_lake", {}, 0.00000045, 0.0012},
-                              {"square_with_round_hole", {{0.5, 0.5}}, 0.00000125, 0.002}};
+    const Domain domains[] = {{"noisy_lake", {}, 0.00000045, 0.0012, 0.00076},
+                              {"square_with_round_hole", {{0.5, 0.5}}, 0.00000125, 0.002, 0.00126}};
     for (const Domain& domain : domains) {
         for (const int angle : {20, 25, 30}) {
             const std::string name = "mesh/" + domain.name + "/" + std::to_string(angle);
             for (const bool bRival : {false, true}) {
                 benchmark::RegisterBenchmark((name + (bRival ? "/cgal" : "/kivo")).c_str(),
                                              bRival ? meshRival : meshKivo, domain,
-                                             static_cast<double>(angle))
+                                             static_cast<double>(angle), GridDirection())
                     ->Unit(benchmark::kMillisecond)
                     ->Iterations(1)
                     ->UseManualTime();
             }
+        }
+        for (const int direction : {0, 20}) {
+            const std::string name = "mesh/" + domain.name + "/grid" + std::to_string(direction) + "/kivo";
+            benchmark::RegisterBenchmark(name.c_str(), meshKivo, domain, 20.0,
+                                         GridDirection(static_cast<double>(direction)))
+                ->Unit(benchmark::kMillisecond)
+                ->Iterations(1)
+                ->UseManualTime();
         }
     }
 }

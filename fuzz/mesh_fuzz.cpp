@@ -49,6 +49,13 @@ public:
         return value < 16 ? oddValues[value] : scale * std::exp2((value - 140) / 16.0);
     }
 
+    // Along an axis, at any angle, or no direction.
+    Vector2 direction() {
+        const std::uint8_t value = byte();
+        if (value >= 32) return {std::cos(value), std::sin(value)};
+        return {oddValues[value % 16], value < 16 ? 0.0 : oddValues[byte() % 16]};
+    }
+
 private:
     double bits() {
         std::uint64_t value = 0;
@@ -123,6 +130,10 @@ private:
         params.maxEdgeLength = input.limit(input.unit());
         params.growFactor = bits & 4 ? input.limit(16) : DBL_MAX;
         params.growFactorMinArea = bits & 8 ? input.limit(1) : 0;
+        if (bits & 64) {
+            params.gridLength = input.limit(input.unit());
+            params.gridVector = input.direction();
+        }
         params.maxInsertedPoints = bits & 16 ? MANY_POINTS / 20 : MANY_POINTS;
         const oracle::MeshWitness witness(kivo, pZone, vGraphs);
         kivo.refineAdvanced(&params);
@@ -130,7 +141,8 @@ private:
         if (!fault.empty()) std::fprintf(stderr, "%s\n", fault.c_str());
         CHECK(fault.empty());
         const RefinementReport report = kivo.getRefinementReport();
-        CHECK(report.numInnerPoints + report.numSegmentPoints <= params.maxInsertedPoints);
+        CHECK(report.numGridPoints + report.numInnerPoints + report.numSegmentPoints <=
+              params.maxInsertedPoints);
         if (bits & 32) kivo.insert(input.point());
         if (kivo.is2D()) kivo.applyConstraintsAndZones();
     }

@@ -56,6 +56,15 @@ bool areExact(const Corners& d) {
     return lost == 0;
 }
 
+// True for the corners of a square, seen from the one opposite q. Differences must be exact.
+bool isSquare(const Corner& p, const Corner& q, const Corner& r) {
+    if (r.high.x != -p.high.y || r.high.y != p.high.x) return false;
+    double x = 0, y = 0, lostX = 0, lostY = 0;
+    expansion::twoSum(p.high.x, r.high.x, x, lostX);
+    expansion::twoSum(p.high.y, r.high.y, y, lostY);
+    return q.high.x == x && q.high.y == y && lostX == 0 && lostY == 0;
+}
+
 double lift(const Corner& p) { return p.high.x * p.high.x + p.high.y * p.high.y; }
 double minor(const Corner& p, const Corner& q) { return p.high.x * q.high.y - q.high.x * p.high.y; }
 
@@ -115,7 +124,7 @@ Decision inCircleLattice(const Point2& pa, const Point2& pb, const Point2& pc, c
         return decisionOf(
             sumOfProducts({lift(a), lift(b), lift(c)}, {minor(b, c), minor(c, a), minor(a, b)}));
     }
-    return UNSURE;
+    return isSquare(a, b, c) || isSquare(b, c, a) || isSquare(c, a, b) ? ZERO : UNSURE;
 }
 
 // The error bound, in the units of doubleDouble.

@@ -8,6 +8,7 @@
 #include "kernel/ProgressHub.h"
 #include "kernel/TeskTest.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace TESK_KIVO2D {
@@ -18,6 +19,7 @@ public:
     virtual ~MeshingHost() = default;
 
     virtual bool is2D() const = 0;
+    virtual std::size_t numberOfPoints() const = 0;
     virtual MeshStore& records() = 0;
     virtual TeskTest& predicates() = 0;
     virtual ConstraintMgr& constraintMgr() const = 0;
@@ -32,6 +34,9 @@ public:
     virtual Point2* newVertex(const Point2& p) = 0;
     // The vertex has been linked in.
     virtual void wasLinked(Point2* pVtx) = 0;
+    // Inserts points as the client does: on constraint segments too, which are split there. aHandles receives
+    // a vertex a point, null for those that are left out when memory runs out or a listener throws.
+    virtual void insertVector(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) = 0;
     // Changes with every vertex, flip and constraint segment.
     virtual std::uint64_t changeCount() const = 0;
 };

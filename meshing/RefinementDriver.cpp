@@ -3,8 +3,11 @@
 #include "core/edgeSearch.h"
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
+#include "meshing/GridDiagonals.h"
+#include "meshing/GridMesher.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <new>
 #include <string>
 #include <utility>
@@ -48,10 +51,8 @@ void RefinementDriver::run() {
                       "The triangulation is not full dimensional yet. Nothing to do");
         return;
     }
-    if (params.gridLength > 0 && (params.gridVector.x() != 0 || params.gridVector.y() != 0))
-        reportWarning("Dt2::refineMain2()", "grid meshing is not available yet, gridLength is ignored");
     if (host.constraintMgr().hasPending()) host.applyConstraintsAndZones();
-    makePasses();
+    mesh();
 }
 
 void RefinementDriver::checkParameters() const {
@@ -63,19 +64,13 @@ void RefinementDriver::checkParameters() const {
           "minAngleDegree<=30.0");
 }
 
-void RefinementDriver::makePasses() {
+void RefinementDriver::mesh() {
     try {
         std::vector<Triangle2*> vTriangles = zoneTriangles();
-        const MeshLimits limits(params, largestCoordinate(vTriangles));
         ProgressHub::Operation progress(host.progressHub(), "refine", progressSteps);
         report.end = RefinementEnd::COMPLETE;
-        while (makePass(limits, std::move(vTriangles), progress)) {
-            if (report.numPasses == maxPasses) report.end = RefinementEnd::PASS_LIMIT;
-            if (report.end != RefinementEnd::COMPLETE) break;
-            vTriangles = zoneTriangles();
-        }
-        if (report.end != RefinementEnd::COMPLETE && report.end != RefinementEnd::ABANDONED)
-            countWhatIsLeft(limits);
+        if (GridMesher::isWanted(params)) fillWithGrid(vTriangles, progress);
+        makePasses(std::move(vTriangles), progress);
         progress.finish();
     } catch (const std::bad_alloc&) {
         endWithoutMemory();
@@ -83,6 +78,40 @@ void RefinementDriver::makePasses() {
         report.end = RefinementEnd::ABANDONED;
         throw;
     }
+}
+
+// What a listener changes meanwhile asks for a new plan, in which points that are there are left out.
+void RefinementDriver::fillWithGrid(std::vector<Triangle2*>& vTriangles, ProgressHub::Operation& progress) {
+    GridMesher grid(host, params, memory.innerVertices, report, largestCoordinate(vTriangles));
+    do {
+        grid.createStripes(vTriangles, markTriangles(vTriangles));
+        if (grid.numWaiting() == 0) return;
+        vTriangles = {};
+        insertGrid(grid, progress);
+        if (host.constraintMgr().hasPending()) host.applyConstraintsAndZones();
+        vTriangles = zoneTriangles();
+    } while (report.end == RefinementEnd::COMPLETE && grid.isStale());
+    if (report.end == RefinementEnd::COMPLETE)
+        turnDiagonals(vTriangles, grid.gridFrame(), markTriangles(vTriangles), host.predicates());
+}
+
+// Half of the progress is that of the grid.
+void RefinementDriver::insertGrid(GridMesher& grid, ProgressHub::Operation& progress) {
+    while (grid.numWaiting() > 0 && !grid.isStale() && !mustEnd()) {
+        grid.insertSome();
+        const std::uint64_t numDone = report.numGridPoints;
+        tellSteps(progress, progressSteps / 2 * numDone / (numDone + grid.numWaiting()));
+    }
+}
+
+void RefinementDriver::makePasses(std::vector<Triangle2*> vTriangles, ProgressHub::Operation& progress) {
+    const MeshLimits limits(params, largestCoordinate(vTriangles));
+    while (report.end == RefinementEnd::COMPLETE && makePass(limits, std::move(vTriangles), progress)) {
+        if (report.numPasses == maxPasses) report.end = RefinementEnd::PASS_LIMIT;
+        if (report.end == RefinementEnd::COMPLETE) vTriangles = zoneTriangles();
+    }
+    if (report.end != RefinementEnd::COMPLETE && report.end != RefinementEnd::ABANDONED)
+        countWhatIsLeft(limits);
 }
 
 void RefinementDriver::endWithoutMemory() {
@@ -162,7 +191,10 @@ bool RefinementDriver::mustEnd() {
 
 // The share of what is done in what is known.
 void RefinementDriver::tell(ProgressHub::Operation& progress, std::size_t numDone, std::size_t numWaiting) {
-    const std::size_t num = (progressSteps - 1) * numDone / (numDone + numWaiting + 1);
+    tellSteps(progress, (progressSteps - 1) * numDone / (numDone + numWaiting + 1));
+}
+
+void RefinementDriver::tellSteps(ProgressHub::Operation& progress, std::size_t num) {
     if (num <= numTold) return;
     progress.advance(num - numTold);
     numTold = num;

@@ -21,6 +21,8 @@ struct RefinementMemory {
     RefinementReport report; // of the latest run
 };
 
+class GridMesher;
+
 // One refinement of a zone: checks the parameters, then makes passes over the zone's triangles until one has
 // nothing to do.
 //
@@ -39,13 +41,17 @@ private:
     struct Round;
 
     void checkParameters() const;
-    void makePasses();
+    void mesh();
+    void fillWithGrid(std::vector<Triangle2*>& vTriangles, ProgressHub::Operation& progress);
+    void insertGrid(GridMesher& grid, ProgressHub::Operation& progress);
+    void makePasses(std::vector<Triangle2*> vTriangles, ProgressHub::Operation& progress);
     void endWithoutMemory();
     // Returns true when the mesh has changed.
     bool makePass(const MeshLimits& limits, std::vector<Triangle2*> vZone, ProgressHub::Operation& progress);
     bool collect(const std::vector<Triangle2*>& vTriangles, RefinementPass& pass);
     void work(const RefinementSite& site, RefinementPass& pass, ProgressHub::Operation& progress);
     void tell(ProgressHub::Operation& progress, std::size_t numDone, std::size_t numWaiting);
+    void tellSteps(ProgressHub::Operation& progress, std::size_t num);
     bool mustEnd();
     std::vector<Triangle2*> zoneTriangles();
     TriangleMarks markTriangles(const std::vector<Triangle2*>& vTriangles) const;

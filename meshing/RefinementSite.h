@@ -23,7 +23,8 @@ struct RefinementSite {
 
     // No further vertex may be inserted.
     bool isSpent() const {
-        return report.numInnerPoints + report.numSegmentPoints >= limits.parameters().maxInsertedPoints;
+        return report.numGridPoints + report.numInnerPoints + report.numSegmentPoints >=
+               limits.parameters().maxInsertedPoints;
     }
 };
 

@@ -133,6 +133,20 @@ Points scaledNear(Rng& rng, const Points& vPoints, int exponent) {
 }
 
 using F = std::vector<Family>;
+// Squares turned by any angle and scaled, whose corners are doubles; corners in any order. The last one is
+// moved by up to `shake` units in the last place.
+Points turnedSquare(Rng& rng, int shake) {
+    const auto any = [&] { return static_cast<double>(doubles::below(rng, 1u << 31)) * 0x1.8p17 - 0x1p48; };
+    const double x = any(), y = any(), vx = any(), vy = any();
+    const Points vCorners = {{x, y}, {x + vx, y + vy}, {x + vx - vy, y + vy + vx}, {x - vy, y + vx}};
+    Points v;
+    for (std::uint64_t i = 0, first = rng() % 4; i < 4; ++i)
+        v.push_back(vCorners[(first + i) % 4]);
+    if (rng() % 2 == 0) std::swap(v[0], v[2]);
+    v[3] = doubles::jittered(rng, v[3], shake);
+    return scaledBetween(rng, v, -150, 150);
+}
+
 // clang-format off
 const F orientationFamilies = {
     {"uniform",         [](Rng& r) { return uniformPoints(r, 3); }, 0.001, 0},
@@ -162,6 +176,7 @@ const F inCircleFamilies = {
     {"latticesAtTheLimits", [](Rng& r) { return scaledNear(r, latticeTrapezoid(r, 10, 14), 200); }, 1, 0},
     {"hardlyOffLattices", hardlyOffLattice, 1, 0},
     {"roundingTrapezoids", roundingTrapezoid, 1, 0},
+    {"turnedSquares", [](Rng& r) { return turnedSquare(r, int(r() % 3)); }, 1, 0},
     {"roundingTrapezoidsAtTheLimits", [](Rng& r) { return scaledNear(r, roundingTrapezoid(r), 200); }, 1, 0},
     {"nearCocircularAtTheLimits", [](Rng& r) { return scaledNear(r, doubles::nearCocircular(r, 4, 0, 4), r() % 2 == 0 ? 100 : 200); }, 1, 0},
     {"farAway",         [](Rng& r) { return doubles::nearCocircular(r, 4, 1e6); }, 1, 0},
@@ -308,6 +323,7 @@ const std::vector<Domain> domains = {
     {"rectangles",           [](Rng& r) { const Points p = uniformPoints(r, 2); return Points{p[0], {p[1].x(), p[0].y()}, p[1], {p[0].x(), p[1].y()}}; }, &Counts::inCircleRectangle, 1},
     {"lattice of 12 bits",   [](Rng& r) { return scaledBetween(r, latticeTrapezoid(r, 2, 11), -180, 180); }, &Counts::inCircleLattice, 0.7},
     {"lattice of 25 bits",   [](Rng& r) { return scaledBetween(r, latticeTrapezoid(r, 20, 24), -180, 160); }, &Counts::inCircleLattice, 0.7},
+    {"turned squares",       [](Rng& r) { return turnedSquare(r, 0); }, &Counts::inCircleLattice, 1},
     {"near circles",         [](Rng& r) { return doubles::nearCocircular(r, 4); }, &Counts::inCircleDoubleDouble, 0.95},
     {"near circles, tiny",   [](Rng& r) { return scaledBetween(r, doubles::nearCocircular(r, 4), -900, -400); }, &Counts::inCircleDoubleDouble, 0.95},
     {"on circles",           roundingTrapezoid, &Counts::inCircleExpansion, 0.5},
