@@ -3,6 +3,7 @@
 #include "Triangle2.h"
 #include "core/HalfEdge.h"
 #include "core/RecordNumbers.h"
+#include "core/prefetch.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,6 +19,9 @@ public:
     bool contains(HalfEdge edge) const { return (bitsOf(edge.pT) >> edge.ith & 1) != 0; }
     // The marks of a triangle's edges, bit i for the one opposite corner i.
     unsigned bitsOf(const Triangle2* pT) const { return vBits[pNumbers->numberOf(pT)]; }
+    // The same of the triangle with this number, and its fetch ahead.
+    unsigned bitsOfNumber(std::size_t number) const { return vBits[number]; }
+    void prefetchNumber(std::size_t number) const { prefetch(static_cast<const void*>(&vBits[number])); }
     void set(HalfEdge edge) {
         change(edge, [](unsigned bits, unsigned bit) { return bits | bit; });
     }

@@ -41,7 +41,7 @@ std::size_t exponentBits(double value) { return std::bit_cast<std::uint64_t>(val
 // The angle of this cotangent less that of the tangent, in radians. They are at most 2.5 degrees apart.
 inline double angleBeyond(double tangent, double cotangent) {
     const double t = (1 - tangent * cotangent) / (cotangent + tangent), s = t * t;
-    return t * (1 - s * (1 / 3.0 - s * (1 / 5.0 - s * (1 / 7.0 - s * (1 / 9.0 - s / 11)))));
+    return t * (1 - s * (1 / 3.0 - s * (1 / 5.0 - s * (1 / 7.0 - s / 9))));
 }
 
 // Chains of additions that run side by side.
@@ -165,7 +165,7 @@ QualityMeter::QualityMeter() : pAngles(&angleTable()), pAspects(&aspectTable()) 
         aTangents[bin] = std::tan((5 * static_cast<double>(bin) + 2.5) / degrees);
 }
 
-unsigned QualityMeter::countAngles(double cot0, double cot1, double cot2) {
+inline unsigned QualityMeter::countAngles(double cot0, double cot1, double cot2) {
     const unsigned bin0 = pAngles->classOf(cot0), bin1 = pAngles->classOf(cot1),
                    bin2 = pAngles->classOf(cot2);
     ++counts.aAngles[0][bin0];
@@ -187,66 +187,133 @@ void QualityMeter::Extremes::add(const double* aValues, std::size_t num) {
     largest = std::max(largest, std::max(even.largest, odd.largest));
 }
 
-void QualityMeter::measureBlock() {
-    const std::size_t num = numInBlock;
-    numInBlock = 0;
-    measureEdges();
-    std::array<Row<double>, 3> aCotangents;
-    Row<double> aAspects, aAreas, aTops, aBottoms, aMiddles, aExcess;
-    for (std::size_t k = 0; k < num; ++k) {
-        const double inverse = 1 / block.aCrosses[k];
-        aAreas[k] = 0.5 * block.aCrosses[k];
-        aAspects[k] = block.aLongest[k] * inverse;
-        for (std::size_t i = 0; i < 3; ++i)
-            aCotangents[i][k] = block.aDots[i][k] * inverse;
+// What the triangles of a block are like; entry i of three is of the edge opposite corner i, or of that
+// corner.
+struct QualityMeter::Shapes {
+    std::array<Row<double>, 3> aSquares, aCotangents;
+    Row<double> aAreas, aAspects, aUnusual; // 1 or 0
+
+    // No branches: the compiler takes two triangles at a time.
+    Shapes(const Block& block, std::size_t num) {
+        for (std::size_t k = 0; k < num; ++k) {
+            const double x0 = block.aX[2][k] - block.aX[1][k], y0 = block.aY[2][k] - block.aY[1][k];
+            const double x1 = block.aX[0][k] - block.aX[2][k], y1 = block.aY[0][k] - block.aY[2][k];
+            const double x2 = block.aX[1][k] - block.aX[0][k], y2 = block.aY[1][k] - block.aY[0][k];
+            const double square0 = x0 * x0 + y0 * y0, square1 = x1 * x1 + y1 * y1,
+                         square2 = x2 * x2 + y2 * y2;
+            const double larger = square0 < square1 ? square1 : square0;
+            const double longest = larger < square2 ? square2 : larger;
+            const double cross = x0 * y1 - y0 * x1, inverse = 1 / cross;
+            aSquares[0][k] = square0;
+            aSquares[1][k] = square1;
+            aSquares[2][k] = square2;
+            aCotangents[0][k] = -(x1 * x2 + y1 * y2) * inverse;
+            aCotangents[1][k] = -(x2 * x0 + y2 * y0) * inverse;
+            aCotangents[2][k] = -(x0 * x1 + y0 * y1) * inverse;
+            aAreas[k] = 0.5 * cross;
+            aAspects[k] = longest * inverse;
+            const double tooLarge = longest <= largestSquare ? 0.0 : 1.0;
+            const double tooSmall = longest >= smallestSquare ? tooLarge : 1.0;
+            aUnusual[k] = cross * largestAspect >= longest ? tooSmall : 1.0;
+        }
     }
-    for (std::size_t k = 0; k < num; ++k) {
-        const double cot0 = aCotangents[0][k], cot1 = aCotangents[1][k], cot2 = aCotangents[2][k];
-        aMiddles[k] = aTangents[countAngles(cot0, cot1, cot2)];
-        aTops[k] = std::max(std::max(cot0, cot1), cot2);
-        aBottoms[k] = std::min(std::min(cot0, cot1), cot2);
+};
+
+void QualityMeter::measureBlock() {
+    Shapes shapes(block, numInBlock);
+    if (sumOf(shapes.aUnusual.data(), numInBlock) > 0) {
+        takeOutUnusual(shapes);
+        shapes = Shapes(block, numInBlock);
+    }
+    numTriangles += numInBlock;
+    measureAngles(shapes);
+    measureEdges(shapes);
+    const double* const aAreas = shapes.aAreas.data();
+    const double* const aAspects = shapes.aAspects.data();
+    for (std::size_t k = 0; k < numInBlock; ++k) {
         ++counts.aspects[pAspects->classOf(aAspects[k])];
         ++counts.areas[exponentBits(aAreas[k])];
     }
-    for (std::size_t k = 0; k < num; ++k)
-        aExcess[k] = angleBeyond(aMiddles[k], aTops[k]);
-    for (std::size_t k = 0; k < num; ++k) {
-        if (aTops[k] > worstLimit) rememberWorst(block.aIds[k], aTops[k]);
-    }
-    for (std::size_t k = 0; k < num; ++k)
-        excessSum += aExcess[k];
-    areaSum.add(sumOf(aAreas.data(), num));
-    aspectSum.add(sumOf(aAspects.data(), num));
-    areas.add(aAreas.data(), num);
-    aspects.add(aAspects.data(), num);
-    tops.add(aTops.data(), num);
-    bottoms.add(aBottoms.data(), num);
+    areaSum.add(sumOf(aAreas, numInBlock));
+    aspectSum.add(sumOf(aAspects, numInBlock));
+    areas.add(aAreas, numInBlock);
+    aspects.add(aAspects, numInBlock);
+    numInBlock = 0;
 }
 
-void QualityMeter::measureEdges() {
-    const std::size_t num = numEdgesInBlock;
-    numEdgesInBlock = 0;
-    numEdges += num;
-    std::array<double, 3 * blockSize> aLengths;
+void QualityMeter::takeOutUnusual(const Shapes& shapes) {
+    std::size_t num = 0;
+    for (std::size_t k = 0; k < numInBlock; ++k) {
+        if (shapes.aUnusual[k] > 0) {
+            std::array<Point2, 3> aCorners;
+            for (std::size_t i = 0; i < 3; ++i)
+                aCorners[i] = Point2(block.aX[i][k], block.aY[i][k]);
+            addUnusual(block.aIds[k], aCorners, block.aEdges[k]);
+            continue;
+        }
+        block.aIds[num] = block.aIds[k];
+        block.aEdges[num] = block.aEdges[k];
+        for (std::size_t i = 0; i < 3; ++i) {
+            block.aX[i][num] = block.aX[i][k];
+            block.aY[i][num] = block.aY[i][k];
+        }
+        ++num;
+    }
+    numInBlock = num;
+}
+
+void QualityMeter::measureAngles(const Shapes& shapes) {
+    Row<double> aTops, aBottoms, aMiddles, aExcess;
+    for (std::size_t k = 0; k < numInBlock; ++k) {
+        const double cot0 = shapes.aCotangents[0][k], cot1 = shapes.aCotangents[1][k],
+                     cot2 = shapes.aCotangents[2][k];
+        aMiddles[k] = aTangents[countAngles(cot0, cot1, cot2)];
+        aTops[k] = std::max(std::max(cot0, cot1), cot2);
+        aBottoms[k] = std::min(std::min(cot0, cot1), cot2);
+    }
+    for (std::size_t k = 0; k < numInBlock; ++k)
+        aExcess[k] = angleBeyond(aMiddles[k], aTops[k]);
+    for (std::size_t k = 0; k < numInBlock; ++k) {
+        if (aTops[k] >= limit.cotangent) rememberWorst(block.aIds[k], aTops[k]);
+    }
+    excessSum += sumOf(aExcess.data(), numInBlock);
+    tops.add(aTops.data(), numInBlock);
+    bottoms.add(aBottoms.data(), numInBlock);
+}
+
+void QualityMeter::measureEdges(const Shapes& shapes) {
+    std::array<double, 3 * blockSize + 1> aLengths; // one more, which is overwritten
+    std::size_t num = 0;
+    for (std::size_t k = 0; k < numInBlock; ++k) {
+        const unsigned edges = block.aEdges[k];
+        aLengths[num] = shapes.aSquares[0][k];
+        num += edges & 1;
+        aLengths[num] = shapes.aSquares[1][k];
+        num += edges >> 1 & 1;
+        aLengths[num] = shapes.aSquares[2][k];
+        num += edges >> 2 & 1;
+    }
     for (std::size_t k = 0; k < num; ++k)
-        aLengths[k] = std::sqrt(block.aSquares[k]);
+        aLengths[k] = std::sqrt(aLengths[k]);
     for (std::size_t k = 0; k < num; ++k)
         ++counts.lengths[exponentBits(aLengths[k])];
+    numEdges += num;
     lengthSum.add(sumOf(aLengths.data(), num));
     lengths.add(aLengths.data(), num);
 }
 
-void QualityMeter::addUnusual(std::size_t id, const std::array<const Point2*, 3>& aCorners, unsigned edges) {
+void QualityMeter::addUnusual(std::size_t id, const std::array<Point2, 3>& aCorners, unsigned edges) {
+    ++numTriangles;
     std::array<Vector, 3> aEdges;
     int unit = std::numeric_limits<int>::min();
     for (std::size_t i = 0; i < 3; ++i) {
-        aEdges[i] = normalized(difference(*aCorners[(i + 1) % 3], *aCorners[(i + 2) % 3]));
+        aEdges[i] = normalized(difference(aCorners[(i + 1) % 3], aCorners[(i + 2) % 3]));
         unit = std::max(unit, aEdges[i].exponent);
     }
     double aSquares[3];
     std::size_t longest = 0;
     for (std::size_t i = 0; i < 3; ++i) {
-        if ((edges >> i & 1) != 0) addLength(*aCorners[(i + 1) % 3], *aCorners[(i + 2) % 3]);
+        if ((edges >> i & 1) != 0) addEdge(aCorners[(i + 1) % 3], aCorners[(i + 2) % 3]);
         Vector& edge = aEdges[i];
         edge = {std::ldexp(edge.x, edge.exponent - unit), std::ldexp(edge.y, edge.exponent - unit), unit};
         aSquares[i] = dot(edge, edge);
@@ -266,7 +333,7 @@ void QualityMeter::addUnusual(std::size_t id, const std::array<const Point2*, 3>
     tops.add(cotangent);
     bottoms.add(std::min({aCotangents[0], aCotangents[1], aCotangents[2]}));
     excessSum += angleBeyond(aTangents[bin], std::min(cotangent, 1e300));
-    if (cotangent > worstLimit) rememberWorst(id, cotangent);
+    if (cotangent >= limit.cotangent) rememberWorst(id, cotangent);
     const double aspect = withinDoubles(aSquares[longest] / cross);
     const double area = withinDoubles(std::ldexp(0.5 * cross, 2 * unit));
     ++counts.aspects[pAspects->classOf(aspect)];
@@ -277,7 +344,7 @@ void QualityMeter::addUnusual(std::size_t id, const std::array<const Point2*, 3>
     areaSum.add(0.5 * cross, 2 * unit);
 }
 
-void QualityMeter::addLength(const Point2& a, const Point2& b) {
+void QualityMeter::addEdge(const Point2& a, const Point2& b) {
     const Length length = lengthOf(a, b);
     const double rounded = withinDoubles(std::ldexp(length.value, length.exponent));
     ++counts.lengths[exponentBits(rounded)];
@@ -287,11 +354,13 @@ void QualityMeter::addLength(const Point2& a, const Point2& b) {
 }
 
 void QualityMeter::rememberWorst(std::size_t id, double cotangent) {
-    vWorst.push_back({cotangent, id});
+    const Worst candidate = {cotangent, id};
+    if (!(candidate < limit) && cotangent == limit.cotangent) return;
+    vWorst.push_back(candidate);
     if (vWorst.size() < worstRoom) return;
     std::nth_element(vWorst.begin(), vWorst.begin() + (numWorst - 1), vWorst.end());
     vWorst.resize(numWorst);
-    worstLimit = vWorst.back().cotangent;
+    limit = vWorst.back();
 }
 
 std::vector<std::size_t> QualityMeter::worst() {

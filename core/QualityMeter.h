@@ -64,34 +64,22 @@ class QualityMeter {
 public:
     QualityMeter();
 
-    // Corners in counter-clockwise order. The ids ascend. Bit i of the edges tells whether the one opposite
+    // Corners in counter-clockwise order. Bit i of the edges tells whether the one opposite
     // corner i counts with this triangle: each does with one of its two.
     void add(std::size_t id, const Point2& a, const Point2& b, const Point2& c, unsigned edges) {
-        const double x0 = c.x() - b.x(), y0 = c.y() - b.y();
-        const double x1 = a.x() - c.x(), y1 = a.y() - c.y();
-        const double x2 = b.x() - a.x(), y2 = b.y() - a.y();
-        const double square0 = x0 * x0 + y0 * y0, square1 = x1 * x1 + y1 * y1, square2 = x2 * x2 + y2 * y2;
-        const double cross = x0 * y1 - y0 * x1, longest = std::max(std::max(square0, square1), square2);
-        ++numTriangles;
-        if (!(longest <= largestSquare && longest >= smallestSquare && cross * largestAspect >= longest)) {
-            addUnusual(id, {&a, &b, &c}, edges);
-            return;
-        }
         const std::size_t k = numInBlock++;
         block.aIds[k] = id;
-        block.aSquares[numEdgesInBlock] = square0;
-        numEdgesInBlock += edges & 1;
-        block.aSquares[numEdgesInBlock] = square1;
-        numEdgesInBlock += edges >> 1 & 1;
-        block.aSquares[numEdgesInBlock] = square2;
-        numEdgesInBlock += edges >> 2 & 1;
-        block.aDots[0][k] = -(x1 * x2 + y1 * y2);
-        block.aDots[1][k] = -(x2 * x0 + y2 * y0);
-        block.aDots[2][k] = -(x0 * x1 + y0 * y1);
-        block.aCrosses[k] = cross;
-        block.aLongest[k] = longest;
+        block.aEdges[k] = edges;
+        block.aX[0][k] = a.x();
+        block.aX[1][k] = b.x();
+        block.aX[2][k] = c.x();
+        block.aY[0][k] = a.y();
+        block.aY[1][k] = b.y();
+        block.aY[2][k] = c.y();
         if (numInBlock == blockSize) measureBlock();
     }
+    // An edge that counted with no triangle.
+    void addEdge(const Point2& a, const Point2& b);
     // For the angles only.
     void addAngles(const Triangle2& t) { add(0, *t.getCorner(0), *t.getCorner(1), *t.getCorner(2), 0); }
 
@@ -113,12 +101,10 @@ private:
     using Row = std::array<Value, blockSize>;
     struct Block {
         Row<std::size_t> aIds;
-        std::array<Row<double>, 3> aDots; // of the edges that leave each corner
-        Row<double> aCrosses;             // twice the area
-        Row<double> aLongest;             // of the edges' squares
-        // Squares of the edges that count; one more, which is overwritten.
-        std::array<double, 3 * blockSize + 1> aSquares;
+        Row<unsigned> aEdges;
+        std::array<Row<double>, 3> aX, aY;
     };
+    struct Shapes;
     struct Worst {
         double cotangent;
         std::size_t id;
@@ -143,10 +129,11 @@ private:
         ExponentCounts lengths{}, areas{};
     };
 
-    void addUnusual(std::size_t id, const std::array<const Point2*, 3>& aCorners, unsigned edges);
+    void addUnusual(std::size_t id, const std::array<Point2, 3>& aCorners, unsigned edges);
     void measureBlock();
-    void measureEdges();
-    void addLength(const Point2& a, const Point2& b);
+    void takeOutUnusual(const Shapes& shapes);
+    void measureAngles(const Shapes& shapes);
+    void measureEdges(const Shapes& shapes);
     // Counts three angles, and returns the bin of the smallest one.
     unsigned countAngles(double cot0, double cot1, double cot2);
     void rememberWorst(std::size_t id, double cotangent);
@@ -156,15 +143,15 @@ private:
     const CellTable<LimitOrder::ASCENDING>* pAspects;
     std::array<double, numAngleBins> aTangents; // of the middles of the bins
     Block block;
-    std::size_t numInBlock = 0, numEdgesInBlock = 0;
+    std::size_t numInBlock = 0;
     std::uint64_t numTriangles = 0, numEdges = 0;
     Counts counts;
     Extremes areas, aspects, lengths;
     Extremes tops, bottoms; // of the cotangents of smallest and largest angles
     double excessSum = 0;   // of smallest angles beyond the middles of their bins, in radians
     ScaledSum aspectSum, areaSum, lengthSum;
-    double worstLimit = -HUGE_VAL;
-    std::vector<Worst> vWorst; // candidates
+    Worst limit = {-HUGE_VAL, 0}; // at least as good as what is remembered
+    std::vector<Worst> vWorst;    // candidates
 };
 
 } // namespace TESK_KIVO2D

@@ -25,17 +25,16 @@ public:
             numRecords += num;
         };
         extent == MADE ? pool.forEachRun(add) : pool.forEachReservedRun(add);
+        if (!vRuns.empty()) front = vRuns.front();
     }
 
     std::size_t size() const { return numRecords; }
 
     // The number of a record of this pool; none for one that was made later.
     std::size_t numberOf(const T* p) const {
-        for (const Run& run : vRuns) { // one, as long as the pool has room in its first range of addresses
-            const std::size_t offset = offsetIn(run, p);
-            if (offset < run.num * sizeof(T)) return run.first + offset / sizeof(T);
-        }
-        return none;
+        // The only run, as long as the pool has room in its first range of addresses.
+        const std::size_t offset = offsetIn(front, p);
+        return offset < front.num * sizeof(T) ? offset / sizeof(T) : numberInOtherRun(p);
     }
     // The same for any address: none for what is no record of the pool.
     std::size_t find(const void* p) const {
@@ -67,11 +66,19 @@ private:
         std::size_t first;
     };
 
+    std::size_t numberInOtherRun(const T* p) const {
+        for (const Run& run : vRuns) {
+            const std::size_t offset = offsetIn(run, p);
+            if (offset < run.num * sizeof(T)) return run.first + offset / sizeof(T);
+        }
+        return none;
+    }
     static std::size_t offsetIn(const Run& run, const void* p) {
         return reinterpret_cast<std::uintptr_t>(p) - reinterpret_cast<std::uintptr_t>(run.pBegin);
     }
 
     std::vector<Run> vRuns;
+    Run front = {nullptr, 0, 0}; // a copy, at hand
     std::size_t numRecords = 0;
 };
 

@@ -31,9 +31,10 @@ struct ZoneQuality {
     QualityDistribution angles;
     /// The smallest angle of each triangle, in bins of 5 degrees from 0 to 60.
     QualityDistribution smallestAngles;
-    /// Areas, in bins that end at powers of two.
+    /// Areas, in bins that end at powers of two, at most 33: each spans one or more factors of two. What is
+    /// below the normal doubles, 0 for example, has a bin for itself; areas beyond doubles are the largest one.
     QualityDistribution areas;
-    /// Lengths of edges, each once, in bins that end at powers of two.
+    /// Lengths of edges, each once, in bins like those of the areas.
     QualityDistribution edgeLengths;
     /// Longest edge by the height on it, in bins that end at 1, 1.25, 1.5, 2, 3, 5, 10, 100, 1000, 10000
     /// and the largest double. At least 1.1547, that of an equilateral triangle.

@@ -9,14 +9,36 @@
 #include "zones/graphEdges.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <functional>
 #include <optional>
+#include <span>
 
 namespace TESK_KIVO2D {
 namespace {
 
 constexpr const char* location = "Zone2::getTriangles()";
+
+void show(TriangleVisitor* pVisitor, std::span<const Flooded> batch) {
+    if (pVisitor != nullptr) pVisitor->visit(batch);
+}
+
+// Shows a set in batches. An edge is closed if what lies behind it is not in the set.
+void showSet(const TriangleSet& triangles, TriangleVisitor& visitor) {
+    std::array<Flooded, 64> aBatch;
+    std::size_t num = 0;
+    triangles.forEach([&](Triangle2* pT) {
+        unsigned closed = 0;
+        for (int i = 0; i < 3; ++i)
+            closed |= static_cast<unsigned>(!triangles.contains(pT->getOppositeTriangle(i))) << i;
+        aBatch[num++] = {pT, triangles.numbers().numberOf(pT), closed};
+        if (num < aBatch.size()) return;
+        visitor.visit({aBatch.data(), num});
+        num = 0;
+    });
+    visitor.visit({aBatch.data(), num});
+}
 
 } // namespace
 
@@ -26,7 +48,7 @@ ZoneEvaluation::ZoneEvaluation(ZoneHost& triangulation)
 void ZoneEvaluation::list(const Zone2& zone, std::vector<Triangle2*>& vTriangles) const {
     if (zone.zoneLoc == ZL_GROW && zone.vStartPoints.size() > 1 && dt.is2D()) { // region by region
         TriangleSet reached = emptySet();
-        grow(zone, reached, &vTriangles);
+        grow(zone, reached, nullptr, &vTriangles);
     } else {
         setOf(zone).appendTo(vTriangles);
     }
@@ -37,23 +59,27 @@ TriangleSet ZoneEvaluation::setOf(const Zone2& zone) const {
         reportWarning(location, "is2D() is false, nothing to return");
         return emptySet();
     }
-    return isResult(zone.zoneLoc) ? resultSet(zone) : basicSet(zone);
+    return isResult(zone.zoneLoc) ? resultSet(zone) : basicSet(zone, nullptr);
 }
 
-TriangleSet ZoneEvaluation::basicSet(const Zone2& zone) const {
+TriangleSet ZoneEvaluation::visit(const Zone2& zone, TriangleVisitor& visitor) const {
+    if (dt.is2D() && !isResult(zone.zoneLoc)) return basicSet(zone, &visitor);
+    TriangleSet set = setOf(zone);
+    showSet(set, visitor);
+    return set;
+}
+
+TriangleSet ZoneEvaluation::basicSet(const Zone2& zone, TriangleVisitor* pVisitor) const {
     switch (zone.zoneLoc) {
-    case ZL_GLOBAL: {
-        TriangleSet all = emptySet();
-        dt.meshStore().forEachTriangle([&](Triangle2* pT) { all.insert(pT); });
-        return all;
-    }
+    case ZL_GLOBAL:
+        return all(pVisitor);
     case ZL_INSIDE:
     case ZL_BOUNDED:
     case ZL_OUTSIDE:
-        return enclosed(zone);
+        return enclosed(zone, pVisitor);
     case ZL_GROW: {
         TriangleSet reached = emptySet();
-        grow(zone, reached, nullptr);
+        grow(zone, reached, pVisitor, nullptr);
         return reached;
     }
     default:
@@ -61,6 +87,13 @@ TriangleSet ZoneEvaluation::basicSet(const Zone2& zone) const {
         KIVO_ASSERT(false, "false");
         return emptySet();
     }
+}
+
+TriangleSet ZoneEvaluation::all(TriangleVisitor* pVisitor) const {
+    TriangleSet set = emptySet();
+    dt.meshStore().forEachTriangle([&](Triangle2* pT) { set.insert(pT); });
+    if (pVisitor != nullptr) showSet(set, *pVisitor);
+    return set;
 }
 
 namespace {
@@ -73,9 +106,9 @@ void requireInside(bool bSome) {
 
 } // namespace
 
-TriangleSet ZoneEvaluation::enclosed(const Zone2& zone) const {
+TriangleSet ZoneEvaluation::enclosed(const Zone2& zone, TriangleVisitor* pVisitor) const {
     KIVO_ASSERT(!zone.vConstraintGraphs.empty(), "!vConstraintGraphs.empty()");
-    if (zone.bOwnBorder && !zone.vConstraintGraphs.front()->isPolygon()) return bounded(zone);
+    if (zone.bOwnBorder && !zone.vConstraintGraphs.front()->isPolygon()) return bounded(zone, pVisitor);
     EdgeMarks closed(numbers);
     SeedFinder seedFinder(dt.meshStore(), numbers);
     std::vector<Triangle2*> vSeeds;
@@ -88,23 +121,27 @@ TriangleSet ZoneEvaluation::enclosed(const Zone2& zone) const {
     requireInside(!vSeeds.empty() || zone.zoneLoc == ZL_OUTSIDE);
     TriangleSet reached = emptySet();
     std::vector<Triangle2*> vFront;
+    const auto nothing = [](const Triangle2*) {};
     for (Triangle2* pSeed : vSeeds) {
         if (!reached.insert(pSeed)) continue;
         vFront.push_back(pSeed);
-        flood(vFront, closed, reached);
+        flood(vFront, closed, reached, nothing, nothing,
+              [pVisitor](std::span<const Flooded> batch) { show(pVisitor, batch); });
     }
     return reached;
 }
 
 // Rings that are a border together. Their directions tell the inside too, but not for ever: see SeedFinder.
-TriangleSet ZoneEvaluation::bounded(const Zone2& zone) const {
-    TriangleSet inside = enclosedByParity(dt.meshStore(), numbers, edgesOf(*zone.vConstraintGraphs.front()));
+TriangleSet ZoneEvaluation::bounded(const Zone2& zone, TriangleVisitor* pVisitor) const {
+    TriangleSet inside =
+        enclosedByParity(dt.meshStore(), numbers, edgesOf(*zone.vConstraintGraphs.front()), pVisitor);
     requireInside(!inside.empty());
     return inside;
 }
 
 // Regions of different start points are equal or have nothing in common.
-void ZoneEvaluation::grow(const Zone2& zone, TriangleSet& reached, std::vector<Triangle2*>* pList) const {
+void ZoneEvaluation::grow(const Zone2& zone, TriangleSet& reached, TriangleVisitor* pVisitor,
+                          std::vector<Triangle2*>* pList) const {
     EdgeMarks closed(numbers);
     for (const ConstraintGraph2* pGraph : zone.vConstraintGraphs) {
         for (const GraphEdge& e : edgesOf(*pGraph))
@@ -124,9 +161,12 @@ void ZoneEvaluation::grow(const Zone2& zone, TriangleSet& reached, std::vector<T
         if (reached.insert(pStart)) {
             vRegion.push_back(pStart);
             vStack.push_back(pStart);
-            flood(vStack, closed, reached, [&](Triangle2* pT) {
-                if (pList != nullptr) vRegion.push_back(pT);
-            });
+            flood(
+                vStack, closed, reached,
+                [&](Triangle2* pT) {
+                    if (pList != nullptr) vRegion.push_back(pT);
+                },
+                [](const Triangle2*) {}, [&](std::span<const Flooded> batch) { show(pVisitor, batch); });
         } else if (pList != nullptr) {
             growAgain(pStart, closed, reached, vRegion);
         }
@@ -179,7 +219,7 @@ TriangleSet ZoneEvaluation::resultSet(const Zone2& zone) const {
     for (std::size_t i = 0; i < vSets.size(); ++i) {
         const ResultOrder::Step& step = order.steps()[i];
         if (!isResult(step.pZone->zoneLoc)) {
-            vSets[i] = basicSet(*step.pZone);
+            vSets[i] = basicSet(*step.pZone, nullptr);
             continue;
         }
         const auto [first, second] = step.aOperands;

@@ -3,6 +3,7 @@
 #include "Zone2.h"
 #include "core/EdgeMarks.h"
 #include "core/TriangleSet.h"
+#include "zones/TriangleVisitor.h"
 #include "zones/ZoneHost.h"
 
 #include <vector>
@@ -17,16 +18,21 @@ public:
 
     // Appends what Zone2::getTriangles promises.
     void list(const Zone2& zone, std::vector<Triangle2*>& vTriangles) const;
-    // The same as a set.
+    // As a set.
     TriangleSet setOf(const Zone2& zone) const;
+    // The same as a set, after the visitor has seen it.
+    TriangleSet visit(const Zone2& zone, TriangleVisitor& visitor) const;
     // No triangle.
     TriangleSet emptySet() const { return TriangleSet(numbers); }
 
 private:
-    TriangleSet basicSet(const Zone2& zone) const;
-    TriangleSet enclosed(const Zone2& zone) const;
-    TriangleSet bounded(const Zone2& zone) const;
-    void grow(const Zone2& zone, TriangleSet& reached, std::vector<Triangle2*>* pList) const;
+    // The visitor, if there is one, sees the triangles.
+    TriangleSet basicSet(const Zone2& zone, TriangleVisitor* pVisitor) const;
+    TriangleSet all(TriangleVisitor* pVisitor) const;
+    TriangleSet enclosed(const Zone2& zone, TriangleVisitor* pVisitor) const;
+    TriangleSet bounded(const Zone2& zone, TriangleVisitor* pVisitor) const;
+    void grow(const Zone2& zone, TriangleSet& reached, TriangleVisitor* pVisitor,
+              std::vector<Triangle2*>* pList) const;
     void growAgain(Triangle2* pStart, const EdgeMarks& closed, TriangleSet& reached,
                    std::vector<Triangle2*>& vRegion) const;
     void appendInOrder(const std::vector<Triangle2*>& vRegion, std::vector<Triangle2*>& vTriangles) const;

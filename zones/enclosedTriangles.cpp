@@ -40,18 +40,22 @@ public:
         });
     }
 
-    // Calls onNew with each triangle of the next layer. False when there is none any more.
-    template<class OnNew>
-    bool spread(OnNew onNew) {
+    // Calls onNew with each triangle of the next layer, and onBatch with all, some at a time. False when
+    // there is none any more.
+    template<class OnNew, class OnBatch>
+    bool spread(OnNew onNew, OnBatch onBatch) {
         std::vector<Triangle2*> vStack;
         for (Triangle2* pStart : vLayer) {
             if (!reached.insert(pStart)) continue;
             onNew(pStart);
             vStack.push_back(pStart);
         }
-        flood(vStack, closed, reached, onNew, [this](Triangle2* pT) {
-            if (!reached.contains(pT)) vNext.push_back(pT);
-        });
+        flood(
+            vStack, closed, reached, onNew,
+            [this](Triangle2* pT) {
+                if (!reached.contains(pT)) vNext.push_back(pT);
+            },
+            onBatch);
         vLayer.swap(vNext);
         vNext.clear();
         return !vLayer.empty();
@@ -64,13 +68,17 @@ private:
 };
 
 TriangleSet oddLayers(const MeshStore& store, const EdgeMarks& closed,
-                      const RecordNumbers<Triangle2>& numbers) {
+                      const RecordNumbers<Triangle2>& numbers, TriangleVisitor* pVisitor) {
     TriangleSet inside(numbers);
     Layers layers(store, closed, numbers);
     for (bool bOdd = false, bMore = true; bMore; bOdd = !bOdd) {
-        bMore = layers.spread([&](Triangle2* pT) {
-            if (bOdd) inside.insert(pT);
-        });
+        bMore = layers.spread(
+            [&](Triangle2* pT) {
+                if (bOdd) inside.insert(pT);
+            },
+            [&](std::span<const Flooded> batch) {
+                if (bOdd && pVisitor != nullptr) pVisitor->visit(batch);
+            });
     }
     return inside;
 }
@@ -79,7 +87,8 @@ TriangleSet allButFirstLayer(const MeshStore& store, const EdgeMarks& closed,
                              const RecordNumbers<Triangle2>& numbers) {
     TriangleSet inside(numbers);
     store.forEachTriangle([&](Triangle2* pT) { inside.insert(pT); });
-    Layers(store, closed, numbers).spread([&](Triangle2* pT) { inside.erase(pT); });
+    Layers(store, closed, numbers)
+        .spread([&](Triangle2* pT) { inside.erase(pT); }, [](std::span<const Flooded>) {});
     return inside;
 }
 
@@ -100,18 +109,18 @@ void cutOutHoles(ZoneHost& dt, const EdgeMarks& closed, const std::vector<Point2
 } // namespace
 
 TriangleSet enclosedByParity(const MeshStore& store, const RecordNumbers<Triangle2>& numbers,
-                             const std::vector<GraphEdge>& vEdges) {
+                             const std::vector<GraphEdge>& vEdges, TriangleVisitor* pVisitor) {
     EdgeMarks odd(numbers);
     for (const GraphEdge& e : vEdges)
         odd.flip(e.edge);
-    return oddLayers(store, odd, numbers);
+    return oddLayers(store, odd, numbers, pVisitor);
 }
 
 TriangleSet enclosedTriangles(ZoneHost& dt, const RecordNumbers<Triangle2>& numbers,
                               const std::vector<ConstraintGraph2*>& vGraphs, InsideRule rule,
                               const std::vector<Point2>& vHolePoints) {
     const EdgeCounts counts = countSegments(numbers, vGraphs);
-    TriangleSet inside = rule == InsideRule::PARITY ? oddLayers(dt.meshStore(), counts.odd, numbers)
+    TriangleSet inside = rule == InsideRule::PARITY ? oddLayers(dt.meshStore(), counts.odd, numbers, nullptr)
                                                     : allButFirstLayer(dt.meshStore(), counts.any, numbers);
     cutOutHoles(dt, counts.any, vHolePoints, inside);
     return inside;

@@ -2,6 +2,7 @@
 
 #include "Point2.h"
 #include "core/TriangleSet.h"
+#include "zones/TriangleVisitor.h"
 #include "zones/ZoneHost.h"
 #include "zones/graphEdges.h"
 
@@ -15,9 +16,10 @@ enum class InsideRule {
     ENCLOSED // what has no way out that crosses none
 };
 
-// The triangles that the edges enclose by parity, whatever their directions.
+// The triangles that the edges enclose by parity, whatever their directions. The visitor, unless null,
+// sees them.
 TriangleSet enclosedByParity(const MeshStore& store, const RecordNumbers<Triangle2>& numbers,
-                             const std::vector<GraphEdge>& vEdges);
+                             const std::vector<GraphEdge>& vEdges, TriangleVisitor* pVisitor);
 
 // The triangles that the graphs' edges enclose, without the regions of the hole points. The triangulation is
 // 2-D; the numbers are of its triangles.

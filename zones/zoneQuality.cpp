@@ -24,6 +24,51 @@ struct Measured {
     std::vector<HalfEdge> vBorder;
 };
 
+// Measures triangles while the query finds them: then their records are in the cache.
+class Measurement : public TriangleVisitor {
+public:
+    Measurement(ZoneHost& triangulation) : numbers(triangulation.meshStore().triangleNumbers()) {}
+
+    void visit(std::span<const Flooded> batch) override {
+        for (const Flooded& each : batch) {
+            for (int i = 0; i < 3; ++i)
+                prefetch(static_cast<const void*>(each.pT->getCorner(i)));
+        }
+        for (const Flooded& each : batch)
+            add(each);
+    }
+    // With the set of all triangles seen.
+    Measured finish(const TriangleSet& triangles);
+
+private:
+    void add(const Flooded& each) {
+        Triangle2* const pT = each.pT;
+        unsigned edges = 0, closedEdges = each.closedEdges;
+        for (int i = 0; i < 3; ++i) {
+            const Triangle2* const pN = pT->getOppositeTriangle(i);
+            edges |= static_cast<unsigned>(std::less<>{}(static_cast<const Triangle2*>(pT), pN)) << i;
+            if (pN == nullptr) closedEdges |= 1U << i;
+        }
+        if (closedEdges != 0) setAside(pT, closedEdges);
+        const Point2 &a = *pT->getCorner(0), &b = *pT->getCorner(1), &c = *pT->getCorner(2);
+        meter.add(each.number, a, b, c, edges & ~closedEdges);
+        // Each vertex has one incident triangle, so it is counted once.
+        numIncident += static_cast<std::uint64_t>(a.getIncidentTriangle() == pT) +
+                       static_cast<std::uint64_t>(b.getIncidentTriangle() == pT) +
+                       static_cast<std::uint64_t>(c.getIncidentTriangle() == pT);
+    }
+    void setAside(Triangle2* pT, unsigned edges) {
+        for (int i = 0; i < 3; ++i) {
+            if ((edges >> i & 1) != 0) vClosed.push_back({pT, i});
+        }
+    }
+
+    const RecordNumbers<Triangle2> numbers;
+    QualityMeter meter;
+    std::uint64_t numIncident = 0;
+    std::vector<HalfEdge> vClosed; // border, or with the zone on both sides
+};
+
 // Number of vertices whose incident triangle is not in the set.
 std::uint64_t numVerticesOfOthers(const TriangleSet& triangles, const std::vector<HalfEdge>& vBorder) {
     std::vector<const Point2*> vVertices;
@@ -36,58 +81,17 @@ std::uint64_t numVerticesOfOthers(const TriangleSet& triangles, const std::vecto
     return static_cast<std::uint64_t>(std::unique(vVertices.begin(), vVertices.end()) - vVertices.begin());
 }
 
-// Calls f with each triangle, in the order of their records, once the corners that it will read are on their
-// way.
-template<class F>
-void forEachFetched(const TriangleSet& triangles, F f) {
-    std::array<Triangle2*, 32> aWaiting;
-    std::size_t num = 0;
-    const auto work = [&] {
-        for (std::size_t i = 0; i < num; ++i)
-            f(aWaiting[i]);
-        num = 0;
-    };
-    triangles.forEach([&](Triangle2* pT) {
-        for (int i = 0; i < 3; ++i)
-            prefetch(static_cast<const void*>(pT->getCorner(i)));
-        aWaiting[num++] = pT;
-        if (num == aWaiting.size()) work();
-    });
-    work();
-}
-
-Measured measure(ZoneHost& triangulation, const Zone2& zone) {
-    const ZoneEvaluation evaluation(triangulation);
-    const TriangleSet triangles = evaluation.setOf(zone);
-    QualityMeter meter;
+Measured Measurement::finish(const TriangleSet& triangles) {
     Measured result;
-    const RecordNumbers<Triangle2>& numbers = triangles.numbers();
-    std::uint64_t numIncident = 0;
-    forEachFetched(triangles, [&](Triangle2* pT) {
-        const Point2 &a = *pT->getCorner(0), &b = *pT->getCorner(1), &c = *pT->getCorner(2);
-        // Each vertex has one incident triangle, so it is counted once.
-        numIncident += static_cast<std::uint64_t>(a.getIncidentTriangle() == pT) +
-                       static_cast<std::uint64_t>(b.getIncidentTriangle() == pT) +
-                       static_cast<std::uint64_t>(c.getIncidentTriangle() == pT);
-        const std::size_t number = numbers.numberOf(pT);
-        unsigned edges = 0;
-        for (int i = 0; i < 3; ++i) {
-            const Triangle2* const pN = pT->getOppositeTriangle(i);
-            const std::size_t beyond = numbers.numberOf(pN);
-            if (pN != nullptr && triangles.containsNumber(beyond)) {
-                edges |= static_cast<unsigned>(number < beyond) << i;
-            } else {
-                edges |= 1U << i;
-                result.vBorder.push_back({pT, i});
-            }
-        }
-        meter.add(number, a, b, c, edges);
-    });
-    ZoneQuality& quality = result.quality;
-    quality = meter.figures();
-    quality.numVertices = numIncident + numVerticesOfOthers(triangles, result.vBorder);
+    for (const HalfEdge& edge : vClosed) {
+        const bool bBorder = !triangles.contains(edge.opposite());
+        if (bBorder) result.vBorder.push_back(edge);
+        if (bBorder || std::less<>{}(edge.pT, edge.opposite())) meter.addEdge(*edge.source(), *edge.target());
+    }
+    result.quality = meter.figures();
+    result.quality.numVertices = numIncident + numVerticesOfOthers(triangles, result.vBorder);
     for (const std::size_t number : meter.worst())
-        quality.vWorst.push_back(numbers.recordOf(number));
+        result.quality.vWorst.push_back(numbers.recordOf(number));
     return result;
 }
 
@@ -139,7 +143,9 @@ void drawWorst(const Measured& measured, const std::string& filename) {
 } // namespace
 
 ZoneQuality checkZoneQuality(ZoneHost& triangulation, const Zone2& zone, const std::string& name) {
-    Measured measured = measure(triangulation, zone);
+    const ZoneEvaluation evaluation(triangulation);
+    Measurement measurement(triangulation);
+    Measured measured = measurement.finish(evaluation.visit(zone, measurement));
     if (measured.quality.numTriangles == 0) {
         reportWarning("Kivo_2D::checkZoneQuality()", "The zone has no triangles, nothing to measure");
         return {};
