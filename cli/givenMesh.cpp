@@ -9,6 +9,7 @@ namespace cli {
 
 namespace {
 
+using TESK_KIVO2D::ConstraintGraph2;
 using TESK_KIVO2D::Kivo_2D;
 using TESK_KIVO2D::Point2;
 using TESK_KIVO2D::Segment2;
@@ -50,9 +51,12 @@ public:
             vMissing = match();
         }
         if (!vMissing.empty()) failAt(vMissing.front(), "overlaps another one, or has a vertex on its side");
-        Zone2* const pZone = triangulation.createZone(vFound);
+        const bool bAll = vFound.size() == triangulation.numberOfTriangles();
+        Zone2* const pZone =
+            bAll ? triangulation.createZone(static_cast<ConstraintGraph2*>(nullptr), TESK_KIVO2D::ZL_GLOBAL)
+                 : triangulation.createZone(vFound);
         if (pZone == nullptr || pZone->getNumberOfTriangles() != vFound.size())
-            throw FileError(name, "the triangles can't be told from those between them");
+            throw FileError(name, "holds a part too thin to be told from what surrounds it");
         return pZone;
     }
 

@@ -89,6 +89,16 @@ class MeshFiles(QualityTest):
             mirrored = self.quality("a.obj", "--flip-y")["quality"]
             self.expect_figures(mirrored, [[(x, -y) for x, y in triangle[::-1]] for triangle in triangles])
 
+    def test_sizes_up_to_the_ends_of_the_doubles(self):
+        angles = []
+        for size in (5e-324, 2.0**-900, 1.0, 2.0**1000, 1.7e308):
+            self.write_obj("a.obj", [(-size, 0.0), (size, 0.0), (0.0, size)], [(1, 2, 3)])
+            quality = self.quality("a.obj", "-o", "b.svg")["quality"]
+            angles += [quality["angles"]["min"] - 45, quality["angles"]["max"] - 90]
+            self.assertEqual(quality["area"], size**2 if size < 2.0**500 else None)
+            xml.etree.ElementTree.fromstring(self.read("b.svg"))
+        self.assertLess(max(map(abs, angles)), 1e-9)
+
     def test_files_of_other_programs(self):
         expected = self.quality(self.write("a.obj", "v 0 0 0\nv 2 0 0\nv 0 1 0\nf 1 2 3\n"))["quality"]
         self.assertEqual((expected["vertices"], expected["area"]), (3, 1))
