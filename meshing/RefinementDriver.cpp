@@ -82,7 +82,7 @@ void RefinementDriver::mesh() {
 
 // What a listener changes meanwhile asks for a new plan, in which points that are there are left out.
 void RefinementDriver::fillWithGrid(std::vector<Triangle2*>& vTriangles, ProgressHub::Operation& progress) {
-    GridMesher grid(host, params, memory.innerVertices, report, largestCoordinate(vTriangles));
+    GridMesher grid(host, params, memory.innerVertices, report, params.pZone->getBoundingBox());
     do {
         grid.createStripes(vTriangles, markTriangles(vTriangles));
         if (grid.numWaiting() == 0) return;
