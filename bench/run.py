@@ -40,6 +40,7 @@ TARGETS = [
     ]],
     *[(f"triangles/{kind}/1000000", "batch/uniform/1000000/kivo", "own batch, uniform", 0.35, 0.2)
       for kind in ["inside", "grow", "union"]],
+    ("quality/mesh/1000000", "quality/vertices/1000000/kivo", "own batch of its vertices", 0.3, 0.2),
     ("batchInto/ring/1000000", "batchInto/corners/1000000/kivo", "own, no constraints", 1.3, 1.1),
     ("oneByOneInto/ring/1000000", "oneByOneInto/corners/1000000/kivo", "own, no constraints", 1.3, 1.1),
 ]

@@ -1,9 +1,10 @@
-// What it costs to find the triangles of a zone.
+// What it costs to find the triangles of a zone, and to measure them.
 #include "bench/zone_bench.h"
 
 #include "Kivo_2D.h"
 #include "bench/counters.h"
 #include "bench/inputs.h"
+#include "functions.h"
 
 #include <benchmark/benchmark.h>
 
@@ -56,6 +57,37 @@ void listTriangles(benchmark::State& state, const MakeZone& makeZone) {
     }
 }
 
+// A mesh of about a million triangles, measured or, to compare with, its vertices inserted as a batch.
+void checkQuality(benchmark::State& state, bool bInsertOnly) {
+    Kivo_2D kivo;
+    std::vector<Segment2> vSquare;
+    const Point2 aCorners[] = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
+    for (std::size_t i = 0; i < 4; ++i)
+        vSquare.emplace_back(aCorners[i], aCorners[(i + 1) % 4]);
+    Zone2* const pZone = kivo.createZone(kivo.createConstraint(vSquare), TESK_KIVO2D::ZL_INSIDE);
+    TESK_KIVO2D::MeshGenParams params(pZone);
+    params.minAngleDegree = 20;
+    params.minEdgeLength = 0;
+    params.maxTriangleArea = 0.00000155;
+    kivo.refineAdvanced(&params);
+    std::vector<Point2*> vVertices;
+    kivo.getVertexPointers(vVertices);
+    std::vector<Point2> vPoints;
+    for (const Point2* pVtx : vVertices)
+        vPoints.push_back(*pVtx);
+    TESK_KIVO2D::setMessageSink([](TESK_KIVO2D::MessageChannel, const std::string&) {});
+    for (auto _ : state) {
+        if (bInsertOnly) {
+            Kivo_2D again;
+            measureOnce(state, [&] { again.insert(vPoints); });
+        } else {
+            measureOnce(state, [&] { kivo.checkZoneQuality(pZone, ""); });
+        }
+    }
+    TESK_KIVO2D::setMessageSink({});
+    state.counters["triangles"] = static_cast<double>(kivo.numberOfTriangles());
+}
+
 } // namespace
 
 // The run script knows these names.
@@ -72,6 +104,14 @@ void addZoneBenchmarks() {
     };
     for (const auto& [kind, makeZone] : kinds) {
         benchmark::RegisterBenchmark(("triangles/" + kind + "/1000000/kivo").c_str(), listTriangles, makeZone)
+            ->Unit(benchmark::kMillisecond)
+            ->Iterations(1)
+            ->UseManualTime();
+    }
+    for (const bool bInsertOnly : {false, true}) {
+        benchmark::RegisterBenchmark(bInsertOnly ? "quality/vertices/1000000/kivo"
+                                                 : "quality/mesh/1000000/kivo",
+                                     checkQuality, bInsertOnly)
             ->Unit(benchmark::kMillisecond)
             ->Iterations(1)
             ->UseManualTime();

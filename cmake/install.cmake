@@ -28,6 +28,7 @@ set(KIVO2D_PUBLIC_HEADERS
     VertexPair2.h
     Visualizer2.h
     Zone2.h
+    ZoneQuality.h
     export.h
     functions.h
     fwd.h

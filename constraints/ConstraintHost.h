@@ -34,8 +34,11 @@ public:
     virtual bool isEdge(const Point2* p, const Point2* q) const = 0;
     // Flips around the vertex until no edge there is illegal.
     virtual void legalizeAround(Point2* pVtx) = 0;
-    // The same for one edge, if it is there, that is no constraint any more, and for what is flipped on the
-    // way.
+    // Removes the vertices that refinements inserted and that are nearer to the vertex than the point is,
+    // unless segments end there.
+    virtual void removeInnerVertices(const Point2* pVtx, const Point2& rim) = 0;
+    // Flips at one edge, if it is there, that is no constraint any more, and at what is flipped on the way,
+    // until none is illegal.
     virtual void legalizeEdge(const Point2* p, const Point2* q) = 0;
 };
 

@@ -50,6 +50,17 @@ public:
         segments.prefetchSlot(pCSeg->pTrg, pSplit);
     }
 
+    // --- ends that move
+    // Gets memory for `mergeEnds` of these segments.
+    void reserveMerge(const std::vector<ConstraintSegment2*>& vCSegs);
+    // The live segments end at the vertex pGone, which has come to lie where pThere is: each is split there,
+    // into nothing and a segment from pThere, which must not be one yet. The segment between the two vertices
+    // vanishes. In the bookkeeping only.
+    void mergeEnds(const std::vector<ConstraintSegment2*>& vCSegs, Point2* pGone, Point2* pThere);
+    // Vertices have moved: from now on what was split is known to its graphs and ancestors only. Whoever asks
+    // for a segment between its ends gets a straight one.
+    void forgetSplitSegments();
+
     // --- graphs; all of them return a graph of this manager, never null
     ConstraintGraph2* createConstraint(const std::vector<PointerPair>& vPairs,
                                        ConstraintInsertionStrategy cis, bool bApplyNow);
@@ -71,6 +82,8 @@ public:
     // True while live segments wait to become edges: for a triangulation that is 2-D, or for an `apply` after
     // an insertion that was cut short.
     bool hasPending() const { return bPending; }
+    // An edge may be missing now.
+    void applyLater() { bPending = true; }
 
     // --- files
     void writeConstraints(const std::string& prefix) const;

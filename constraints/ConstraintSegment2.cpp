@@ -123,7 +123,7 @@ Point2* ConstraintSegment2::insertAndSplit(const Point2& p) {
         splitAt(pSplit);
         insertChildren(mgr);
     } catch (...) {
-        mgr.bPending = true; // an edge may be missing now
+        mgr.applyLater();
         throw;
     }
     if (pOwnerDt->is2D()) {
@@ -133,12 +133,23 @@ Point2* ConstraintSegment2::insertAndSplit(const Point2& p) {
     return pSplit;
 }
 
+bool ConstraintSegment2::splitAndRemovePrev(const Point2& p) {
+    const Point2* const pSplit = insertAndSplit(p);
+    if (pSplit == nullptr) return false;
+    firstOwner.pGraph->mgr.host().removeInnerVertices(pSplit, *pSrc);
+    return true;
+}
+
 void ConstraintSegment2::splitAt(Point2* pSplit) {
     ConstraintMgr& mgr = firstOwner.pGraph->mgr;
     mgr.reserveSplit(this, pSplit);
     // From here on nothing throws but failing conditions.
     ConstraintSegment2* const pKid0 = mgr.findOrMake(pSrc, pSplit, cis);
     ConstraintSegment2* const pKid1 = mgr.findOrMake(pTrg, pSplit, cis);
+    becomeParentOf(pKid0, pKid1);
+}
+
+void ConstraintSegment2::becomeParentOf(ConstraintSegment2* pKid0, ConstraintSegment2* pKid1) {
     aChildren[0] = pKid0;
     aChildren[1] = pKid1;
     bAlive = false;

@@ -62,6 +62,13 @@ bool SegmentInserter::insert(ConstraintSegment2* pInitialCSeg) {
     return true;
 }
 
+void SegmentInserter::force(ConstraintSegment2* pCSeg) {
+    const CzResult result = traverse(pCSeg->getSrc(), pCSeg->getTrg(), tests, &mgr, zone);
+    if (result.end == CzResult::IS_EDGE) return;
+    KIVO_ASSERT(result.end == CzResult::REACHED, "pCSeg->isAlive()");
+    retriangulation.fill(zone);
+}
+
 void SegmentInserter::insertPiece(ConstraintSegment2* pCSeg) {
     const bool bConforming = pCSeg->getCIS() == CIS_CONFORMING_DELAUNAY;
     const CzResult result = traverse(pCSeg->getSrc(), pCSeg->getTrg(), tests, &mgr, zone);

@@ -35,6 +35,10 @@ public:
     // edges.
     bool insert(ConstraintSegment2* pCSeg);
 
+    // The segment is alive, and neither a vertex nor a constraint is in its way. It becomes an edge, of
+    // whatever strategy it is.
+    void force(ConstraintSegment2* pCSeg);
+
     // Returns how many were left.
     std::size_t allowSteinerPoints(std::size_t num) { return std::exchange(numSteinerPointsLeft, num); }
     // How many pieces the insertion of one segment may take.

@@ -100,6 +100,12 @@ public:
         ++numUsed;
         return true;
     }
+    // Empties it, and keeps its memory.
+    void clear() {
+        for (std::size_t i = 0; i < numLines; ++i)
+            pLines[i] = {};
+        numUsed = 0;
+    }
     // Puts it in place of the one between its ends.
     void replace(ConstraintSegment2* pCSeg) { *seek(pCSeg->getSrc(), pCSeg->getTrg()) = slotOf(pCSeg); }
     void prefetchSlot(const Point2* p0, const Point2* p1) const {
@@ -180,6 +186,12 @@ public:
         }
         return true;
     }
+    // True when it was there. Its slot stays in use.
+    bool erase(const Point2* pVtx) {
+        if (!contains(pVtx)) return false;
+        slotOf(pVtx).bits &= ~bitOf(pVtx);
+        return true;
+    }
     bool contains(const Point2* pVtx) const {
         return !table.empty() && (slotOf(pVtx).bits & bitOf(pVtx)) != 0;
     }
@@ -189,7 +201,7 @@ private:
         std::uint64_t group;
         std::uint64_t bits;
 
-        bool isEmpty() const { return bits == 0; }
+        bool isEmpty() const { return group == 0; } // no record lies in the first page
         std::uint64_t getHash() const { return hashOf(group); }
     };
 

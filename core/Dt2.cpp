@@ -2,6 +2,7 @@
 
 #include "constraints/ConstraintMgr.h"
 #include "constraints/SegmentInserter.h"
+#include "constraints/VertexMover.h"
 #include "core/BatchInserter.h"
 #include "core/hull.h"
 #include "core/legalize.h"
@@ -34,6 +35,7 @@ Dt2::Dt2(unsigned int numExpectedVertices)
     : store(numExpectedVertices), box(&pTeskPredicates), hub("DT2"),
       pConstraintMgr(std::make_unique<ConstraintMgr>(*this)),
       pSegmentInserter(std::make_unique<SegmentInserter>(*this, *pConstraintMgr)),
+      pVertexMover(std::make_unique<VertexMover>(*this, *pConstraintMgr)),
       pZoneRegistry(std::make_unique<ZoneRegistry>(*this)),
       pRefinementMemory(std::make_unique<RefinementMemory>()) {
     vCheckT.reserve(256);

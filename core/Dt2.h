@@ -6,11 +6,14 @@
 #include "Point2.h"
 #include "Segment2.h"
 #include "Triangle2.h"
+#include "ZoneQuality.h"
 #include "constraints/ConstraintHost.h"
+#include "constraints/MovingSite.h"
 #include "constraints/SegmentSite.h"
 #include "core/EdgeGuard.h"
 #include "core/HC2.h"
 #include "core/MeshStore.h"
+#include "core/VertexRemover.h"
 #include "core/VertexVault.h"
 #include "core/hull.h"
 #include "core/walk.h"
@@ -29,6 +32,7 @@ namespace TESK_KIVO2D {
 
 class SegmentInserter;
 struct RefinementMemory;
+class VertexMover;
 class Visualizer2;
 
 // The triangulation behind the facade. It owns the parts and lets them work: records (MeshStore), vertices
@@ -37,7 +41,11 @@ class Visualizer2;
 //
 // Between calls: the stack vCheckT is empty, no duplicate is registered, and the static bound of the
 // predicates covers the box, which covers every vertex.
-class Dt2 : public ConstraintHost, public SegmentSite, public ZoneHost, public MeshingHost {
+class Dt2 : public ConstraintHost,
+            public SegmentSite,
+            public MovingSite,
+            public ZoneHost,
+            public MeshingHost {
 public:
     explicit Dt2(unsigned int numExpectedVertices);
     ~Dt2() override;
@@ -71,6 +79,8 @@ public:
     // --- meshing
     void refine(const MeshGenParams& parameters);
     const RefinementReport& refinementReport() const;
+    // All zero, after a warning, for what is no zone of this triangulation, or an empty one.
+    ZoneQuality checkZoneQuality(const Zone2* pZone, const std::string& name);
 
     // --- queries
     Triangle2* locate(const Point2& q);
@@ -99,6 +109,7 @@ public:
         std::uint64_t insertions = 0; // vertices linked in by a walk and flips
         std::uint64_t walkSteps = 0;
         std::uint64_t flips = 0;
+        std::uint64_t moves = 0; // vertices taken out or moved
     };
     const WorkCounts& workCounts() const { return work; }
     // How far the predicates had to go.
@@ -129,12 +140,26 @@ private:
     void legalizeAround(Point2* pVtx) override;
     void legalizeEdge(const Point2* p, const Point2* q) override;
 
+    void removeInnerVertices(const Point2* pVtx, const Point2& rim) override;
+
+    // --- MovingSite
+    void coverPoint(const Point2& p) override { growBox(p, p); }
+    WalkResult find(const Point2& p, Triangle2* pNear) override;
+    void shift(Point2* pVtx, const Point2& to, const std::vector<Triangle2*>& vStar) override;
+    Point2* takeOut(Point2* pVtx) override;
+    void putIn(Point2* pVtx, const Point2& at, const Point2* pNear) override;
+    void substitute(Point2* pVtx, Point2* pOther) override;
+    void wasRemoved(Point2* pVtx, bool bReuse) override;
+    void forceSegment(ConstraintSegment2* pCSeg) override;
+
     // --- ZoneHost
     Dt2* implementation() override { return this; }
     const MeshStore& meshStore() const override { return store; }
     const ConstraintMgr& constraints() const override { return *pConstraintMgr; }
     Triangle2* locateNear(const Point2& q, Triangle2* pHint) override;
     ConstraintGraph2* fixEdges(const std::vector<PointerPair>& vEdges) override;
+    VertexMover& vertexMover() override { return *pVertexMover; }
+    void segmentsHaveMoved() override;
 
     // --- MeshingHost
     MeshStore& records() override { return store; }
@@ -154,6 +179,7 @@ private:
     HC2 hc;
     std::vector<Triangle2*> vCheckT;
     std::vector<HalfEdge> vCheckEdges;
+    VertexRemover vertexRemover{store, pTeskPredicates, vCheckEdges};
     HullLinks hullLinks;
     EdgeGuard* pEdgeGuard = nullptr; // null while no edge is fixed
     int numCPU = 1;
@@ -161,6 +187,7 @@ private:
     ProgressHub hub;
     std::unique_ptr<ConstraintMgr> pConstraintMgr;
     std::unique_ptr<SegmentInserter> pSegmentInserter;
+    std::unique_ptr<VertexMover> pVertexMover;
     std::unique_ptr<ZoneRegistry> pZoneRegistry;
     std::unique_ptr<RefinementMemory> pRefinementMemory;
 };

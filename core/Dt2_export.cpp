@@ -1,4 +1,4 @@
-// The triangulation, or a zone of it, for others: flat arrays, OBJ files, web scenes.
+// The triangulation, or a zone of it, for others: flat arrays, OBJ files, web scenes, figures.
 #include "core/Dt2.h"
 
 #include "Zone2.h"
@@ -9,6 +9,7 @@
 #include "output/webScene.h"
 #include "zones/ZoneEvaluation.h"
 #include "zones/ZoneRegistry.h"
+#include "zones/zoneQuality.h"
 
 namespace TESK_KIVO2D {
 
@@ -17,6 +18,14 @@ bool Dt2::isOwn(const Zone2* pZone, const char* location) const {
     reportWarning(location,
                   pZone == nullptr ? "pZone==NULL, nothing to do" : "pZone is no zone of this triangulation");
     return false;
+}
+
+ZoneQuality Dt2::checkZoneQuality(const Zone2* pZone, const std::string& label) {
+    constexpr const char* location = "Kivo_2D::checkZoneQuality()";
+    if (!isOwn(pZone, location)) return {};
+    if (is2D()) return TESK_KIVO2D::checkZoneQuality(*this, *pZone, label);
+    reportWarning(location, "is2D() is false, nothing to measure");
+    return {};
 }
 
 // Empty when there is nothing to export.

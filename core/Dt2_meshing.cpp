@@ -18,7 +18,7 @@ void Dt2::wasLinked(Point2* pVtx) {
 }
 
 std::uint64_t Dt2::changeCount() const {
-    return work.insertions + work.flips + pConstraintMgr->numberOfSegments();
+    return work.insertions + work.flips + work.moves + pConstraintMgr->numberOfSegments();
 }
 
 } // namespace TESK_KIVO2D

@@ -202,6 +202,10 @@ void Kivo_2D::refineAdvanced(MeshGenParams* pParameters) {
 
 RefinementReport Kivo_2D::getRefinementReport() const { return pDt->refinementReport(); }
 
+ZoneQuality Kivo_2D::checkZoneQuality(const Zone2* pZone, const std::string& name) const {
+    return pDt->checkZoneQuality(pZone, name);
+}
+
 bool Kivo_2D::writeObj(const std::string& filename) const { return pDt->writeObj(filename, nullptr); }
 
 bool Kivo_2D::writeObj(const std::string& filename, const Zone2* pZone) const {

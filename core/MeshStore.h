@@ -5,6 +5,7 @@
 #include "core/RecordNumbers.h"
 #include "core/SimplePool.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <span>
 #include <vector>
@@ -26,7 +27,7 @@ public:
         *pVtx = p;
         return pVtx;
     }
-    // Takes back a vertex record whose address no client has seen.
+    // Takes back the record of a vertex that is part of nothing. The next vertex gets it.
     void recycleVertex(Point2* pVtx) { vFreeVtx.push_back(pVtx); }
 
     // Makes sure that the next num calls of createTriangle cannot fail. Called before links are touched, so
@@ -58,6 +59,20 @@ public:
     void retireTriangle(Triangle2* pT) {
         pT->clearProperties();
         vDeadT.push_back(pT);
+    }
+
+    // Makes sure that so many triangles can be given back without asking for memory.
+    void reserveRetired(std::size_t num) {
+        const std::size_t needed = vDeadT.size() + num;
+        if (vDeadT.capacity() < needed) vDeadT.reserve(std::max(needed, 2 * vDeadT.size()));
+    }
+
+    // The vertex is part of no triangle any more.
+    static void unlinkVertex(Point2* pVtx) { pVtx->pIncidentT = nullptr; }
+    // Gives the vertex other coordinates, wherever it is.
+    static void moveVertex(Point2* pVtx, const Point2& to) {
+        pVtx->dX = to.x();
+        pVtx->dY = to.y();
     }
 
     std::size_t numTriangles() const {

@@ -46,6 +46,13 @@ public:
         }
         return none;
     }
+    // The record of a number below size().
+    T* recordOf(std::size_t number) const {
+        auto run = vRuns.begin();
+        while (number - run->first >= run->num)
+            ++run;
+        return run->pBegin + (number - run->first);
+    }
     // Calls f with records that follow one another in memory, their number, and the number of the first.
     template<class F>
     void forEachRun(F f) const {

@@ -20,7 +20,7 @@ namespace TESK_KIVO2D {
 // A cell that proves too coarse, because it was visited before and still a walk from its triangle was long,
 // is split into 4 x 4, and these again, so that clusters get cells of their own size. A triangle stays a good
 // start while it lives, since splits and flips leave its record where it was; the latest insertion in a cell
-// renews it.
+// renews it. Removals leave dead triangles in cells, and some that live again elsewhere.
 class StartGrid {
 public:
     // A cell, for the moment: laying out or refining ends it.

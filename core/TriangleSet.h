@@ -23,8 +23,9 @@ public:
     // False for null, and for triangles made after the numbers.
     bool contains(const Triangle2* pT) const {
         const std::size_t number = pNumbers->numberOf(pT);
-        return number != RecordNumbers<Triangle2>::none && (vWords[number / 64] >> (number % 64) & 1) != 0;
+        return number != RecordNumbers<Triangle2>::none && containsNumber(number);
     }
+    bool containsNumber(std::size_t number) const { return (vWords[number / 64] >> (number % 64) & 1) != 0; }
     // True when it is new. The triangle must have a number.
     bool insert(const Triangle2* pT) { return insertNumber(pNumbers->numberOf(pT)); }
     bool insertNumber(std::size_t number) {

@@ -115,10 +115,11 @@ StartGrid::Cell VertexVault::startCell(const Point2& p, const MeshStore& store) 
 }
 
 Triangle2* VertexVault::getCloT(StartGrid::Cell cell, const Point2& p) const {
-    // None while the first batch runs, or after memory ran out. And in a part of the plane that is new, such
-    // as ahead of a sweep, all cells are out of date.
+    // None while the first batch runs, or after memory ran out. In a part of the plane that is new, such as
+    // ahead of a sweep, all cells are out of date. And a triangle may have died with its vertex.
     Triangle2* const pT = cell.triangle();
-    const bool bUsable = pT != nullptr && distance(*pT->getCorner(0), p) <= distance(*pLatest, p);
+    const bool bUsable = pT != nullptr && pT->getCorner(0) != nullptr &&
+                         distance(*pT->getCorner(0), p) <= distance(*pLatest, p);
     return bUsable ? pT : pLatest->getIncidentTriangle();
 }
 

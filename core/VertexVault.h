@@ -47,6 +47,13 @@ public:
     StartGrid::Cell startCell(const Point2& p, const MeshStore& store);
     // The vertex has been linked in, from that cell after so many steps.
     void added(StartGrid::Cell start, const Point2* pVtx, int numSteps);
+    // The vertex has been taken out; the other one, near it, stays.
+    void removed(const Point2* pVtx, const Point2* pNeighbour) {
+        --numActive;
+        if (pLatest == pVtx) pLatest = pNeighbour;
+    }
+    // The vertex has other coordinates, in the triangulation still.
+    void moved(const Point2* pVtx) { extent.add(*pVtx); }
     // The vertices have been linked in; near ones follow each other. Those without a triangle are left out.
     // Returns how many have one.
     std::size_t addedAll(const std::vector<Point2*>& vVertices, const MeshStore& store);
@@ -81,8 +88,7 @@ private:
     std::size_t numCollinear = 0; // stored vertices known to lie on the line of the first two
     std::size_t numActive = 0;
     Bbox2 extent; // of the active vertices
-    // The active vertex that came last. Like the triangles of the grid it must be alive: who removes vertices
-    // must see to both.
+    // The active vertex that came last.
     const Point2* pLatest = nullptr;
     StartGrid startGrid;
     std::size_t numOfNextLayout = 0; // when the number of vertices has doubled

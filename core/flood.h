@@ -5,6 +5,9 @@
 #include "core/TriangleSet.h"
 #include "core/prefetch.h"
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -13,31 +16,43 @@ namespace TESK_KIVO2D {
 // crossing a closed edge. Calls onNew with each triangle that it adds, and onClosed with the triangle behind
 // each closed edge that it meets. Leaves the front empty.
 //
-// Goes front by front: so the records that come next are known, and can be fetched ahead.
+// Takes the latest triangles first, so that what is near in the plane, and mostly in memory, comes soon; but
+// a batch of them at a time, whose records are fetched together. What is already in the set is stored like
+// what is new, and overwritten by the next: nothing could predict which it will be.
 template<class OnNew, class OnClosed>
 void flood(std::vector<Triangle2*>& vFront, const EdgeMarks& closed, TriangleSet& reached, OnNew onNew,
            OnClosed onClosed) {
-    constexpr std::size_t distance = 16;
-    std::vector<Triangle2*> vNext;
-    while (!vFront.empty()) {
-        for (std::size_t k = 0; k < vFront.size(); ++k) {
-            if (k + distance < vFront.size()) prefetch(vFront[k + distance]);
-            const Triangle2* const pT = vFront[k];
+    constexpr std::size_t batchSize = 96; // as fast as any, measured; much less or more is a third slower
+    std::array<const Triangle2*, batchSize> aBatch;
+    std::size_t num = vFront.size(); // what lies behind is room for the next batch
+    while (num > 0) {
+        const std::size_t numBatch = std::min(num, batchSize);
+        num -= numBatch;
+        for (std::size_t k = 0; k < numBatch; ++k) {
+            aBatch[k] = vFront[num + k];
+            prefetch(aBatch[k]);
+        }
+        if (vFront.size() - num < 3 * batchSize + 1) vFront.resize(2 * num + 3 * batchSize + 1);
+        Triangle2** pEnd = vFront.data() + num;
+        for (std::size_t k = 0; k < numBatch; ++k) {
+            const Triangle2* const pT = aBatch[k];
             const unsigned closedBits = closed.bitsOf(pT);
             for (int i = 0; i < 3; ++i) {
                 Triangle2* const pN = pT->getOppositeTriangle(i);
                 if (pN == nullptr) continue;
                 if ((closedBits >> i & 1) != 0) {
                     onClosed(pN);
-                } else if (reached.insert(pN)) {
-                    onNew(pN);
-                    vNext.push_back(pN);
+                    continue;
                 }
+                const bool bNew = reached.insert(pN);
+                if (bNew) onNew(pN);
+                *pEnd = pN;
+                pEnd += bNew;
             }
         }
-        vFront.swap(vNext);
-        vNext.clear();
+        num = static_cast<std::size_t>(pEnd - vFront.data());
     }
+    vFront.clear();
 }
 
 template<class OnNew>

@@ -105,6 +105,8 @@ private:
     bool enterDirection(const ConstraintGraph2* pGraph, bool bReverse);
     // Gives birth to the children, and tells all owners. When it throws nothing has changed.
     void splitAt(Point2* pSplit);
+    // Dies in favour of these, which share the split point.
+    void becomeParentOf(ConstraintSegment2* pKid0, ConstraintSegment2* pKid1);
     // Makes the children edges of the triangulation.
     void insertChildren(ConstraintMgr& mgr);
 

@@ -15,13 +15,14 @@ struct QualityDistribution {
     double mean = 0.0;       ///< Arithmetic mean.
     /// Limits of the bins, ascending, one more than there are bins.
     std::vector<double> vLimits;
-    /// Bin i holds the number of values from vLimits[i] to below vLimits[i + 1]; the last one holds those at its upper
-    /// limit too.
+    /// Bin i holds the number of values from vLimits[i] to below vLimits[i + 1]; the last one holds those at
+    /// its upper limit too.
     std::vector<std::uint64_t> vCounts;
 };
 
-/// What the triangles of a zone are like (see `Kivo_2D::checkZoneQuality`). Angles are in degrees, lengths and
-/// areas in the unit of the points. All figures are zero, and all lists empty, for a zone without triangles.
+/// What the triangles of a zone are like (see `Kivo_2D::checkZoneQuality`). Angles are in degrees, lengths
+/// and areas in the unit of the points. All figures are zero, and all lists empty, for a zone without
+/// triangles.
 struct ZoneQuality {
     std::uint64_t numVertices = 0;  ///< Of the triangles, each once.
     std::uint64_t numTriangles = 0; ///< Each once.

@@ -11,19 +11,20 @@ namespace TESK_KIVO2D {
 // The vertices that refinements inserted, on segments too, since the record was last cleared.
 class InnerVtxMgr {
 public:
-    // Makes sure that the next so many calls of add need no memory.
-    void reserve(std::size_t num = 1);
-    void add(Point2* pVtx) {
-        if (sInsertedInnerPoints.insert(pVtx)) vInOrder.push_back(pVtx);
-    }
+    // Makes sure that the next num calls of add need no memory.
+    void reserve(std::size_t num = 1) { sInsertedInnerPoints.reserve(num); }
+    void add(const Point2* pVtx) { sInsertedInnerPoints.insert(pVtx); }
     bool contains(const Point2* pVtx) const { return sInsertedInnerPoints.contains(pVtx); }
-    void clear();
-    // In the order in which they were inserted.
-    const std::vector<Point2*>& vertices() const { return vInOrder; }
+    // The vertex leaves the triangulation, whether it is recorded or not.
+    void remove(const Point2* pVtx) { sInsertedInnerPoints.erase(pVtx); }
+    void clear() { sInsertedInnerPoints = {}; }
+
+    // The recorded vertices that are nearer to a vertex of the triangulation than the point is, in the order
+    // of their records. Takes time proportional to the number of triangles that touch this disk.
+    std::vector<Point2*> findAround(const Point2* pCenter, const Point2& rim) const;
 
 private:
-    VertexSet sInsertedInnerPoints;
-    std::vector<Point2*> vInOrder; // nothing may walk through the set
+    VertexSet sInsertedInnerPoints; // nothing may walk through it
 };
 
 } // namespace TESK_KIVO2D

@@ -4,10 +4,13 @@
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
 #include "kernel/tools_rings.h"
+#include "zones/GridUnifier.h"
 #include "zones/ResultOrder.h"
 #include "zones/ZoneEvaluation.h"
 #include "zones/ZoneRegistry.h"
 
+#include <cmath>
+#include <string>
 #include <utility>
 
 namespace TESK_KIVO2D {
@@ -151,6 +154,25 @@ Zone2* Zone2::convertToBoundedZone() {
         return nullptr;
     }
     return dt.zoneRegistry().createBoundedZone(triangles);
+}
+
+std::size_t Zone2::unifyGrid(double tolerance) {
+    constexpr const char* location = "Zone2::unifyGrid()";
+    if (!(tolerance > 0) || std::isinf(tolerance)) {
+        reportWarning(location, "The tolerance must be a positive number, nothing to do");
+        return 0;
+    }
+    if (dt.constraints().hasPending() || !dt.is2D()) dt.applyConstraintsAndZones();
+    if (getNumberOfTriangles() == 0) {
+        reportWarning(location, "The zone has no triangles, nothing to do");
+        return 0;
+    }
+    const std::size_t num = GridUnifier(*this, dt, tolerance).run();
+    if (num > 0) {
+        reportWarning(location, std::to_string(num) + (num == 1 ? " vertex stays" : " vertices stay") +
+                                    " beside the grid: moving them would change how constraints lie");
+    }
+    return num;
 }
 
 } // namespace TESK_KIVO2D

@@ -5,6 +5,7 @@
 #include "ConstraintGraph2.h"
 #include "ConstraintSegment2.h"
 #include "Visualizer2.h"
+#include "core/QualityMeter.h"
 #include "core/statistics.h"
 #include "kernel/messages.h"
 #include "zones/ZoneEvaluation.h"
@@ -31,14 +32,14 @@ Segment2 segmentOf(const ConstraintSegment2* pCSeg) { return Segment2(*pCSeg->ge
 void Zone2::statistics(const std::string& name) const {
     std::vector<Triangle2*> vTriangles;
     getTriangles(vTriangles);
-    AngleHistogram angles;
+    QualityMeter meter;
     for (const Triangle2* pT : vTriangles)
-        angles.add(*pT);
+        meter.addAngles(*pT);
     std::ostringstream text;
     text.imbue(std::locale::classic());
     text << "\n\n\n********* ZONE STATISTICS (" << name << ") **********\n\n"
          << "Number of triangles: " << vTriangles.size() << "\n\nINTERIOR ANGLES\n"
-         << angles.toText();
+         << angleText(meter.angles());
     printText(text.str());
 }
 

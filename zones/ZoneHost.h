@@ -3,6 +3,7 @@
 #include "Point2.h"
 #include "Triangle2.h"
 #include "constraints/ConstraintMgr.h"
+#include "constraints/VertexMover.h"
 #include "core/MeshStore.h"
 #include "kernel/TeskTest.h"
 
@@ -28,6 +29,9 @@ public:
     // Makes edges of the triangulation, named from start to end, constraints, as an oriented graph. Changes
     // no triangle.
     virtual ConstraintGraph2* fixEdges(const std::vector<PointerPair>& vEdges) = 0;
+    // For moves of vertices, and what has to be called after them when segments have moved.
+    virtual VertexMover& vertexMover() = 0;
+    virtual void segmentsHaveMoved() = 0;
     virtual void show(Visualizer2* pVisualizer, bool bWithConstraints) const = 0;
 };
 

@@ -1,0 +1,96 @@
+#include "zones/GridUnifier.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+
+namespace TESK_KIVO2D {
+namespace {
+
+// A multiple of the width, rounded to double. A number that is one already comes back as it is: for 2^50
+// widths and more, where that would not hold, every number does.
+double nearestMultiple(double x, double width) {
+    constexpr double limit = 0x1p50;
+    const double quotient = x / width;
+    if (!(std::fabs(quotient) < limit)) return x;
+    const double multiple = std::nearbyint(quotient) * width;
+    return std::isfinite(multiple) ? multiple + 0.0 : x; // never -0
+}
+
+} // namespace
+
+Point2 GridUnifier::nearestGridPoint(const Point2& p) const {
+    return Point2(nearestMultiple(p.x(), width), nearestMultiple(p.y(), width));
+}
+
+std::size_t GridUnifier::run() {
+    numSegmentMovesBefore = mover.numberOfSegmentMoves();
+    try {
+        const std::size_t num = moveAll();
+        settle();
+        return num;
+    } catch (...) {
+        settle();
+        throw;
+    }
+}
+
+std::size_t GridUnifier::moveAll() {
+    std::vector<Task> vTasks = findTasks();
+    for (;;) {
+        while (workOff(vTasks)) {
+        }
+        // Once more: some rules of zones follow the vertices.
+        std::vector<Task> vNext = findTasks();
+        if (areSame(vTasks, vNext)) return vTasks.size();
+        vTasks.swap(vNext);
+    }
+}
+
+void GridUnifier::settle() {
+    mover.release();
+    if (mover.numberOfSegmentMoves() > numSegmentMovesBefore) host.segmentsHaveMoved();
+}
+
+// Those with the shortest way first, since they are in the way of others.
+std::vector<GridUnifier::Task> GridUnifier::findTasks() const {
+    std::vector<Point2*> vVertices;
+    zone.getVertices(vVertices);
+    std::vector<Task> vTasks;
+    for (Point2* const pVtx : vVertices) {
+        const Point2 target = nearestGridPoint(*pVtx);
+        if (target != *pVtx) vTasks.push_back({pVtx, target, sqDistance(*pVtx, target)});
+    }
+    std::stable_sort(vTasks.begin(), vTasks.end(),
+                     [](const Task& a, const Task& b) { return a.sqLength < b.sqLength; });
+    return vTasks;
+}
+
+bool GridUnifier::areSame(const std::vector<Task>& vA, const std::vector<Task>& vB) {
+    const auto verticesOf = [](const std::vector<Task>& vTasks) {
+        std::vector<const Point2*> vVertices;
+        for (const Task& task : vTasks)
+            vVertices.push_back(task.pVtx);
+        std::sort(vVertices.begin(), vVertices.end(), std::less<>{});
+        return vVertices;
+    };
+    return vA.size() == vB.size() && verticesOf(vA) == verticesOf(vB);
+}
+
+// Tries each once, and keeps those that are left out. True when one was not.
+bool GridUnifier::workOff(std::vector<Task>& vTasks) {
+    std::vector<Task> vLeft;
+    for (Task task : vTasks) {
+        if (task.pVtx->getIncidentTriangle() == nullptr) continue; // it was merged with another one
+        if (task.numSegmentMoves != mover.numberOfSegmentMoves()) {
+            const VertexMover::Result result = mover.move(task.pVtx, task.target);
+            if (result == VertexMover::Result::MOVED || result == VertexMover::Result::MERGED) continue;
+            if (result == VertexMover::Result::BLOCKED) task.numSegmentMoves = mover.numberOfSegmentMoves();
+        }
+        vLeft.push_back(task);
+    }
+    vTasks.swap(vLeft);
+    return vTasks.size() < vLeft.size();
+}
+
+} // namespace TESK_KIVO2D
