@@ -122,7 +122,7 @@ void addMeshBenchmarks() {
             }
         }
         for (const int direction : {0, 20}) {
-            const std::string name = "mesh/" + domain.name + "/grid" + std::to_string(direction) + "/kivo";
+            const std::string name = "mesh/" + domain.name + "_grid" + std::to_string(direction) + "/20/kivo";
             benchmark::RegisterBenchmark(name.c_str(), meshKivo, domain, 20.0,
                                          GridDirection(static_cast<double>(direction)))
                 ->Unit(benchmark::kMillisecond)
