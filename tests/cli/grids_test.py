@@ -6,6 +6,7 @@ usage: grids_test.py PATH_OF_KIVO2D [unittest options]
 import itertools
 import json
 import math
+import random
 import unittest
 
 from mesh_test import NIPIGON, MeshTest, angles_of
@@ -39,9 +40,14 @@ class Grids(MeshTest):
         self.assertEqual(json.loads(done.stdout)["mesh"]["gridPoints"], 0)
 
     def test_unified_files_lie_on_the_grid_and_agree(self):
-        for width, extra in ((1.0, ()), (0.25, ("--conforming",)), (2.0, ("--zone", "inside"))):
-            before = self.report(NIPIGON, *extra)
-            report = self.report(NIPIGON, "--unify", repr(width), "--check", *extra, *itertools.chain(*(("-o", "b." + e) for e in ("node", "ele", "edge", "seg", "poly"))))
+        source = random.Random(4)
+        self.write("r.xy", "0 0\n9 1\n")
+        self.write("r.seg", "".join("%r %r %r %r\n" % tuple(source.uniform(0, 9) for _ in range(4)) for _ in range(30)))
+        crossing = ("r.xy", "--segments", "r.seg")
+        for width, extra in ((1.0, (NIPIGON,)), (0.25, (NIPIGON, "--conforming")), (2.0, (NIPIGON, "--zone", "inside")), (0.125, crossing),
+                             (0.5, crossing), (2.0, crossing), (0.25, (*crossing, "--conforming"))):
+            before = self.report(*extra)
+            report = self.report("--unify", repr(width), "--check", *extra, *itertools.chain(*(("-o", "b." + e) for e in ("node", "ele", "edge", "seg", "poly"))))
             unify, nodes = report["unify"], [node[:2] for node in self.nodes()]
             self.assertEqual((report["valid"], unify["width"], report["segments"]["missing"]), (True, width, 0))
             self.assertEqual((len(nodes), report["vertices"]), (before["vertices"] - unify["merged"],) * 2)
