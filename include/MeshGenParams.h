@@ -70,11 +70,18 @@ public:
     /// Spacing of grid meshing, which happens when this is positive and `gridVector` is not (0, 0): before
     /// anything is refined, the zone is filled with the points of a square grid in the direction of
     /// `gridVector`, in its phase through the origin, as far as they keep half this distance from vertices
-    /// and constraint segments. Triangles between them are halves of squares. Refinement fills the space up
-    /// to the border, and breaks grid triangles only where they break a limit.
+    /// and constraint segments. Triangles between them are halves of squares, all cut the same way. Points
+    /// that lie on a segment are inserted too, and split it, where its pieces may be that short and nothing
+    /// else is near: so a rectangle along the grid becomes nothing but halves of squares. Refinement fills
+    /// the space up to the border, and breaks grid triangles only where they break a limit. A second run
+    /// finds the grid and adds nothing to it.
+    ///
+    /// Directions that are not along an axis are rounded by at most 1e-9, to steps that make all cells exact
+    /// squares, if the length is at least some 5e-7 of the largest coordinate.
     ///
     /// A length or direction that is not finite, and a grid of more than `maxInsertedPoints` points or too
-    /// fine for doubles, is a warning, and only refinement happens.
+    /// fine for doubles (below 128 units in the last place of the largest coordinate), is a warning, and only
+    /// refinement happens.
     double gridLength = 0.0;
     /// Forget the record of vertices that were inserted by earlier refinements before starting.
     bool bClearInnerVertices = true;

@@ -56,13 +56,17 @@ bool areExact(const Corners& d) {
     return lost == 0;
 }
 
-// True for the corners of a square, seen from the one opposite q. Differences must be exact.
-bool isSquare(const Corner& p, const Corner& q, const Corner& r) {
-    if (r.high.x != -p.high.y || r.high.y != p.high.x) return false;
-    double x = 0, y = 0, lostX = 0, lostY = 0;
-    expansion::twoSum(p.high.x, r.high.x, x, lostX);
-    expansion::twoSum(p.high.y, r.high.y, y, lostY);
-    return q.high.x == x && q.high.y == y && lostX == 0 && lostY == 0;
+// True for the corners of a rectangle that is not along the axes, seen from the one opposite q. Differences
+// must be exact. Products that large have exact tails.
+bool isTurnedRectangle(const Corner& p, const Corner& q, const Corner& r) {
+    if (q.high.x != p.high.x + r.high.x || q.high.y != p.high.y + r.high.y) return false;
+    double sum = 0, lostX = 0, lostY = 0;
+    expansion::twoSum(p.high.x, r.high.x, sum, lostX);
+    expansion::twoSum(p.high.y, r.high.y, sum, lostY);
+    double x = 0, y = 0, tailX = 0, tailY = 0;
+    expansion::twoProduct(p.high.x, r.high.x, x, tailX);
+    expansion::twoProduct(p.high.y, r.high.y, y, tailY);
+    return lostX == 0 && lostY == 0 && x == -y && tailX == -tailY && std::fabs(x) >= 0x1p-900;
 }
 
 double lift(const Corner& p) { return p.high.x * p.high.x + p.high.y * p.high.y; }
@@ -124,7 +128,9 @@ Decision inCircleLattice(const Point2& pa, const Point2& pb, const Point2& pc, c
         return decisionOf(
             sumOfProducts({lift(a), lift(b), lift(c)}, {minor(b, c), minor(c, a), minor(a, b)}));
     }
-    return isSquare(a, b, c) || isSquare(b, c, a) || isSquare(c, a, b) ? ZERO : UNSURE;
+    const bool bRectangle =
+        isTurnedRectangle(a, b, c) || isTurnedRectangle(b, c, a) || isTurnedRectangle(c, a, b);
+    return bRectangle ? ZERO : UNSURE;
 }
 
 // The error bound, in the units of doubleDouble.

@@ -113,7 +113,7 @@ bool isRectangle(const Point2& a, const Point2& b, const Point2& c, const Point2
 
 // Exact where all six differences are multiples of one unit and at most 25 bits long, as on grids and in
 // coordinates of fixed precision. Answers zeros too, which no error bound can. So it does for the corners of
-// squares whose differences are doubles of any length, as on grids that are turned.
+// rectangles whose differences are doubles of any length, as on grids that are turned.
 Decision inCircleLattice(const Point2& a, const Point2& b, const Point2& c, const Point2& d);
 
 // The determinant to about twice the precision of doubles, against a bound from its permanent; differences

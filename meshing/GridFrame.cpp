@@ -23,18 +23,26 @@ Vector2 unitVector(const Vector2& direction) {
 
 } // namespace
 
-GridFrame::GridFrame(const Vector2& direction, double gridLength, double maxAbsCoord)
-    : targetLength(gridLength), unit(unitVector(direction)) {
-    const double unitOfDoubles =
-        std::nextafter(maxAbsCoord, std::numeric_limits<double>::infinity()) - maxAbsCoord;
+GridFrame::GridFrame(const Vector2& direction, double gridLength, const Bbox2& box)
+    : targetLength(gridLength), unit(unitVector(direction)), step(unit * gridLength), atMiddle(0, 0) {
+    const double largest = std::max(box.getMinPoint().getMaxAbs(), box.getMaxPoint().getMaxAbs());
+    const double unitOfDoubles = std::nextafter(largest, std::numeric_limits<double>::infinity()) - largest;
     // Beyond 2^1022 steps along both axes, together, might overflow.
-    bExactEnough = targetLength >= minUnitsPerLength * unitOfDoubles && maxAbsCoord <= 0x1p1022;
-    step = unit * targetLength;
-    const double rounding = 2 * unitOfDoubles;
+    bExactEnough = targetLength >= minUnitsPerLength * unitOfDoubles && largest <= 0x1p1022;
     const bool bAxisParallel = unit.x() == 0 || unit.y() == 0; // rectangles in any case
-    if (bAxisParallel || !bExactEnough || targetLength > maxAbsCoord) return;
+    if (!bAxisParallel && bExactEnough && targetLength <= largest) makeExact(box, 2 * unitOfDoubles);
+}
+
+void GridFrame::makeExact(const Bbox2& box, double rounding) {
     if (rounding > maxShareOfRounding * targetLength) return;
-    step = Vector2(std::round(step.x() / rounding) * rounding, std::round(step.y() / rounding) * rounding);
+    const auto rounded = [rounding](double value) { return std::round(value / rounding) * rounding; };
+    const Point2 low = box.getMinPoint(), high = box.getMaxPoint();
+    const GridSpot center = spotOf(Point2(low.x() / 2 + high.x() / 2, low.y() / 2 + high.y() / 2));
+    const GridSpot nearest{std::round(center.s), std::round(center.t)};
+    atMiddle = Point2(rounded(nearest.s * step.x() - nearest.t * step.y()),
+                      rounded(nearest.s * step.y() + nearest.t * step.x()));
+    middle = nearest;
+    step = Vector2(rounded(step.x()), rounded(step.y()));
     targetLength = step.length();
     unit = step / targetLength;
 }

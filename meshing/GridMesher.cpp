@@ -45,9 +45,9 @@ bool GridMesher::isWanted(const MeshGenParams& params) {
 }
 
 GridMesher::GridMesher(MeshingHost& triangulation, const MeshGenParams& parameters, InnerVtxMgr& record,
-                       RefinementReport& refinementReport, double maxAbsCoord)
+                       RefinementReport& refinementReport, const Bbox2& box)
     : host(triangulation), params(parameters), innerVertices(record), report(refinementReport),
-      frame(params.gridVector, params.gridLength, maxAbsCoord),
+      frame(params.gridVector, params.gridLength, box),
       minPiece(params.minEdgeLength > 0 ? params.minEdgeLength / params.gridLength : 0) {}
 
 void GridMesher::createStripes(const std::vector<Triangle2*>& vTriangles, TriangleMarks marks) {

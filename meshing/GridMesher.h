@@ -24,10 +24,9 @@ public:
     // Whether the parameters ask for a grid. What is not finite is reported.
     static bool isWanted(const MeshGenParams& params);
 
-    // Adds to the report's grid points, and new vertices to the record. The largest absolute coordinate is
-    // that of the zone.
+    // Adds to the report's grid points, and new vertices to the record. The box is that of the zone.
     GridMesher(MeshingHost& triangulation, const MeshGenParams& parameters, InnerVtxMgr& record,
-               RefinementReport& refinementReport, double maxAbsCoord);
+               RefinementReport& refinementReport, const Bbox2& box);
 
     // Plans where the points come, none if a warning says that the grid is too fine. The marks are those of
     // the zone's triangles. Ends early when that is requested.

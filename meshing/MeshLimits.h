@@ -69,12 +69,15 @@ public:
 
 private:
     static bool isLimit(double value) { return value > 0 && value < DBL_MAX; }
+    // A size that misses its limit by less has been rounded: a grid's triangles may be just as large as
+    // allowed.
+    static constexpr double sizeSlack = 1 + 1e-10;
     // Not 0.
     static double squareOfLength(double length, double scale) {
-        return std::max(length * scale * (length * scale), DBL_TRUE_MIN);
+        return std::max(length * scale * (length * scale) * sizeSlack, DBL_TRUE_MIN);
     }
     static double scaledArea(double area, double scale) {
-        return std::max(area * scale * scale, DBL_TRUE_MIN);
+        return std::max(area * scale * scale * sizeSlack, DBL_TRUE_MIN);
     }
     void setAngle();
     bool isBadCap(const TriangleShape& shape) const;

@@ -82,7 +82,7 @@ void RefinementDriver::mesh() {
 
 // What a listener changes meanwhile asks for a new plan, in which points that are there are left out.
 void RefinementDriver::fillWithGrid(std::vector<Triangle2*>& vTriangles, ProgressHub::Operation& progress) {
-    GridMesher grid(host, params, memory.innerVertices, report, largestCoordinate(vTriangles));
+    GridMesher grid(host, params, memory.innerVertices, report, params.pZone->getBoundingBox());
     do {
         grid.createStripes(vTriangles, markTriangles(vTriangles));
         if (grid.numWaiting() == 0) return;
@@ -91,8 +91,7 @@ void RefinementDriver::fillWithGrid(std::vector<Triangle2*>& vTriangles, Progres
         if (host.constraintMgr().hasPending()) host.applyConstraintsAndZones();
         vTriangles = zoneTriangles();
     } while (report.end == RefinementEnd::COMPLETE && grid.isStale());
-    if (report.end == RefinementEnd::COMPLETE)
-        turnDiagonals(vTriangles, grid.gridFrame(), markTriangles(vTriangles), host.predicates());
+    newGrid = grid.gridFrame();
 }
 
 // Half of the progress is that of the grid.
@@ -149,6 +148,8 @@ struct RefinementDriver::Round {
 bool RefinementDriver::makePass(const MeshLimits& limits, std::vector<Triangle2*> vZone,
                                 ProgressHub::Operation& progress) {
     Round round(*this, limits, std::move(vZone));
+    if (newGrid) turnDiagonals(round.vTriangles, *newGrid, round.marks, host.predicates());
+    newGrid.reset();
     if (collect(round.vTriangles, round.pass)) work(round.site, round.pass, progress);
     const bool bAgain = round.pass.hasChanged() || round.pass.isStale();
     if (bAgain) ++report.numPasses;

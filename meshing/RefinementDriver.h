@@ -4,12 +4,14 @@
 #include "RefinementReport.h"
 #include "Triangle2.h"
 #include "kernel/ProgressHub.h"
+#include "meshing/GridFrame.h"
 #include "meshing/InnerVtxMgr.h"
 #include "meshing/MeshingHost.h"
 #include "meshing/RefinementPass.h"
 #include "meshing/SegmentOrigins.h"
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -62,7 +64,8 @@ private:
     RefinementMemory& memory;
     const MeshGenParams& params;
     RefinementReport& report;
-    std::size_t numTold = 0; // of the progress
+    std::size_t numTold = 0;          // of the progress
+    std::optional<GridFrame> newGrid; // whose diagonals are to be turned before the next pass
 };
 
 } // namespace TESK_KIVO2D

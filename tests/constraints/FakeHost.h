@@ -64,6 +64,7 @@ struct FakeHost : TESK_KIVO2D::ConstraintHost {
     }
     void legalizeAround(Point2* pVtx) override { vLegalized.push_back(pVtx); }
     void legalizeEdge(const Point2*, const Point2*) override {}
+    void removeInnerVertices(const Point2*, const Point2&) override {}
     std::size_t allowSteinerPoints(std::size_t) override { return 0; }
 
     Point2* at(double x, double y) { return insert(Point2(x, y)); }
