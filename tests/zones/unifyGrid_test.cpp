@@ -189,6 +189,17 @@ struct World {
     }
 };
 
+// The zones that each vertex is in which no constraint holds. Grown zones have start points, which stay where
+// they are while borders move.
+std::map<Point2*, unsigned> membership(const World& world) {
+    std::map<Point2*, unsigned> mZones;
+    for (std::size_t i = 0; i < world.vZones.size(); ++i)
+        if (world.vZones[i]->getZoneLocation() != ZL_GROW)
+            for (Point2* p : verticesOf(world.vZones[i]))
+                if (!world.pKivo->isConstraint(p)) mZones[p] |= 1U << i;
+    return mZones;
+}
+
 // What it returned and said, apart from what zones say whose start points moves have left outside.
 std::pair<std::size_t, std::string> unified(Zone2* pZone, double width) {
     const CapturedMessages captured;
@@ -208,9 +219,14 @@ void tryWorld(std::uint64_t seed, const Place& place, std::size_t which, double 
     Zone2* const pZone = world.vZones[which];
     if (pZone->getNumberOfTriangles() == 0) return;
     const Before before(kivo, pZone, width);
+    const std::map<Point2*, unsigned> mMemberBefore = membership(world);
     const auto [numLeft, text] = unified(pZone, width);
     before.expectUnified(numLeft, text);
     expectValid(kivo, world.vGraphs);
+    for (const auto& [p, zones] : membership(world)) {
+        const auto it = mMemberBefore.find(p); // else it was on a segment that has vanished
+        EXPECT_TRUE(it == mMemberBefore.end() || it->second == zones) << "left its zone";
+    }
     EXPECT_GT(pZone->getNumberOfTriangles(), 0u);
     for (const Zone2* pOther : world.vZones)
         if (pOther->getNumberOfTriangles() > 0) shapeOf(pOther);
