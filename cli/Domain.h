@@ -4,7 +4,9 @@
 
 #include <Point2.h>
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,8 +38,9 @@ struct Domain {
 struct Input {
     PointTable table;
     Domain domain;
-    std::size_t numPoints = 0;           // of the table, those that were given as points
-    std::vector<std::string> vFilenames; // what was read
+    std::size_t numPoints = 0;                            // of the table, those that were given as points
+    std::vector<std::array<std::uint32_t, 3>> vTriangles; // of a mesh file: positions in the table
+    std::vector<std::string> vFilenames;                  // what was read
 };
 
 } // namespace cli

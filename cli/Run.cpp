@@ -2,14 +2,20 @@
 
 #include "cli/errors.h"
 #include "cli/formats.h"
+#include "cli/givenMesh.h"
 #include "cli/input.h"
 #include "cli/libraryWriters.h"
+#include "cli/meshFile.h"
+#include "cli/numbers.h"
 #include "cli/outputFiles.h"
+#include "cli/qualityPicture.h"
 #include "cli/regions.h"
+#include "cli/unification.h"
 #include "cli/writers.h"
 #include "cli/zone.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 
 namespace cli {
@@ -21,6 +27,10 @@ using TESK_KIVO2D::Triangle2;
 
 bool bringsSegments(const TriangulateOptions& options) {
     return !options.segments.empty() || canHoldSegments(formatOf(options.input));
+}
+
+bool isMeshFile(const TriangulateOptions& options) {
+    return options.bMeasure && holdsTriangles(formatOf(options.input));
 }
 
 void checkOutputs(const std::vector<std::string>& vOutputs, const Input& input) {
@@ -46,7 +56,7 @@ Report reportOf(const std::string& command, const TriangulateOptions& options) {
 
 Input readAll(const TriangulateOptions& options, Report& report) {
     const StopWatch watch;
-    Input input = readInput(options.input, options.segments, options.bFlipY);
+    Input input = readInput(options);
     report.readTime = watch.seconds();
     report.numPoints = input.numPoints;
     if (!input.table.vPoints.empty()) report.boundingBox = boxOf(input.table.vPoints);
@@ -68,8 +78,15 @@ Box boxOf(const std::vector<Point2>& vPoints) {
 }
 
 void checkUsage(const TriangulateOptions& options) {
-    for (const std::string& output : options.vOutputs)
-        formatOf(output);
+    for (const std::string& output : options.vOutputs) {
+        if (formatOf(output) != FORMAT_SVG && options.bMeasure)
+            throw UsageError(output + ": pictures of quality are .svg files");
+    }
+    if (options.unifyWidth && !(std::isfinite(*options.unifyWidth) && *options.unifyWidth > 0.0))
+        throw UsageError("--unify takes a positive width, not " + shortest(*options.unifyWidth));
+    if (isMeshFile(options) && (!options.segments.empty() || !options.zone.empty() || options.bConforming))
+        throw UsageError(options.input +
+                         ": a mesh is measured as it is, without --segments, --zone and --conforming");
     if (bringsSegments(options)) return;
     const char* const need = options.bMesh           ? "mesh"
                              : options.bConforming   ? "--conforming"
@@ -97,6 +114,11 @@ void Run::insert() {
     insertion = insertPoints(triangulation, input, options.input);
     report.numDuplicates = insertion.numDuplicates;
     report.triangulateTime = pointsWatch.seconds();
+    if (isZoneGiven()) {
+        const StopWatch watch;
+        pZone = createZoneOfMesh(triangulation, input, insertion.vHandles, options.input);
+        report.zoneTime = watch.seconds();
+    }
     if (!report.segments) return;
     const StopWatch watch;
     constraints = insertSegments(triangulation, input, insertion.vHandles,
@@ -128,6 +150,20 @@ void Run::createZone() {
     report.zoneTime = watch.seconds();
 }
 
+void Run::unify() {
+    if (!options.unifyWidth) return;
+    if (!triangulation.is2D())
+        throw FileError(options.input, "has no triangles to unify: all points lie on one line");
+    const StopWatch watch;
+    report.unify = unifyGrid(triangulation, pZone, *options.unifyWidth, input.table, constraints);
+    if (report.mesh) report.mesh->bMovedAfterwards = true;
+    if (report.segments) {
+        report.segments->numMissing = constraints.numMissing;
+        report.segments->numEdges = constraints.vEdges.size();
+    }
+    report.unifyTime = watch.seconds();
+}
+
 void Run::collectNewVertices() {
     const StopWatch watch;
     collectSegments(triangulation, input, insertion.vHandles, constraints);
@@ -137,6 +173,7 @@ void Run::collectNewVertices() {
 }
 
 void Run::countTriangulation() {
+    if (isZoneGiven()) return; // what fills the hull of a mesh is no part of it
     report.bTriangulated = true;
     report.bIs2D = triangulation.is2D();
     report.numVertices = triangulation.numberOfPoints();
@@ -153,6 +190,12 @@ void Run::check() {
     report.bValid = triangulation.checkValidity(true, "kivo2d_");
     if (report.segments && report.segments->numMissing > 0) report.bValid = false;
     report.checkTime = watch.seconds();
+}
+
+void Run::measure() {
+    const StopWatch watch;
+    report.quality = cli::measure(triangulation, pZone);
+    report.qualityTime = watch.seconds();
 }
 
 std::vector<double> Run::attributesOfMesh() const {
@@ -180,7 +223,8 @@ void Run::collectMesh() {
     }
     mesh.vTriangleAttributes = attributesOfMesh();
     mesh.vEdges = constraints.vEdges;
-    if (pZone != nullptr) report.zone = measureZone(options.zone, *pZone, mesh.triangles);
+    if (pZone != nullptr)
+        report.zone = measureZone(isZoneGiven() ? "mesh" : options.zone, *pZone, mesh.triangles);
     collectTime += watch.seconds();
 }
 
@@ -188,7 +232,10 @@ void Run::write() {
     if (options.vOutputs.empty()) return;
     const StopWatch watch;
     for (const std::string& output : options.vOutputs) {
-        if (!writeByLibrary(output, triangulation, pZone)) writeMesh(output, mesh);
+        if (options.bMeasure)
+            drawQuality(output, mesh, *report.quality, options.input);
+        else if (!writeByLibrary(output, triangulation, pZone))
+            writeMesh(output, mesh);
     }
     report.writeTime = watch.seconds() + collectTime;
 }

@@ -45,12 +45,16 @@ public:
     void checkPictures() const;
     // The zone that the options ask for, if they do.
     void createZone();
+    // Moves the vertices to a grid, if the options ask for it.
+    void unify();
     // After vertices were added to the triangulation: enters them in the table of points, and finds anew what
     // became of the segments.
     void collectNewVertices();
     void countTriangulation();
     // Only if the options ask for it. A failure stands in the report, and the run goes on.
     void check();
+    // The quality of the zone's triangles, or of all.
+    void measure();
     // Makes the mesh for the outputs, and measures the zone.
     void collectMesh();
     void write();
@@ -65,6 +69,7 @@ public:
     Mesh mesh;
 
 private:
+    bool isZoneGiven() const { return !input.vTriangles.empty(); }
     std::vector<double> attributesOfMesh() const;
 
     ProgressBar progressBar;

@@ -3,7 +3,6 @@
 #include "cli/Run.h"
 #include "cli/errors.h"
 #include "cli/formats.h"
-#include "cli/meshQuality.h"
 #include "cli/outputFiles.h"
 #include "cli/refinement.h"
 #include "cli/writers.h"
@@ -14,9 +13,10 @@ Report runTriangulate(const TriangulateOptions& options) {
     checkUsage(options);
     Run run("triangulate", options);
     run.insert();
-    run.countTriangulation();
     run.checkPictures();
     run.createZone();
+    run.unify();
+    run.countTriangulation();
     run.check();
     run.collectMesh();
     run.write();
@@ -30,12 +30,27 @@ Report runMesh(const MeshOptions& options) {
     run.insert();
     run.checkPictures();
     run.createZone();
-    MeshReport meshReport = refine(run, options);
+    run.report.mesh = refine(run, options);
+    run.unify();
     run.countTriangulation();
     run.check();
+    run.measure();
     run.collectMesh();
-    meshReport.quality = measureQuality(run.mesh.triangles);
-    run.report.mesh = meshReport;
+    run.write();
+    return run.report;
+}
+
+Report runQuality(const TriangulateOptions& options) {
+    checkUsage(options);
+    Run run("quality", options);
+    run.insert();
+    if (!run.triangulation.is2D())
+        throw FileError(options.input, "has no triangles: all points lie on one line");
+    run.createZone();
+    run.countTriangulation();
+    run.check();
+    run.measure();
+    run.collectMesh();
     run.write();
     return run.report;
 }

@@ -16,11 +16,13 @@ struct TriangulateOptions {
     std::string zone;     // one of zoneKinds(); empty for all triangles
     std::vector<std::string> vOutputs;
     bool bMesh = false;       // the triangulation is the start of a mesh
+    bool bMeasure = false;    // the quality of triangles is asked for: mesh files are read, and .svg drawn
     bool bFlipY = false;      // the input's y axis points downwards
     bool bConforming = false; // segments are divided until the triangulation is Delaunay
     bool bCheck = false;
-    bool bProgress = false; // also where nobody looks
-    int numThreads = 1;     // 0: as many as the hardware has
+    bool bProgress = false;           // also where nobody looks
+    int numThreads = 1;               // 0: as many as the hardware has
+    std::optional<double> unifyWidth; // of the grid to which vertices move
 };
 
 // Limits that are not set do not hold.
@@ -33,15 +35,20 @@ struct MeshOptions {
     std::optional<double> growFactor;
     std::optional<std::int64_t> maxPoints;
     bool bNoSplit = false;
+    std::string grid; // "length,dx,dy"; empty for none
 };
 
-// Reads, triangulates, checks when asked, and writes every output. A failed check is told by the report, and
-// the outputs are written all the same. Throws `FileError` or `UsageError`.
+// Reads, triangulates, unifies and checks when asked, and writes every output. A failed check is told by the
+// report, and the outputs are written all the same. Throws `FileError` or `UsageError`.
 Report runTriangulate(const TriangulateOptions& options);
 
-// The same, and refines the zone before it checks and writes. An interrupt from the keyboard ends the
-// refinement; what was reached is written, and the report says so.
+// The same, and refines the zone before it unifies, checks and writes. An interrupt from the keyboard ends
+// the refinement; what was reached is written, and the report says so.
 Report runMesh(const MeshOptions& options);
+
+// Measures the triangles of a mesh file, or those of a triangulation, and draws pictures of their quality.
+// Throws `FileError` or `UsageError`.
+Report runQuality(const TriangulateOptions& options);
 
 // Generates points and writes them. Throws `FileError` or `UsageError`.
 Report runGenerate(const GenerateOptions& options, const std::string& output);

@@ -3,6 +3,7 @@
 #include "cli/errors.h"
 #include "cli/formats.h"
 #include "cli/geojsonReader.h"
+#include "cli/meshFile.h"
 #include "cli/nodeReader.h"
 #include "cli/polyReader.h"
 #include "cli/readers.h"
@@ -65,10 +66,11 @@ void flipY(Input& input) {
 
 } // namespace
 
-Input readInput(const std::string& filename, const std::string& segmentsFilename, bool bFlipY) {
-    Input input = readMain(filename);
-    if (!segmentsFilename.empty()) addSegments(input, segmentsFilename);
-    if (bFlipY) flipY(input);
+Input readInput(const TriangulateOptions& options) {
+    const bool bMesh = options.bMeasure && holdsTriangles(formatOf(options.input));
+    Input input = bMesh ? readMeshFile(options.input) : readMain(options.input);
+    if (!options.segments.empty()) addSegments(input, options.segments);
+    if (options.bFlipY) flipY(input);
     return input;
 }
 

@@ -1,13 +1,12 @@
 #pragma once
 
 #include "cli/Domain.h"
-
-#include <string>
+#include "cli/commands.h"
 
 namespace cli {
 
-// Reads a file of points or a .poly file and, unless its name is empty, a file of segments. With bFlipY every
-// y changes its sign. Throws `FileError` or `UsageError`.
-Input readInput(const std::string& filename, const std::string& segmentsFilename, bool bFlipY);
+// Reads a file of points or a .poly file, or a mesh file where it is to be measured, and, unless its name is
+// empty, the file of segments. With bFlipY every y changes its sign. Throws `FileError` or `UsageError`.
+Input readInput(const TriangulateOptions& options);
 
 } // namespace cli

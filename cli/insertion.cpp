@@ -74,7 +74,7 @@ Insertion insertPoints(Kivo_2D& triangulation, Input& input, const std::string& 
     Insertion insertion;
     const bool bWithEnds = table.vPoints.size() != input.numPoints;
     const bool bCarries = table.numAttributes > 0 || table.bWithMarkers;
-    if (!bCarries && input.domain.vSegments.empty()) {
+    if (!bCarries && input.domain.vSegments.empty() && input.vTriangles.empty()) {
         triangulation.insert(table.vPoints);
     } else if (!bWithEnds) {
         triangulation.insert(table.vPoints, insertion.vHandles);

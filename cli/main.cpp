@@ -1,5 +1,6 @@
 #include "cli/commands.h"
 #include "cli/errors.h"
+#include "cli/messages.h"
 #include "cli/zone.h"
 
 #include <CLI/CLI.hpp>
@@ -17,30 +18,23 @@ using namespace cli;
 struct CommandLine {
     TriangulateOptions triangulate;
     MeshOptions mesh;
+    TriangulateOptions quality;
     GenerateOptions generate;
     std::string generateOutput;
     bool bJson = false;
 };
 
-// What every command that triangulates a file takes.
-void addSharedOptions(CLI::App& command, TriangulateOptions& options, bool& bJson) {
-    command
-        .add_option("IN", options.input,
-                    "points: .xy .txt .xyz .bin .node; points and segments: .geojson, and .poly, whose "
-                    "points may be in the .node file of the same name")
-        ->required();
+const char* const POINT_FILES = "points: .xy .txt .xyz .bin .node; points and segments: .geojson, and .poly, "
+                                "whose points may be in the .node file of the same name";
+
+// What every command that reads a file of points takes.
+void addInputOptions(CLI::App& command, TriangulateOptions& options, const std::string& inputs, bool& bJson) {
+    command.add_option("IN", options.input, inputs)->required();
     command.add_option("--segments", options.segments,
                        "segments that become edges: .seg with \"x1 y1 x2 y2\" a line, .bin, or the lines "
                        "and rings of .geojson");
     command.add_flag("--conforming", options.bConforming,
                      "divide segments until every triangle's circle is empty, instead of forcing them in");
-    command
-        .add_option(
-            "-o,--output", options.vOutputs,
-            "file to write, may be repeated: .svg .ps .geojson .obj .vtu .msh .node .ele .poly .edge .seg "
-            ".xy .txt .xyz .bin, or a folder, with a slash at its end, for a web page that shows the mesh")
-        ->type_size(1)
-        ->allow_extra_args(false);
     command.add_flag("--flip-y", options.bFlipY,
                      "turn y round: the input's y axis points down, as on screens");
     command.add_flag(
@@ -52,6 +46,24 @@ void addSharedOptions(CLI::App& command, TriangulateOptions& options, bool& bJso
     command.add_flag("--progress", options.bProgress,
                      "progress on standard error even where that is no terminal");
     command.add_flag("--json", bJson, "report as JSON");
+}
+
+void addOutputOption(CLI::App& command, TriangulateOptions& options, const std::string& outputs) {
+    command.add_option("-o,--output", options.vOutputs, outputs)->type_size(1)->allow_extra_args(false);
+}
+
+// What every command that writes triangles takes.
+void addSharedOptions(CLI::App& command, TriangulateOptions& options, bool& bJson) {
+    addInputOptions(command, options, POINT_FILES, bJson);
+    addOutputOption(
+        command, options,
+        "file to write, may be repeated: .svg .ps .geojson .obj .vtu .msh .node .ele .poly .edge "
+        ".seg .xy .txt .xyz .bin, or a folder, with a slash at its end, for a web page that shows "
+        "the mesh");
+    command.add_option("--unify", options.unifyWidth,
+                       "at last, move the vertices to the points of a grid of this width through the origin; "
+                       "those that fall together become one, and those stay whose move would change how "
+                       "segments lie");
 }
 
 CLI::App* addTriangulate(CLI::App& app, CommandLine& commandLine) {
@@ -76,6 +88,26 @@ CLI::App* addTriangulate(CLI::App& app, CommandLine& commandLine) {
     return pCommand;
 }
 
+void addLimits(CLI::App& command, MeshOptions& options) {
+    command.add_option("--min-angle", options.minAngle, "smallest angle wanted, in degrees, at most 30")
+        ->capture_default_str();
+    command.add_option("--max-area", options.maxArea,
+                       "largest area of a triangle; in regions with a limit the smaller one holds");
+    command.add_option("--max-edge", options.maxEdge, "longest edge of a triangle");
+    command.add_option("--min-edge", options.minEdge,
+                       "segments shorter than twice this are not split; by default 1e-9 of the size of what "
+                       "is meshed");
+    command.add_option("--grow", options.growFactor,
+                       "how many times as large as a neighbour a triangle may be, above 1");
+    command.add_flag("--no-split", options.bNoSplit,
+                     "split no segments: the border keeps its vertices, and bad triangles may stay there");
+    command.add_option("--max-points", options.maxPoints, "end when so many points were inserted");
+    command.add_option(
+        "--grid", options.grid,
+        "L,dx,dy: first fill the inside with the halves of squares of side L, aligned to the direction "
+        "dx,dy; left out, with a warning, when that takes more than --max-points");
+}
+
 CLI::App* addMesh(CLI::App& app, CommandLine& commandLine) {
     MeshOptions& options = commandLine.mesh;
     TriangulateOptions& shared = options.triangulate;
@@ -90,27 +122,37 @@ CLI::App* addMesh(CLI::App& app, CommandLine& commandLine) {
                      "in rings are holes; \"enclosed\" takes all that has no way out")
         ->check(CLI::IsMember(zoneKinds()))
         ->capture_default_str();
-    pCommand->add_option("--min-angle", options.minAngle, "smallest angle wanted, in degrees, at most 30")
-        ->capture_default_str();
-    pCommand->add_option("--max-area", options.maxArea,
-                         "largest area of a triangle; in regions with a limit the smaller one holds");
-    pCommand->add_option("--max-edge", options.maxEdge, "longest edge of a triangle");
-    pCommand->add_option(
-        "--min-edge", options.minEdge,
-        "segments shorter than twice this are not split; by default 1e-9 of the size of what "
-        "is meshed");
-    pCommand->add_option("--grow", options.growFactor,
-                         "how many times as large as a neighbour a triangle may be, above 1");
-    pCommand->add_flag("--no-split", options.bNoSplit,
-                       "split no segments: the border keeps its vertices, and bad triangles may stay there");
-    pCommand->add_option("--max-points", options.maxPoints, "end when so many points were inserted");
+    addLimits(*pCommand, options);
     pCommand->footer(
         "Beside segments that meet at less than 60 degrees angles may stay small; the report tells how many "
         "triangles do not meet a limit, and why.\n"
         "Area limits of a .poly file's regions hold. New vertices get attributes interpolated between the "
         "points; on a segment they inherit its marker.\n"
+        "--unify moves vertices after the refinement, so that what is written lies on the grid; limits may "
+        "be missed by as much as that takes.\n"
         "Ctrl-C ends the refinement; the mesh reached is written, and the exit code is 130. A second one "
         "ends the command.");
+    return pCommand;
+}
+
+CLI::App* addQuality(CLI::App& app, CommandLine& commandLine) {
+    TriangulateOptions& options = commandLine.quality;
+    options.bMeasure = true;
+    CLI::App* const pCommand =
+        app.add_subcommand("quality", "angles, areas, edges and aspect ratios of the triangles of a mesh");
+    addInputOptions(*pCommand, options,
+                    std::string("meshes: .obj .vtu .msh, and .ele beside its .node; ") + POINT_FILES +
+                        ", which are triangulated first",
+                    commandLine.bJson);
+    addOutputOption(*pCommand, options,
+                    "picture to draw, may be repeated: .svg, triangles coloured by their smallest angles");
+    pCommand
+        ->add_option("--zone", options.zone,
+                     "measure the triangles inside the segments only: \"inside\" by parity, \"enclosed\" "
+                     "all that has no way out")
+        ->check(CLI::IsMember(zoneKinds()));
+    pCommand->footer("The triangles of a mesh file are measured as they are; they must not overlap, and have "
+                     "areas.");
     return pCommand;
 }
 
@@ -139,12 +181,6 @@ CLI::App* addGenerate(CLI::App& app, CommandLine& commandLine) {
         ->capture_default_str();
     pCommand->add_flag("--json", commandLine.bJson, "report as JSON");
     return pCommand;
-}
-
-// Standard output holds the report and nothing else, so that a program can read it.
-void sendMessagesToErrorStream() {
-    TESK_KIVO2D::setMessageSink(
-        [](TESK_KIVO2D::MessageChannel, const std::string& text) { std::fputs(text.c_str(), stderr); });
 }
 
 int print(const Report& report, bool bJson) {
@@ -176,6 +212,7 @@ int parseAndRun(int argc, char** argv) {
     CommandLine commandLine;
     const CLI::App* const pTriangulate = addTriangulate(app, commandLine);
     const CLI::App* const pMesh = addMesh(app, commandLine);
+    const CLI::App* const pQuality = addQuality(app, commandLine);
     addGenerate(app, commandLine);
     try {
         app.parse(argc, argv);
@@ -184,7 +221,9 @@ int parseAndRun(int argc, char** argv) {
     }
     const Report report = pTriangulate->parsed() ? runTriangulate(commandLine.triangulate)
                           : pMesh->parsed()      ? runMesh(commandLine.mesh)
-                                            : runGenerate(commandLine.generate, commandLine.generateOutput);
+                          : pQuality->parsed()
+                              ? runQuality(commandLine.quality)
+                              : runGenerate(commandLine.generate, commandLine.generateOutput);
     return print(report, commandLine.bJson);
 }
 

@@ -20,11 +20,13 @@ inline std::string rounded(double value, int numDigits) {
     return std::string(aText, result.ptr);
 }
 
-// With six digits that count, for people.
-inline std::string sixDigits(double value) {
+// With so many digits that count, for people.
+inline std::string withDigits(double value, int numDigits) {
     char aText[40];
-    const auto result = std::to_chars(aText, aText + sizeof aText, value, std::chars_format::general, 6);
+    const auto result =
+        std::to_chars(aText, aText + sizeof aText, value, std::chars_format::general, numDigits);
     return std::string(aText, result.ptr);
 }
+inline std::string sixDigits(double value) { return withDigits(value, 6); }
 
 } // namespace cli

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cfloat>
+#include <charconv>
 #include <cmath>
 #include <memory>
 
@@ -21,6 +22,29 @@ using TESK_KIVO2D::Zone2;
 // Of the zone's size. Far above the resolution of doubles, far below what a client can tell apart.
 constexpr double MIN_EDGE_SHARE = 1e-9;
 
+struct Grid {
+    double length, dx, dy;
+
+    bool isWanted() const {
+        return std::isfinite(length + dx + dy) && length > 0.0 && (dx != 0.0 || dy != 0.0);
+    }
+};
+
+// Nothing for a text that is not three numbers of that kind, with commas between them.
+std::optional<Grid> gridOf(const std::string& text) {
+    double aNumbers[3];
+    const char* p = text.data();
+    const char* const pEnd = p + text.size();
+    for (std::size_t i = 0; i < 3; ++i) {
+        if (i > 0 && (p == pEnd || *p++ != ',')) return std::nullopt;
+        const auto [pNext, error] = std::from_chars(p, pEnd, aNumbers[i]);
+        if (error != std::errc()) return std::nullopt;
+        p = pNext;
+    }
+    const Grid grid{aNumbers[0], aNumbers[1], aNumbers[2]};
+    return p == pEnd && grid.isWanted() ? std::optional(grid) : std::nullopt;
+}
+
 class Limits : public MeshGenParams {
 public:
     Limits(Zone2* pZone_, const MeshOptions& options, const Background* pBackground_)
@@ -34,6 +58,10 @@ public:
         if (options.maxPoints) maxInsertedPoints = static_cast<std::uint64_t>(*options.maxPoints);
         const TESK_KIVO2D::Bbox2 box = pZone_->getBoundingBox();
         const double size = std::max(box.get_maxX() - box.get_minX(), box.get_maxY() - box.get_minY());
+        if (const std::optional<Grid> grid = gridOf(options.grid)) {
+            gridLength = grid->length;
+            gridVector = TESK_KIVO2D::Vector2(grid->dx, grid->dy);
+        }
         minEdgeLength = options.minEdge.value_or(std::min(size, DBL_MAX) * MIN_EDGE_SHARE);
     }
 
@@ -79,6 +107,10 @@ void checkLimits(const MeshOptions& options) {
         refuse("--grow", "a factor above 1", *options.growFactor);
     if (options.maxPoints && *options.maxPoints < 0)
         refuse("--max-points", "a number of points", static_cast<double>(*options.maxPoints));
+    if (!options.grid.empty() && !gridOf(options.grid))
+        throw UsageError(
+            "--grid takes a positive length and a direction other than 0,0, as in 0.5,1,0, not " +
+            options.grid);
 }
 
 MeshReport refine(Run& run, const MeshOptions& options) {
@@ -93,6 +125,7 @@ MeshReport refine(Run& run, const MeshOptions& options) {
         run.triangulation.refineAdvanced(&limits);
     }
     report.refinement = run.triangulation.getRefinementReport();
+    report.bGrid = !options.grid.empty();
     report.minAngle = options.minAngle;
     report.minEdge = limits.minEdgeLength;
     if (background != nullptr) interpolateNewVertices(run, *background);

@@ -8,7 +8,7 @@ namespace cli {
 void checkLimits(const MeshOptions& options);
 
 // Refines the zone of the run and collects the new vertices, which get attributes interpolated between the
-// points of the input. Stops at an interrupt from the keyboard. The quality stays to be measured.
+// points of the input. Stops at an interrupt from the keyboard.
 MeshReport refine(Run& run, const MeshOptions& options);
 
 } // namespace cli

@@ -2,6 +2,7 @@
 
 #include "cli/meshReport.h"
 #include "cli/numbers.h"
+#include "cli/qualityReport.h"
 #include "cli/words.h"
 
 #include <nlohmann/json.hpp>
@@ -18,12 +19,14 @@ using Json = nlohmann::ordered_json;
 std::string milliseconds(double seconds) { return rounded(seconds * 1000.0, 1) + " ms"; }
 
 using NamedTime = std::pair<const char*, std::optional<double>>;
-std::array<NamedTime, 7> namedTimes(const Report& report) {
+std::array<NamedTime, 9> namedTimes(const Report& report) {
     return {{{"read", report.readTime},
              {"triangulate", report.triangulateTime},
              {"segments", report.segmentsTime},
              {"zone", report.zoneTime},
              {"mesh", report.meshTime},
+             {"unify", report.unifyTime},
+             {"quality", report.qualityTime},
              {"check", report.checkTime},
              {"write", report.writeTime}}};
 }
@@ -79,6 +82,16 @@ Json zoneToJson(const ZoneReport& zone) {
             {"parts", zone.numParts}};
 }
 
+std::string unifyLine(const UnifyReport& unify) {
+    return line("grid", "width " + shortest(unify.width) + ", " + std::to_string(unify.numMerged) +
+                            " vertices fell together with another, " + std::to_string(unify.numBeside) +
+                            " stayed beside it");
+}
+
+Json unifyToJson(const UnifyReport& unify) {
+    return {{"width", unify.width}, {"merged", unify.numMerged}, {"beside", unify.numBeside}};
+}
+
 Json boxToJson(const Box& box) {
     return {{"minX", box.minX}, {"minY", box.minY}, {"maxX", box.maxX}, {"maxY", box.maxY}};
 }
@@ -88,10 +101,17 @@ Json boxToJson(const Box& box) {
 std::string toText(const Report& report) {
     std::string text = (report.input.empty() ? report.kind : report.input) + "\n";
     text += line("points", std::to_string(report.numPoints));
-    if (report.bTriangulated) text += triangulationLines(report);
+    if (report.bTriangulated)
+        text += triangulationLines(report);
+    else if (report.quality)
+        text += line("duplicates", std::to_string(report.numDuplicates));
     if (report.segments) text += segmentLines(*report.segments);
     if (report.zone) text += zoneLine(*report.zone);
-    if (report.mesh) text += meshLines(*report.mesh);
+    if (report.unify) text += unifyLine(*report.unify);
+    if (report.mesh)
+        text += meshLines(*report.mesh, report.quality->figures);
+    else if (report.quality)
+        text += qualityLines(*report.quality);
     if (report.boundingBox) {
         const Box& box = *report.boundingBox;
         text += line("bounding box", "[" + shortest(box.minX) + ", " + shortest(box.maxX) + "] x [" +
@@ -118,8 +138,8 @@ std::string toJson(const Report& report) {
     else
         json["input"] = report.input;
     json["points"] = report.numPoints;
+    if (report.bTriangulated || report.quality) json["duplicates"] = report.numDuplicates;
     if (report.bTriangulated) {
-        json["duplicates"] = report.numDuplicates;
         json["vertices"] = report.numVertices;
         json["triangles"] = report.numTriangles;
         json["hullVertices"] = report.numHullVertices;
@@ -127,7 +147,11 @@ std::string toJson(const Report& report) {
     }
     if (report.segments) json["segments"] = segmentsToJson(*report.segments);
     if (report.zone) json["zone"] = zoneToJson(*report.zone);
-    if (report.mesh) json["mesh"] = meshToJson(*report.mesh);
+    if (report.unify) json["unify"] = unifyToJson(*report.unify);
+    if (report.mesh)
+        json["mesh"] = meshToJson(*report.mesh, report.quality->figures);
+    else if (report.quality)
+        json["quality"] = qualityToJson(*report.quality);
     json["boundingBox"] = report.boundingBox ? boxToJson(*report.boundingBox) : Json(nullptr);
     if (report.bTriangulated) json["threads"] = report.numThreads;
     if (report.bValid) json["valid"] = *report.bValid;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cli/meshQuality.h"
+#include "cli/measurement.h"
 
 #include <RefinementReport.h>
 
@@ -41,8 +41,16 @@ struct ZoneReport {
 struct MeshReport {
     double minAngle = 0.0; // the limits that held
     double minEdge = 0.0;
+    bool bGrid = false;            // grid meshing was asked for
+    bool bMovedAfterwards = false; // the limits may hold no more
     TESK_KIVO2D::RefinementReport refinement;
-    MeshQuality quality;
+};
+
+// What became of the vertices when they moved to a grid.
+struct UnifyReport {
+    double width = 0.0;
+    std::size_t numMerged = 0; // fell together with another one
+    std::size_t numBeside = 0; // stay beside the grid
 };
 
 // What a run of the command tells on standard output. Times are seconds; what did not take place is not set.
@@ -63,7 +71,9 @@ struct Report {
     int numThreads = 1;
     std::optional<SegmentReport> segments; // of inputs that can hold some
     std::optional<ZoneReport> zone;
+    std::optional<UnifyReport> unify;
     std::optional<MeshReport> mesh;
+    std::optional<Measurement> quality; // also of a mesh
     std::optional<bool> bValid;
 
     std::optional<double> readTime;
@@ -71,6 +81,8 @@ struct Report {
     std::optional<double> segmentsTime;
     std::optional<double> zoneTime;
     std::optional<double> meshTime;
+    std::optional<double> unifyTime;
+    std::optional<double> qualityTime;
     std::optional<double> checkTime;
     std::optional<double> writeTime;
 };

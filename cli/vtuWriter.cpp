@@ -1,7 +1,7 @@
 #include "cli/vtuWriter.h"
 
 #include "cli/UsedVertices.h"
-#include "cli/meshQuality.h"
+#include "cli/smallestAngle.h"
 
 namespace cli {
 
