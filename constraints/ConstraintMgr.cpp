@@ -60,7 +60,7 @@ void ConstraintMgr::reserveSplit(ConstraintSegment2* pCSeg, Point2* pSplit) {
     reserveSegments(2);
     std::size_t numOwners = 0;
     for (const Point2* pEnd : {pCSeg->pSrc, pCSeg->pTrg}) {
-        ConstraintSegment2* const pKid = segments.find(pEnd, pSplit);
+        ConstraintSegment2* const pKid = findStraight(pEnd, pSplit);
         for (Owner* p = &pCSeg->firstOwner; p != nullptr; p = p->pNext)
             numOwners += pKid == nullptr ? 1 : countNotOwned(pKid, p->pGraph);
     }
@@ -82,10 +82,15 @@ ConstraintSegment2* ConstraintMgr::createConstraint(Point2* p0, Point2* p1, Cons
     return findOrMake(p0, p1, cis);
 }
 
+ConstraintSegment2* ConstraintMgr::findStraight(const Point2* p0, const Point2* p1) const {
+    ConstraintSegment2* const pFound = segments.find(p0, p1);
+    return pFound != nullptr && bEndsMove && pFound->hasChildren() ? nullptr : pFound;
+}
+
 ConstraintSegment2* ConstraintMgr::findOrMake(Point2* p0, Point2* p1, ConstraintInsertionStrategy cis) {
     if (std::less<>{}(p1, p0)) std::swap(p0, p1);
     KIVO_ASSERT(std::less<>{}(p0, p1), "p0<p1");
-    if (ConstraintSegment2* const pFound = segments.find(p0, p1)) {
+    if (ConstraintSegment2* const pFound = findStraight(p0, p1)) {
         if (pFound->isWithdrawn()) {
             pFound->bAlive = true;
             pFound->cis = cis; // it was no edge by the other one
@@ -96,7 +101,8 @@ ConstraintSegment2* ConstraintMgr::findOrMake(Point2* p0, Point2* p1, Constraint
     sVertices.insert(p0);
     sVertices.insert(p1);
     const bool bOK = segments.insert(pCSeg);
-    KIVO_ASSERT(bOK, "bOK");
+    KIVO_ASSERT(bOK || bEndsMove, "bOK");
+    if (!bOK) segments.replace(pCSeg);
     if (filter.exists()) {
         filter.set(p0);
         filter.set(p1);

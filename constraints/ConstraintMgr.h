@@ -57,9 +57,13 @@ public:
     // into nothing and a segment from pThere, which must not be one yet. The segment between the two vertices
     // vanishes. In the bookkeeping only.
     void mergeEnds(const std::vector<ConstraintSegment2*>& vCSegs, Point2* pGone, Point2* pThere);
-    // Vertices have moved: from now on what was split is known to its graphs and ancestors only. Whoever asks
-    // for a segment between its ends gets a straight one.
-    void forgetSplitSegments();
+    // Vertices are about to move, and have moved, if any has. What was split is not straight any more then:
+    // from the beginning on it is known to its graphs and ancestors only, and whoever asks for a segment
+    // between its ends gets another one.
+    void beginMoves() { bEndsMove = true; }
+    void endMoves(bool bMoved);
+    // Appends what lives of the segment by now, as edges in order from this end of it.
+    static void appendLiveEdges(ConstraintSegment2* pCSeg, Point2* pFrom, std::vector<PointerPair>& vEdges);
 
     // --- graphs; all of them return a graph of this manager, never null
     ConstraintGraph2* createConstraint(const std::vector<PointerPair>& vPairs,
@@ -125,6 +129,8 @@ private:
     // Builds the filter when the triangulation has become large enough for it.
     void considerFilter();
     void reserveSegments(std::size_t num);
+    // The segment between the ends, whose bent ones do not count while vertices move; or null.
+    ConstraintSegment2* findStraight(const Point2* p0, const Point2* p1) const;
     // Both need a reserved segment and two reserved vertices. The second one makes a new segment in place of
     // one that has been split, which only its graphs and ancestors know from then on.
     ConstraintSegment2* findOrMake(Point2* p0, Point2* p1, ConstraintInsertionStrategy cis);
@@ -163,6 +169,7 @@ private:
 
     ConstraintHost& dt;
     bool bPending = false;
+    bool bEndsMove = false;
     std::size_t numSteinerPointsMade = 0; // because of vertices in circles, so far
     SimplePool<ConstraintSegment2> segmentPool;
     SimplePool<Owner> ownerPool;

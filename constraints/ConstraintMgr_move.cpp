@@ -25,11 +25,30 @@ void ConstraintMgr::mergeEnds(const std::vector<ConstraintSegment2*>& vCSegs, Po
     }
 }
 
-void ConstraintMgr::forgetSplitSegments() {
+void ConstraintMgr::endMoves(bool bMoved) {
+    bEndsMove = false;
+    if (!bMoved) return;
     segments.clear();
     segmentPool.forEach([this](ConstraintSegment2* pCSeg) {
         if (pCSeg->isAlive()) segments.insert(pCSeg);
     });
+}
+
+void ConstraintMgr::appendLiveEdges(ConstraintSegment2* pCSeg, Point2* pFrom,
+                                    std::vector<PointerPair>& vEdges) {
+    std::vector<std::pair<ConstraintSegment2*, Point2*>> vToDo{{pCSeg, pFrom}};
+    while (!vToDo.empty()) {
+        const auto [pNext, pStart] = vToDo.back();
+        vToDo.pop_back();
+        if (pNext->isAlive()) vEdges.emplace_back(pStart, pNext->otherEnd(pStart));
+        if (!pNext->hasChildren()) continue;
+        ConstraintSegment2 *pKid0 = nullptr, *pKid1 = nullptr; // at the source, and at the target
+        Point2* pSplit = nullptr;
+        pNext->getChildrenAndSplitPoint(pKid0, pKid1, pSplit);
+        const bool bFromSource = pNext->pSrc == pStart;
+        vToDo.emplace_back(bFromSource ? pKid1 : pKid0, pSplit);
+        vToDo.emplace_back(bFromSource ? pKid0 : pKid1, pStart);
+    }
 }
 
 } // namespace TESK_KIVO2D

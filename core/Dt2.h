@@ -159,7 +159,8 @@ private:
     Triangle2* locateNear(const Point2& q, Triangle2* pHint) override;
     ConstraintGraph2* fixEdges(const std::vector<PointerPair>& vEdges) override;
     VertexMover& vertexMover() override { return *pVertexMover; }
-    void segmentsHaveMoved() override;
+    void beginMoves() override;
+    void endMoves(bool bSegmentsHaveMoved) override;
 
     // --- MeshingHost
     MeshStore& records() override { return store; }

@@ -61,9 +61,12 @@ void Dt2::wasRemoved(Point2* pVtx, bool bReuse) {
 
 void Dt2::forceSegment(ConstraintSegment2* pCSeg) { pSegmentInserter->force(pCSeg); }
 
-void Dt2::segmentsHaveMoved() {
-    pConstraintMgr->forgetSplitSegments();
-    pRefinementMemory->origins = {}; // nothing is on the line any more on which it was put
+void Dt2::beginMoves() { pConstraintMgr->beginMoves(); }
+
+void Dt2::endMoves(bool bSegmentsHaveMoved) {
+    pConstraintMgr->endMoves(bSegmentsHaveMoved);
+    if (bSegmentsHaveMoved)
+        pRefinementMemory->origins = {}; // nothing is on the line any more on which it was put
 }
 
 void Dt2::removeInnerVertices(const Point2* pVtx, const Point2& rim) {

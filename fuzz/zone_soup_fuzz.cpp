@@ -1,6 +1,7 @@
 #include "fuzz/check.h"
 
 #include "Kivo_2D.h"
+#include "tests/oracle/bruteForce.h"
 #include "tests/oracle/zones.h"
 
 #include <algorithm>
@@ -10,8 +11,9 @@
 #include <functional>
 
 // Zones of all kinds over points and segments on a small grid, made, combined, peeled, converted and deleted
-// in any order, while more is inserted. Each zone is compared with the set that the slow means find, and what
-// it says of its border, its vertices and its arrays with its triangles.
+// in any order, while more is inserted, refined, split and moved onto grids. Each zone is compared with the
+// set that the slow means find, and what it says of its border, its vertices and its arrays with its
+// triangles.
 
 using namespace TESK_KIVO2D;
 using oracle::Triangles;
@@ -33,6 +35,11 @@ public:
     Point2 point() {
         const std::uint8_t xy = byte();
         return {(xy & 15) * unit + offset, (xy >> 4) * unit};
+    }
+    // From a hundredth of the grid to more than all of it.
+    double size() {
+        const std::uint8_t bits = byte();
+        return unit * std::array{0.01, 0.3, 0.5, 1.0, 1.5, 2.0, 5.0, 40.0}[bits & 7];
     }
     template<class T>
     T* any(const std::vector<T*>& v) {
@@ -81,7 +88,7 @@ public:
 
 private:
     void step(Input& input) {
-        const int operation = input.byte() % 12;
+        const int operation = input.byte() % 14;
         switch (operation) {
         case 0:
             for (int num = input.byte() % 8; num >= 0; --num)
@@ -112,6 +119,12 @@ private:
             break;
         case 10:
             kivo.insert(input.point());
+            break;
+        case 11:
+            unify(input);
+            break;
+        case 12:
+            refineAndSplit(input);
             break;
         default:
             if (Zone2* const pZone = input.any(vZones)) {
@@ -244,6 +257,71 @@ private:
         std::vector<ConstraintSegment2*> vLeaves;
         if (pGraph != nullptr && kivo.is2D()) pGraph->getChildConstraintSegments(vLeaves);
         if (ConstraintSegment2* const pLeaf = input.any(vLeaves)) pLeaf->insertAndSplit(input.point());
+    }
+
+    // A second time nothing may change; and no vertex comes or goes but by falling onto another.
+    void unify(Input& input) {
+        Zone2* const pZone = input.any(vZones);
+        if (pZone == nullptr || !kivo.is2D()) return;
+        kivo.applyConstraintsAndZones();
+        Triangles v;
+        if (!evaluate(pZone, v)) return;
+        const double width = input.size();
+        const std::size_t numPoints = kivo.numberOfPoints(), num = pZone->unifyGrid(width);
+        CHECK(kivo.numberOfPoints() <= numPoints);
+        checkAll();
+        if (!evaluate(pZone, v) || v.empty()) return; // a start point that the border has passed
+        const auto before = placesOfCorners();
+        CHECK(pZone->unifyGrid(width) == num);
+        CHECK(placesOfCorners() == before);
+        std::vector<Point2*> vVertices;
+        pZone->getVertices(vVertices);
+        const auto isBeside = [&](const Point2* p) {
+            return std::nearbyint(p->x() / width) * width != p->x() ||
+                   std::nearbyint(p->y() / width) * width != p->y();
+        };
+        CHECK(num == std::size_t(std::count_if(vVertices.begin(), vVertices.end(), isBeside)));
+    }
+
+    void refineAndSplit(Input& input) {
+        if (!kivo.is2D()) return;
+        kivo.applyConstraintsAndZones();
+        Zone2* const pZone = input.any(vZones);
+        Triangles v;
+        if (pZone == nullptr || !evaluate(pZone, v) || v.empty()) return;
+        const ZoneLocation location = pZone->getZoneLocation();
+        if (location == ZL_INSIDE || location == ZL_BOUNDED) {
+            MeshGenParams params(pZone);
+            params.minAngleDegree = 20;
+            params.minEdgeLength = input.size();
+            params.maxInsertedPoints = 30;
+            kivo.refineAdvanced(&params);
+        }
+        ConstraintGraph2* const pGraph = input.any(vGraphs);
+        std::vector<ConstraintSegment2*> vLeaves;
+        if (pGraph != nullptr) pGraph->getChildConstraintSegments(vLeaves);
+        if (ConstraintSegment2* const pLeaf = input.any(vLeaves)) pLeaf->splitAndRemovePrev(input.point());
+        checkAll();
+    }
+
+    // Sound, Delaunay but for the constraints, and all of these are edges.
+    void checkAll() {
+        CHECK(kivo.checkValidity(true, "zones"));
+        const std::string fault =
+            oracle::findFault(kivo, [&](Point2* p, Point2* q) { return kivo.isConstraint(p, q); });
+        CHECK(fault.empty());
+        for (const ConstraintGraph2* pGraph : vGraphs)
+            CHECK(pGraph == nullptr || isApplied(pGraph));
+    }
+
+    std::vector<std::pair<const void*, std::pair<double, double>>> placesOfCorners() const {
+        std::vector<Triangle2*> v;
+        kivo.getTrianglePointers(v);
+        std::vector<std::pair<const void*, std::pair<double, double>>> vPlaces;
+        for (const Triangle2* pT : v)
+            for (int i = 0; i < 3; ++i)
+                vPlaces.push_back({pT->getCorner(i), {pT->getCorner(i)->x(), pT->getCorner(i)->y()}});
+        return vPlaces;
     }
 
     void keep(Zone2* pZone) {

@@ -131,6 +131,7 @@ private:
     friend class ZoneRegistry;
     friend class ZoneEvaluation;
     friend class ResultOrder;
+    friend class StartAnchors;
 
     // An input zone and the number that it had: its address may serve another zone by now.
     struct Operand {

@@ -32,7 +32,8 @@ struct ZoneQuality {
     /// The smallest angle of each triangle, in bins of 5 degrees from 0 to 60.
     QualityDistribution smallestAngles;
     /// Areas, in bins that end at powers of two, at most 33: each spans one or more factors of two. What is
-    /// below the normal doubles, 0 for example, has a bin for itself; areas beyond doubles are the largest one.
+    /// below the normal doubles, 0 for example, has a bin for itself; areas beyond doubles are the largest
+    /// one.
     QualityDistribution areas;
     /// Lengths of edges, each once, in bins like those of the areas.
     QualityDistribution edgeLengths;

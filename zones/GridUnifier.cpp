@@ -1,7 +1,10 @@
 #include "zones/GridUnifier.h"
 
+#include "zones/StartAnchors.h"
+
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <functional>
 
 namespace TESK_KIVO2D {
@@ -17,6 +20,19 @@ double nearestMultiple(double x, double width) {
     return std::isfinite(multiple) ? multiple + 0.0 : x; // never -0
 }
 
+// The same for lengths within a factor of two or so.
+int lengthClass(const Point2& p, const Point2& q) {
+    return std::ilogb(std::max(std::fabs(p.x() - q.x()), std::fabs(p.y() - q.y())));
+}
+
+// A number for each index: different, the same in every run, and in no order (Steele, Lea, Flood 2014).
+std::uint64_t drawLot(std::size_t index) {
+    std::uint64_t lot = (index + 1) * 0x9E3779B97F4A7C15u;
+    lot = (lot ^ lot >> 30) * 0xBF58476D1CE4E5B9u;
+    lot = (lot ^ lot >> 27) * 0x94D049BB133111EBu;
+    return lot ^ lot >> 31;
+}
+
 } // namespace
 
 Point2 GridUnifier::nearestGridPoint(const Point2& p) const {
@@ -24,7 +40,7 @@ Point2 GridUnifier::nearestGridPoint(const Point2& p) const {
 }
 
 std::size_t GridUnifier::run() {
-    numSegmentMovesBefore = mover.numberOfSegmentMoves();
+    host.beginMoves();
     try {
         const std::size_t num = moveAll();
         settle();
@@ -36,10 +52,12 @@ std::size_t GridUnifier::run() {
 }
 
 std::size_t GridUnifier::moveAll() {
+    const StartAnchors anchors(host);
     std::vector<Task> vTasks = findTasks();
     for (;;) {
         while (workOff(vTasks)) {
         }
+        if (hasMovedSegments()) anchors.restore();
         // Once more: some rules of zones follow the vertices.
         std::vector<Task> vNext = findTasks();
         if (areSame(vTasks, vNext)) return vTasks.size();
@@ -49,20 +67,24 @@ std::size_t GridUnifier::moveAll() {
 
 void GridUnifier::settle() {
     mover.release();
-    if (mover.numberOfSegmentMoves() > numSegmentMovesBefore) host.segmentsHaveMoved();
+    host.endMoves(hasMovedSegments());
 }
 
-// Those with the shortest way first, since they are in the way of others.
+// Short ways come first, since these vertices are in the way of others. Among those of about the same length
+// it is a draw: in the order of a row, say, the last one that stays behind would see all that have moved, and
+// each move would take as long as the row.
 std::vector<GridUnifier::Task> GridUnifier::findTasks() const {
     std::vector<Point2*> vVertices;
     zone.getVertices(vVertices);
     std::vector<Task> vTasks;
     for (Point2* const pVtx : vVertices) {
         const Point2 target = nearestGridPoint(*pVtx);
-        if (target != *pVtx) vTasks.push_back({pVtx, target, sqDistance(*pVtx, target)});
+        if (target != *pVtx)
+            vTasks.push_back({pVtx, target, lengthClass(*pVtx, target), drawLot(vTasks.size())});
     }
-    std::stable_sort(vTasks.begin(), vTasks.end(),
-                     [](const Task& a, const Task& b) { return a.sqLength < b.sqLength; });
+    std::sort(vTasks.begin(), vTasks.end(), [](const Task& a, const Task& b) {
+        return a.lengthClass != b.lengthClass ? a.lengthClass < b.lengthClass : a.lot < b.lot;
+    });
     return vTasks;
 }
 

@@ -5,6 +5,7 @@
 #include "zones/ZoneHost.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -15,7 +16,8 @@ class GridUnifier {
 public:
     // The width is positive and finite.
     GridUnifier(const Zone2& itsZone, ZoneHost& triangulation, double itsWidth)
-        : zone(itsZone), host(triangulation), mover(triangulation.vertexMover()), width(itsWidth) {}
+        : zone(itsZone), host(triangulation), mover(triangulation.vertexMover()), width(itsWidth),
+          numSegmentMovesBefore(mover.numberOfSegmentMoves()) {}
 
     // Returns the number of vertices that stay beside the grid.
     std::size_t run();
@@ -24,11 +26,13 @@ private:
     struct Task {
         Point2* pVtx;
         Point2 target;
-        double sqLength;
+        int lengthClass;
+        std::uint64_t lot;
         // How many had been made when it was found blocked.
         std::size_t numSegmentMoves = static_cast<std::size_t>(-1);
     };
 
+    bool hasMovedSegments() const { return mover.numberOfSegmentMoves() > numSegmentMovesBefore; }
     std::size_t moveAll();
     void settle();
     std::vector<Task> findTasks() const;
@@ -40,7 +44,7 @@ private:
     ZoneHost& host;
     VertexMover& mover;
     const double width;
-    std::size_t numSegmentMovesBefore = 0;
+    const std::size_t numSegmentMovesBefore;
 };
 
 } // namespace TESK_KIVO2D

@@ -29,9 +29,10 @@ public:
     // Makes edges of the triangulation, named from start to end, constraints, as an oriented graph. Changes
     // no triangle.
     virtual ConstraintGraph2* fixEdges(const std::vector<PointerPair>& vEdges) = 0;
-    // For moves of vertices, and what has to be called after them when segments have moved.
+    // For moves of vertices, and what has to be called before and after them.
     virtual VertexMover& vertexMover() = 0;
-    virtual void segmentsHaveMoved() = 0;
+    virtual void beginMoves() = 0;
+    virtual void endMoves(bool bSegmentsHaveMoved) = 0;
     virtual void show(Visualizer2* pVisualizer, bool bWithConstraints) const = 0;
 };
 

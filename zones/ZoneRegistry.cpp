@@ -159,6 +159,16 @@ bool ZoneRegistry::areOriented(const std::vector<ConstraintGraph2*>& vGraphs) co
     return bAll;
 }
 
+std::vector<Zone2*> ZoneRegistry::growingZones() const {
+    std::vector<Zone2*> vZones;
+    for (const auto& [pKey, pZone] : mZones) {
+        if (!pZone->vStartPoints.empty()) vZones.push_back(pZone.get());
+    }
+    std::sort(vZones.begin(), vZones.end(),
+              [](const Zone2* pA, const Zone2* pB) { return pA->number < pB->number; });
+    return vZones;
+}
+
 Zone2* ZoneRegistry::add(OwnedZone pZone) {
     Zone2* const pAdded = pZone.get();
     pAdded->number = nextNumber++;

@@ -43,6 +43,9 @@ public:
         return it != mZones.end() && it->second->number == number;
     }
 
+    // Those with start points, in the order in which they were made.
+    std::vector<Zone2*> growingZones() const;
+
 private:
     struct Deleter {
         void operator()(Zone2* pZone) const { delete pZone; }
@@ -56,7 +59,7 @@ private:
     bool areOriented(const std::vector<ConstraintGraph2*>& vGraphs) const;
 
     ZoneHost& dt;
-    std::map<const Zone2*, OwnedZone, std::less<>> mZones; // nothing walks through it
+    std::map<const Zone2*, OwnedZone, std::less<>> mZones; // its order is that of addresses
     std::uint64_t nextNumber = 1;
 };
 
