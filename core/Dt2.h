@@ -159,6 +159,7 @@ private:
     const ConstraintMgr& constraints() const override { return *pConstraintMgr; }
     Triangle2* locateNear(const Point2& q, Triangle2* pHint) override;
     ConstraintGraph2* fixEdges(const std::vector<PointerPair>& vEdges) override;
+    bool mayRemove(const char* location) const override;
     VertexMover& vertexMover() override { return *pVertexMover; }
     void beginMoves() override;
     void endMoves(bool bSegmentsHaveMoved) override;

@@ -5,6 +5,7 @@
 #include "constraints/SegmentInserter.h"
 #include "core/legalize.h"
 #include "kernel/assertion.h"
+#include "kernel/messages.h"
 #include "meshing/RefinementDriver.h"
 
 namespace TESK_KIVO2D {
@@ -74,8 +75,14 @@ void Dt2::endMoves(bool bSegmentsHaveMoved) {
         pRefinementMemory->origins = {}; // nothing is on the line any more on which it was put
 }
 
+bool Dt2::mayRemove(const char* location) const {
+    if (!hub.isBusy()) return true;
+    reportWarning(location, "Vertices can't be moved or removed while an operation is running");
+    return false;
+}
+
 void Dt2::removeInnerVertices(const Point2* pVtx, const Point2& rim) {
-    if (!is2D()) return;
+    if (!is2D() || !mayRemove("ConstraintSegment2::splitAndRemovePrev()")) return;
     for (Point2* const pInner : pRefinementMemory->innerVertices.findAround(pVtx, rim)) {
         if (pConstraintMgr->isConstraint(pInner) || takeOut(pInner) == nullptr) continue;
         wasRemoved(pInner, true);

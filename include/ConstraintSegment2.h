@@ -57,6 +57,7 @@ public:
     /// The same, and removes the vertices around it that refinements inserted since their record was last
     /// cleared (`MeshGenParams::bClearInnerVertices`) and that are nearer to the point than the source of
     /// this segment is, unless constraint segments end there. False when `insertAndSplit` returns null.
+    /// Called by a listener while an operation runs, it warns and removes nothing.
     bool splitAndRemovePrev(const Point2& p);
 
     /// Appends the live leaves below this dead segment, those of the first child before those of the second.

@@ -125,7 +125,7 @@ public:
     /// common vertices do. Expected O(n log n) for n triangles of the triangulation.
     ///
     /// \returns the number of vertices that stay beside the grid. A tolerance that is not a positive number,
-    /// or an empty zone, is a warning and 0.
+    /// an empty zone, or a call by a listener while another operation runs, is a warning and 0.
     std::size_t unifyGrid(double tolerance);
 
 private:

@@ -20,6 +20,9 @@ public:
     // Removes the pair if it is there.
     void unsubscribe(MsgType msgType, MsgBase* pListener);
 
+    // True while an operation lives: whoever asks was called by a listener, or by the operation.
+    bool isBusy() const { return numOpen > 0; }
+
     // One operation's report. Listeners hear multiples of one hundredth of the total and exactly one 1.0:
     // from the advance that reaches the total, else from finish. Leaving the scope without finish, by an
     // exception, is silent.

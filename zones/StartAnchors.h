@@ -3,6 +3,8 @@
 #include "ConstraintSegment2.h"
 #include "Point2.h"
 #include "Zone2.h"
+#include "core/EdgeMarks.h"
+#include "core/TriangleSet.h"
 #include "zones/ZoneHost.h"
 
 #include <vector>
@@ -33,6 +35,8 @@ private:
 
     Anchor anchorOf(Zone2* pZone) const;
     void restore(const Anchor& anchor) const;
+    bool doReach(const std::vector<Point2>& vStarts, const EdgeMarks& closed,
+                 const TriangleSet& region) const;
 
     ZoneHost& dt;
     std::vector<Anchor> vAnchors;

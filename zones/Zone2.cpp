@@ -152,6 +152,7 @@ std::size_t Zone2::unifyGrid(double tolerance) {
         reportWarning(location, "The tolerance must be a positive number, nothing to do");
         return 0;
     }
+    if (!dt.mayRemove(location)) return 0;
     if (dt.constraints().hasPending() || !dt.is2D()) dt.applyConstraintsAndZones();
     if (getNumberOfTriangles() == 0) {
         reportWarning(location, "The zone has no triangles, nothing to do");

@@ -29,6 +29,8 @@ public:
     // Makes edges of the triangulation, named from start to end, constraints, as an oriented graph. Changes
     // no triangle.
     virtual ConstraintGraph2* fixEdges(const std::vector<PointerPair>& vEdges) = 0;
+    // False, after a message, while an operation runs that relies on the vertices that there are.
+    virtual bool mayRemove(const char* location) const = 0;
     // For moves of vertices, and what has to be called before and after them.
     virtual VertexMover& vertexMover() = 0;
     virtual void beginMoves() = 0;

@@ -1,6 +1,5 @@
 #include "zones/zoneStarts.h"
 
-#include "core/EdgeMarks.h"
 #include "core/flood.h"
 #include "kernel/messages.h"
 
@@ -42,9 +41,8 @@ bool appendStart(const std::vector<Triangle2*>& vPart, TeskTest& tests, std::vec
 
 } // namespace
 
-std::vector<Point2> startPointsOf(const TriangleSet& triangles, TeskTest& tests) {
-    EdgeMarks border(triangles.numbers());
-    forEachBorderEdge(triangles, [&](Triangle2* pT, int i) { border.set({pT, i}); });
+std::vector<Point2> startPointsOf(const TriangleSet& triangles, const EdgeMarks& closed, TeskTest& tests,
+                                  DegenerateParts degenerateParts) {
     TriangleSet reached(triangles.numbers());
     std::vector<Triangle2*> vStack, vPart;
     std::vector<Point2> vStarts;
@@ -52,10 +50,17 @@ std::vector<Point2> startPointsOf(const TriangleSet& triangles, TeskTest& tests)
         if (!reached.insert(pFirst)) return;
         vPart.assign(1, pFirst);
         vStack.push_back(pFirst);
-        flood(vStack, border, reached, [&](Triangle2* pT) { vPart.push_back(pT); });
-        if (!appendStart(vPart, tests, vStarts)) reportDegenerate(vPart);
+        flood(vStack, closed, reached, [&](Triangle2* pT) { vPart.push_back(pT); });
+        if (!appendStart(vPart, tests, vStarts) && degenerateParts == DegenerateParts::ARE_REPORTED)
+            reportDegenerate(vPart);
     });
     return vStarts;
+}
+
+std::vector<Point2> startPointsOf(const TriangleSet& triangles, TeskTest& tests) {
+    EdgeMarks border(triangles.numbers());
+    forEachBorderEdge(triangles, [&](Triangle2* pT, int i) { border.set({pT, i}); });
+    return startPointsOf(triangles, border, tests, DegenerateParts::ARE_REPORTED);
 }
 
 } // namespace TESK_KIVO2D
