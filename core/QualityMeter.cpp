@@ -17,12 +17,16 @@ constexpr double aTangents[] = {0.087488663525924005222, 0.176326980708464973471
                                 2.144506920509558616356, 2.747477419454622278762, 3.732050807568877293527,
                                 5.671281819617709530994, 11.430052302761343067211};
 
+// Angles of halves of squares are limits of bins. Rounding must not deal them out to both sides.
 const CellTable<LimitOrder::DESCENDING>& angleTable() {
     static const CellTable<LimitOrder::DESCENDING> table = [] {
         std::vector<double> vCotangents(std::rbegin(aTangents), std::rend(aTangents));
         vCotangents.push_back(0);
         for (const double tangent : aTangents)
             vCotangents.push_back(-tangent);
+        constexpr double slack = 1e-9 / degrees;
+        for (double& cotangent : vCotangents)
+            cotangent += slack * (1 + cotangent * cotangent);
         return CellTable<LimitOrder::DESCENDING>(vCotangents);
     }();
     return table;

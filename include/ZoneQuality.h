@@ -27,9 +27,11 @@ struct ZoneQuality {
     std::uint64_t numVertices = 0;  ///< Of the triangles, each once.
     std::uint64_t numTriangles = 0; ///< Each once.
     std::uint64_t numEdges = 0;     ///< Of the triangles, each once.
-    /// All interior angles, three a triangle, in bins of 10 degrees from 0 to 180.
+    /// All interior angles, three a triangle, in bins of 10 degrees from 0 to 180. What misses a limit by
+    /// less than 1e-9 degrees counts as at the limit, so that rounding does not deal out the angles of a
+    /// grid.
     QualityDistribution angles;
-    /// The smallest angle of each triangle, in bins of 5 degrees from 0 to 60.
+    /// The smallest angle of each triangle, in bins of 5 degrees from 0 to 60, as above.
     QualityDistribution smallestAngles;
     /// Areas, in bins that end at powers of two, at most 33: each spans one or more factors of two. What is
     /// below the normal doubles, 0 for example, has a bin for itself; areas beyond doubles are the largest
