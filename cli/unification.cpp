@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <set>
 #include <utility>
 
 namespace cli {
@@ -85,13 +84,13 @@ public:
         std::sort(vPieces.begin(), vPieces.end());
     }
 
-    // Appends the pieces that were not met before; false when there is no way to the target.
+    // Appends the pieces, which no other segment shares; false when there is no way to the target.
     bool follow(ConstraintEdge edge, std::vector<ConstraintEdge>& vEdges) {
         const std::size_t end = edge.target;
         while (edge.source != end) {
             edge.target = next(edge.source, end);
             if (edge.target == NO_POSITION) return false;
-            if (sVisited.insert(std::minmax(edge.source, edge.target)).second) vEdges.push_back(edge);
+            vEdges.push_back(edge);
             edge.source = edge.target;
         }
         return true;
@@ -116,7 +115,6 @@ private:
     const Kivo_2D& triangulation;
     const Survivors& survivors;
     std::vector<PositionPair> vPieces; // in both directions, ascending
-    std::set<PositionPair> sVisited;
 };
 
 void followSegments(const Kivo_2D& triangulation, const Survivors& survivors, Constraints& constraints) {

@@ -29,6 +29,8 @@ public:
     // Takes the vertex out, whatever edges it has, and returns one that was its neighbour. Null, and nothing
     // has changed, when no triangle would be left.
     virtual Point2* takeOut(Point2* pVtx) = 0;
+    // Gets memory for putting one in at this place: to be called before it is taken out.
+    virtual void prepareToPutIn(const Point2& at) = 0;
     // Puts a vertex that was taken out in at another place, where no vertex lies.
     virtual void putIn(Point2* pVtx, const Point2& at, const Point2* pNear) = 0;
     // Puts a vertex that was taken out in the place of another one, which is taken out.

@@ -66,6 +66,7 @@ bool VertexMover::staysAmongNeighbours() const {
 
 VertexMover::Result VertexMover::place(Point2* pVtx) {
     mgr.reserveSplits(1); // it may come to lie on a constraint
+    site.prepareToPutIn(star.target);
     const Point2* const pNear = site.takeOut(pVtx);
     if (pNear == nullptr) return Result::LEFT_OUT;
     site.putIn(pVtx, star.target, pNear);

@@ -147,6 +147,7 @@ private:
     WalkResult find(const Point2& p, Triangle2* pNear) override;
     void shift(Point2* pVtx, const Point2& to, const std::vector<Triangle2*>& vStar) override;
     Point2* takeOut(Point2* pVtx) override;
+    void prepareToPutIn(const Point2& at) override;
     void putIn(Point2* pVtx, const Point2& at, const Point2* pNear) override;
     void substitute(Point2* pVtx, Point2* pOther) override;
     void wasRemoved(Point2* pVtx, bool bReuse) override;

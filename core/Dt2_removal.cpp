@@ -26,14 +26,19 @@ void Dt2::shift(Point2* pVtx, const Point2& to, const std::vector<Triangle2*>& v
 Point2* Dt2::takeOut(Point2* pVtx) {
     vCheckEdges.clear();
     if (!vertexRemover.prepare(pVtx)) return nullptr;
-    constexpr std::size_t roomForHull = 64;
-    store.reserveTriangles(roomForHull); // for whoever puts it in again
     Point2* const pNeighbour = vertexRemover.remove();
     if (vertexRemover.isOnHull()) hullLinks.clear();
     vertexVault.removed(pVtx, pNeighbour);
     ++work.moves;
     work.flips += legalizeEdges(vCheckEdges, pTeskPredicates, pEdgeGuard);
     return pNeighbour;
+}
+
+void Dt2::prepareToPutIn(const Point2& at) {
+    constexpr std::size_t roomForHull = 64; // few vertices see more edges of the hull
+    store.reserveTriangles(roomForHull);
+    vCheckT.reserve(roomForHull);
+    vertexVault.startCell(at, store); // lays the grid out now, if it has to be
 }
 
 void Dt2::putIn(Point2* pVtx, const Point2& at, const Point2* pNear) {

@@ -116,8 +116,9 @@ public:
     /// graphs. A vertex that comes to lie on a constraint segment splits it.
     ///
     /// A move is left out that would carry a vertex across a constraint segment or a segment across a vertex,
-    /// lay two segments on each other, or make the triangulation's last triangle vanish. So the zone keeps
-    /// its shape, however wide the grid. One warning tells how many vertices stay beside the grid.
+    /// lay two segments on each other, or make the triangulation's last triangle vanish. So what
+    /// constraints bound keeps its shape, however wide the grid. One warning tells how many vertices stay
+    /// beside the grid.
     ///
     /// Afterwards the triangulation is Delaunay apart from its constraints, those of the conforming strategy
     /// included, and a second call changes nothing. Other zones keep what they hold, but for what their

@@ -1,6 +1,7 @@
 #include "zones/GridUnifier.h"
 
 #include "zones/StartAnchors.h"
+#include "zones/ZoneEvaluation.h"
 
 #include <algorithm>
 #include <cmath>
@@ -74,8 +75,10 @@ void GridUnifier::settle() {
 // it is a draw: in the order of a row, say, the last one that stays behind would see all that have moved, and
 // each move would take as long as the row.
 std::vector<GridUnifier::Task> GridUnifier::findTasks() const {
+    // What the hull bounds, and no constraint, may have vanished.
+    const ZoneEvaluation evaluation(host, ZoneEvaluation::EmptyInside::IS_FINE);
     std::vector<Point2*> vVertices;
-    zone.getVertices(vVertices);
+    evaluation.listVertices(zone, vVertices);
     std::vector<Task> vTasks;
     for (Point2* const pVtx : vVertices) {
         const Point2 target = nearestGridPoint(*pVtx);

@@ -89,17 +89,7 @@ std::uint64_t Zone2::getNumberOfTriangles() const {
 }
 
 void Zone2::getVertices(std::vector<Point2*>& vVertices) const {
-    const ZoneEvaluation evaluation(dt);
-    const RecordNumbers<Point2> numbers = dt.meshStore().vertexNumbers();
-    std::vector<bool> vbListed(numbers.size());
-    evaluation.setOf(*this).forEach([&](Triangle2* pT) {
-        for (int i = 0; i < 3; ++i) {
-            const auto listed =
-                vbListed.begin() + static_cast<std::ptrdiff_t>(numbers.numberOf(pT->getCorner(i)));
-            if (!*listed) vVertices.push_back(pT->getCorner(i));
-            *listed = true;
-        }
-    });
+    ZoneEvaluation(dt).listVertices(*this, vVertices);
 }
 
 double Zone2::getArea2D() const {

@@ -42,8 +42,8 @@ void showSet(const TriangleSet& triangles, TriangleVisitor& visitor) {
 
 } // namespace
 
-ZoneEvaluation::ZoneEvaluation(ZoneHost& triangulation)
-    : dt(triangulation), numbers(triangulation.meshStore().triangleNumbers()) {}
+ZoneEvaluation::ZoneEvaluation(ZoneHost& triangulation, EmptyInside emptyInside)
+    : dt(triangulation), empty(emptyInside), numbers(triangulation.meshStore().triangleNumbers()) {}
 
 void ZoneEvaluation::list(const Zone2& zone, std::vector<Triangle2*>& vTriangles) const {
     if (zone.zoneLoc == ZL_GROW && zone.vStartPoints.size() > 1 && dt.is2D()) { // region by region
@@ -52,6 +52,19 @@ void ZoneEvaluation::list(const Zone2& zone, std::vector<Triangle2*>& vTriangles
     } else {
         setOf(zone).appendTo(vTriangles);
     }
+}
+
+void ZoneEvaluation::listVertices(const Zone2& zone, std::vector<Point2*>& vVertices) const {
+    const RecordNumbers<Point2> vertexNumbers = dt.meshStore().vertexNumbers();
+    std::vector<bool> vbListed(vertexNumbers.size());
+    setOf(zone).forEach([&](Triangle2* pT) {
+        for (int i = 0; i < 3; ++i) {
+            const auto listed =
+                vbListed.begin() + static_cast<std::ptrdiff_t>(vertexNumbers.numberOf(pT->getCorner(i)));
+            if (!*listed) vVertices.push_back(pT->getCorner(i));
+            *listed = true;
+        }
+    });
 }
 
 TriangleSet ZoneEvaluation::setOf(const Zone2& zone) const {
@@ -96,15 +109,11 @@ TriangleSet ZoneEvaluation::all(TriangleVisitor* pVisitor) const {
     return set;
 }
 
-namespace {
-
-void requireInside(bool bSome) {
-    if (bSome) return;
+void ZoneEvaluation::requireInside(bool bSome) const {
+    if (bSome || empty == EmptyInside::IS_FINE) return;
     reportError(location, "An inside zone is empty - have you called Kivo_2D::applyConstraintsAndZones()?");
     KIVO_ASSERT(bSome, "!vWorkspace.empty()");
 }
-
-} // namespace
 
 TriangleSet ZoneEvaluation::enclosed(const Zone2& zone, TriangleVisitor* pVisitor) const {
     KIVO_ASSERT(!zone.vConstraintGraphs.empty(), "!vConstraintGraphs.empty()");

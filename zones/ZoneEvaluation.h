@@ -14,18 +14,24 @@ namespace TESK_KIVO2D {
 // that it returns end with it.
 class ZoneEvaluation {
 public:
-    explicit ZoneEvaluation(ZoneHost& triangulation);
+    // What an inside zone without any triangle is.
+    enum class EmptyInside { IS_ERROR, IS_FINE };
+
+    explicit ZoneEvaluation(ZoneHost& triangulation, EmptyInside emptyInside = EmptyInside::IS_ERROR);
 
     // Appends what Zone2::getTriangles promises.
     void list(const Zone2& zone, std::vector<Triangle2*>& vTriangles) const;
     // As a set.
     TriangleSet setOf(const Zone2& zone) const;
+    // Appends what Zone2::getVertices promises.
+    void listVertices(const Zone2& zone, std::vector<Point2*>& vVertices) const;
     // The same as a set, after the visitor has seen it.
     TriangleSet visit(const Zone2& zone, TriangleVisitor& visitor) const;
     // No triangle.
     TriangleSet emptySet() const { return TriangleSet(numbers); }
 
 private:
+    void requireInside(bool bSome) const;
     // The visitor, if there is one, sees the triangles.
     TriangleSet basicSet(const Zone2& zone, TriangleVisitor* pVisitor) const;
     TriangleSet all(TriangleVisitor* pVisitor) const;
@@ -39,6 +45,7 @@ private:
     TriangleSet resultSet(const Zone2& zone) const;
 
     ZoneHost& dt;
+    const EmptyInside empty;
     const RecordNumbers<Triangle2> numbers;
 };
 
