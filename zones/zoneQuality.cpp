@@ -129,13 +129,14 @@ void drawWorst(const Measured& measured, const std::string& filename) {
     title << "The " << measured.quality.vWorst.size() << " triangles with the smallest angles of "
           << measured.quality.numTriangles << ": from " << measured.quality.angles.smallest << " degrees";
     vis.addHeaderLine(title.str());
-    const Color outline(CBLACK, 0.2F, false), area(CORANGE, 0, true), edge(CRED, 0.5F, false);
+    const Color outline(CBLACK, 0.2F, false), area(CORANGE, 0, true), edge(CRED, 0.5F, false),
+        mark(CBLUE, 0.5F, false);
     for (const HalfEdge& border : measured.vBorder)
         vis.addObject(Segment2(*border.source(), *border.target()), outline);
     for (const Triangle2* pT : measured.quality.vWorst) {
         vis.addObject(*pT, area);
         vis.addObject(*pT, edge);
-        vis.addObject(pT->getBarycenter(), edge);
+        vis.addObject(pT->getBarycenter(), mark);
     }
     vis.writeFile();
 }
