@@ -29,13 +29,15 @@ class Measurement : public TriangleVisitor {
 public:
     Measurement(ZoneHost& triangulation) : numbers(triangulation.meshStore().triangleNumbers()) {}
 
+    // One batch behind, so that the corners have time to come.
     void visit(std::span<const Flooded> batch) override {
         for (const Flooded& each : batch) {
             for (int i = 0; i < 3; ++i)
                 prefetch(static_cast<const void*>(each.pT->getCorner(i)));
         }
-        for (const Flooded& each : batch)
+        for (const Flooded& each : vWaiting)
             add(each);
+        vWaiting.assign(batch.begin(), batch.end());
     }
     // With the set of all triangles seen.
     Measured finish(const TriangleSet& triangles);
@@ -65,6 +67,7 @@ private:
 
     const RecordNumbers<Triangle2> numbers;
     QualityMeter meter;
+    std::vector<Flooded> vWaiting;
     std::uint64_t numIncident = 0;
     std::vector<HalfEdge> vClosed; // border, or with the zone on both sides
 };
@@ -82,6 +85,7 @@ std::uint64_t numVerticesOfOthers(const TriangleSet& triangles, const std::vecto
 }
 
 Measured Measurement::finish(const TriangleSet& triangles) {
+    visit({});
     Measured result;
     for (const HalfEdge& edge : vClosed) {
         const bool bBorder = !triangles.contains(edge.opposite());
@@ -129,13 +133,14 @@ void drawWorst(const Measured& measured, const std::string& filename) {
     title << "The " << measured.quality.vWorst.size() << " triangles with the smallest angles of "
           << measured.quality.numTriangles << ": from " << measured.quality.angles.smallest << " degrees";
     vis.addHeaderLine(title.str());
-    const Color outline(CBLACK, 0.2F, false), area(CORANGE, 0, true), edge(CRED, 0.5F, false);
+    const Color outline(CBLACK, 0.2F, false), area(CORANGE, 0, true), edge(CRED, 0.5F, false),
+        mark(CBLUE, 0.5F, false);
     for (const HalfEdge& border : measured.vBorder)
         vis.addObject(Segment2(*border.source(), *border.target()), outline);
     for (const Triangle2* pT : measured.quality.vWorst) {
         vis.addObject(*pT, area);
         vis.addObject(*pT, edge);
-        vis.addObject(pT->getBarycenter(), edge);
+        vis.addObject(pT->getBarycenter(), mark);
     }
     vis.writeFile();
 }
