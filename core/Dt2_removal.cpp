@@ -53,7 +53,7 @@ void Dt2::putIn(Point2* pVtx, const Point2& at, const Point2* pNear) {
 
 void Dt2::substitute(Point2* pVtx, Point2* pOther) {
     MeshStore::moveVertex(pVtx, *pOther);
-    vertexRemover.replace(pOther, pVtx);
+    VertexRemover::replace(pOther, pVtx);
     hullLinks.clear();
     vertexVault.removed(pOther, pVtx);
     vertexVault.added(vertexVault.startCell(*pVtx, store), pVtx, 0);

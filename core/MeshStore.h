@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <new>
 #include <span>
 #include <vector>
 
@@ -28,7 +29,12 @@ public:
         return pVtx;
     }
     // Takes back the record of a vertex that is part of nothing. The next vertex gets it.
-    void recycleVertex(Point2* pVtx) { vFreeVtx.push_back(pVtx); }
+    void recycleVertex(Point2* pVtx) {
+        try {
+            vFreeVtx.push_back(pVtx);
+        } catch (const std::bad_alloc&) { // then it lies idle
+        }
+    }
 
     // Makes sure that the next num calls of createTriangle cannot fail. Called before links are touched, so
     // that memory that runs out leaves the mesh as it was.

@@ -47,7 +47,8 @@ bool VertexRemover::prepare(Point2* pVtx) {
     pGoing = pVtx;
     lookAround();
     store.reserveRetired(vStar.size());
-    vCheckEdges.reserve(vCheckEdges.size() + 3 * vStar.size());
+    constexpr std::size_t roomForFlips = 64;
+    vCheckEdges.reserve(vCheckEdges.size() + 16 * vStar.size() + roomForFlips);
     if (!bHull) return true;
     for (std::size_t i = 0; i < vStar.size(); ++i) {
         if (vCorners[i].outside.pT != nullptr || (i > 0 && isEar(i))) return true;
@@ -64,12 +65,21 @@ bool VertexRemover::isEar(std::size_t i) const {
 }
 
 void VertexRemover::replace(Point2* pVtx, Point2* pByVtx) {
-    pGoing = pVtx;
-    lookAround();
-    for (Triangle2* const pT : vStar) {
+    Triangle2* const pFirst = pVtx->getIncidentTriangle();
+    const auto step = [=](Triangle2* pT, bool bForwards) {
         const int i = pT->getIntraTriangleIndex(pVtx);
         pT->setVertexPointer(i, pByVtx);
         pT->becomeIncidentAt(i);
+        return pT->getOppositeTriangle(bForwards ? Triangle2::incIndexBy1(i) : Triangle2::incIndexBy2(i));
+    };
+    Triangle2* const pBefore =
+        pFirst->getOppositeTriangle(Triangle2::incIndexBy2(pFirst->getIntraTriangleIndex(pVtx)));
+    Triangle2* pT = step(pFirst, true);
+    while (pT != nullptr && pT != pFirst)
+        pT = step(pT, true);
+    if (pT == nullptr) { // on the hull: what lies on the other side of the first one
+        for (pT = pBefore; pT != nullptr;)
+            pT = step(pT, false);
     }
     MeshStore::unlinkVertex(pVtx);
 }

@@ -28,8 +28,9 @@ public:
     // Of the vertex that was made ready.
     bool isOnHull() const { return bHull; }
     const std::vector<Triangle2*>& triangles() const { return vStar; }
-    // Puts one vertex, which is part of nothing, in the place of another one, which is part of nothing then.
-    void replace(Point2* pVtx, Point2* pByVtx);
+    // Puts a vertex that is part of nothing in the place of another one, which is part of nothing then. Does
+    // not throw.
+    static void replace(Point2* pVtx, Point2* pByVtx);
     // Removes the vertex that was made ready, and returns one of its neighbours. Does not throw.
     Point2* remove();
 
