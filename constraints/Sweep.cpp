@@ -112,9 +112,10 @@ bool Sweep::hasConstraint(const Point2* pVtx) const {
     return bAny;
 }
 
-// Goes through the triangles that touch the area, which hang together with those around the vertex.
+// Goes through the triangles that the area overlaps, which hang together with those around the vertex.
 bool Sweep::isAreaClear(const MovingStar& star, const Point2* pFarEnd) {
     const Point2 &from = *star.pVtx, &to = star.target;
+    if (pFarEnd != star.pAtTarget && isOn(*pFarEnd, from, to)) return false;
     const Area area{from, to, *pFarEnd, tests.orientation(from, to, *pFarEnd)};
     stamps.begin();
     vMet = star.vTriangles;
@@ -128,13 +129,31 @@ bool Sweep::isAreaClear(const MovingStar& star, const Point2* pFarEnd) {
             if (!bMayBeThere && isIn(*pCorner, area)) return false;
             const HalfEdge edge{pT, i};
             const Point2 *const x = edge.source(), *const y = edge.target();
-            if (x == star.pVtx || y == star.pVtx || !doesTouch(*x, *y, area)) continue;
+            if (x == star.pVtx || y == star.pVtx || !doesTouch(star, area, x, y)) continue;
             if (mgr.isConstraint(x, y) && isInTheWay(star, x, y)) return false;
             Triangle2* const pN = edge.opposite();
             if (pN != nullptr && stamps.meet(pN)) vMet.push_back(pN);
         }
     }
     return true;
+}
+
+// Whether the area goes on beyond the edge, or may. At its corners only what lies between its sides counts:
+// else every triangle there would be met, and a hub has many.
+bool Sweep::doesTouch(const MovingStar& star, const Area& area, const Point2* x, const Point2* y) const {
+    const auto isBetween = [&](const Point2& corner, const Point2& right, const Point2& left,
+                               const Point2& p) {
+        const bool bTurned = area.turn == ORIENTATION2_CW;
+        return area.turn != ORIENTATION2_COLLINEAR &&
+               tests.orientation(corner, bTurned ? left : right, p) != ORIENTATION2_CW &&
+               tests.orientation(corner, bTurned ? right : left, p) != ORIENTATION2_CCW;
+    };
+    if (x == &area.far || y == &area.far)
+        return isBetween(area.far, area.from, area.to, x == &area.far ? *y : *x);
+    if (x == star.pAtTarget || y == star.pAtTarget)
+        return isBetween(area.to, area.far, area.from, x == star.pAtTarget ? *y : *x);
+    return doTouch(*x, *y, area.from, area.to) || isIn(*x, area) || doTouch(*x, *y, area.to, area.far) ||
+           doTouch(*x, *y, area.far, area.from);
 }
 
 // Whether a constraint, none of the vertex's own, hinders it. It may end at the target. It may pass through
@@ -174,11 +193,6 @@ bool Sweep::isIn(const Point2& p, const Area& area) const {
         return side != area.turn && side != ORIENTATION2_COLLINEAR;
     };
     return !isOutside(a, b) && !isOutside(b, c) && !isOutside(c, a);
-}
-
-bool Sweep::doesTouch(const Point2& a, const Point2& b, const Area& area) const {
-    return doTouch(a, b, area.from, area.to) || isIn(a, area) || doTouch(a, b, area.to, area.far) ||
-           doTouch(a, b, area.far, area.from);
 }
 
 } // namespace TESK_KIVO2D

@@ -56,7 +56,7 @@ private:
     bool isOn(const Point2& p, const Point2& a, const Point2& b) const;
     bool doTouch(const Point2& a, const Point2& b, const Point2& c, const Point2& d) const;
     bool isIn(const Point2& p, const Area& area) const;
-    bool doesTouch(const Point2& a, const Point2& b, const Area& area) const;
+    bool doesTouch(const MovingStar& star, const Area& area, const Point2* x, const Point2* y) const;
 
     TeskTest& tests;
     const ConstraintMgr& mgr;

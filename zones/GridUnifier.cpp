@@ -4,6 +4,7 @@
 #include "zones/ZoneEvaluation.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <functional>
@@ -21,9 +22,13 @@ double nearestMultiple(double x, double width) {
     return std::isfinite(multiple) ? multiple + 0.0 : x; // never -0
 }
 
-// The same for lengths within a factor of two or so.
-int lengthClass(const Point2& p, const Point2& q) {
-    return std::ilogb(std::max(std::fabs(p.x() - q.x()), std::fabs(p.y() - q.y())));
+// The length of the way, in the maximum norm, rounded down so that those are equal that differ by a few
+// thousandths.
+double roughLength(const Point2& p, const Point2& q) {
+    const double length = std::max(std::fabs(p.x() - q.x()), std::fabs(p.y() - q.y()));
+    constexpr int mantissaBits = 52, bitsKept = 8;
+    const std::uint64_t bits = std::bit_cast<std::uint64_t>(length);
+    return std::bit_cast<double>(bits >> (mantissaBits - bitsKept) << (mantissaBits - bitsKept));
 }
 
 // A number for each index: different, the same in every run, and in no order (Steele, Lea, Flood 2014).
@@ -83,10 +88,10 @@ std::vector<GridUnifier::Task> GridUnifier::findTasks() const {
     for (Point2* const pVtx : vVertices) {
         const Point2 target = nearestGridPoint(*pVtx);
         if (target != *pVtx)
-            vTasks.push_back({pVtx, target, lengthClass(*pVtx, target), drawLot(vTasks.size())});
+            vTasks.push_back({pVtx, target, roughLength(*pVtx, target), drawLot(vTasks.size())});
     }
     std::sort(vTasks.begin(), vTasks.end(), [](const Task& a, const Task& b) {
-        return a.lengthClass != b.lengthClass ? a.lengthClass < b.lengthClass : a.lot < b.lot;
+        return a.roughLength != b.roughLength ? a.roughLength < b.roughLength : a.lot < b.lot;
     });
     return vTasks;
 }

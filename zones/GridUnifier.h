@@ -26,7 +26,7 @@ private:
     struct Task {
         Point2* pVtx;
         Point2 target;
-        int lengthClass;
+        double roughLength;
         std::uint64_t lot;
         // How many had been made when it was found blocked.
         std::size_t numSegmentMoves = static_cast<std::size_t>(-1);
