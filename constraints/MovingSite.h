@@ -11,7 +11,8 @@
 
 namespace TESK_KIVO2D {
 
-// What VertexMover asks of the triangulation in which it works. All of these leave it valid and legal.
+// What VertexMover asks of the triangulation in which it works. All of these leave every edge legal that is
+// no constraint; but the segments of a vertex that was taken out are no edges until they are forced in again.
 class MovingSite {
 public:
     virtual ~MovingSite() = default;

@@ -72,8 +72,8 @@ private:
     std::size_t numUsed = 0;
 };
 
-// Finds the segment between two vertices: a hash table with lines of eight slots, one word each. Nothing is
-// ever removed.
+// Finds the segment between two vertices: a hash table with lines of eight slots, one word each. Single
+// segments are never removed.
 //
 // The line is that of the later vertex in memory, unscrambled. So segments whose vertices were made one after
 // the other, as happens along a segment that crosses others, lie beside each other, and the search for them

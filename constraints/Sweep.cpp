@@ -46,42 +46,26 @@ Triangle2* Sweep::followWay(const MovingStar& star) {
 
 // From a vertex that lies on the way.
 Sweep::Step Sweep::leave(const Point2* pVtx, const Point2& to) const {
-    Triangle2* pLast = nullptr;
     Step step{nullptr, {}, nullptr};
-    const auto look = [&](Triangle2* pT) {
-        pLast = pT;
-        const int i = pT->getIntraTriangleIndex(pVtx);
-        const Point2 *const b = pT->getCorner(Triangle2::incIndexBy1(i)), *const c = pT->getCorner(
-                                                                              Triangle2::incIndexBy2(i));
-        for (const Point2* pCorner : {b, c}) {
+    bool bFound = false;
+    forEachTriangleAround(pVtx, [&](Triangle2* pT, int i) {
+        step.pEnd = pT; // stays, if the way leads out of the hull
+        const HalfEdge out{pT, i};
+        for (const Point2* pCorner : {out.source(), out.target()}) {
             if (isOn(to, *pVtx, *pCorner)) {
-                step.pEnd = pT;
-            } else if (isOn(*pCorner, *pVtx, to)) {
-                step.pVtx = pCorner;
+                bFound = true;
+            } else if (!bFound && isOn(*pCorner, *pVtx, to)) {
+                step = {pCorner, {}, nullptr};
+                bFound = true;
             }
         }
-        if (step.pEnd != nullptr || step.pVtx != nullptr) return true;
-        if (tests.orientation(*pVtx, *b, to) != ORIENTATION2_CCW ||
-            tests.orientation(*pVtx, *c, to) != ORIENTATION2_CW)
-            return false;
-        if (tests.orientation(*b, *c, to) == ORIENTATION2_CW) {
-            step.across = {pT, i};
-        } else {
-            step.pEnd = pT;
-        }
-        return true;
-    };
-    // Counter-clockwise, and on the hull from the first triangle the other way round too.
-    Triangle2* const pFirst = pVtx->getIncidentTriangle();
-    for (const bool bForwards : {true, false}) {
-        for (Triangle2* pT = pFirst; pT != nullptr;) {
-            if (look(pT)) return step;
-            const int i = pT->getIntraTriangleIndex(pVtx);
-            pT = pT->getOppositeTriangle(bForwards ? Triangle2::incIndexBy1(i) : Triangle2::incIndexBy2(i));
-            if (pT == pFirst) break;
-        }
-    }
-    step.pEnd = pLast; // out of the hull
+        if (bFound) return false;
+        bFound = tests.orientation(*pVtx, *out.source(), to) == ORIENTATION2_CCW &&
+                 tests.orientation(*pVtx, *out.target(), to) == ORIENTATION2_CW;
+        if (bFound && tests.orientation(*out.source(), *out.target(), to) == ORIENTATION2_CW)
+            step = {nullptr, out, nullptr};
+        return !bFound;
+    });
     return step;
 }
 

@@ -1,6 +1,6 @@
 #include "constraints/VertexMover.h"
 
-#include "kernel/assertion.h"
+#include "core/edgeSearch.h"
 
 #include <algorithm>
 
@@ -38,22 +38,15 @@ void VertexMover::lookAround(Point2* pVtx, const Point2& target) {
         star.vFixed.push_back(pCSeg);
         star.vFarEnds.push_back(pFar);
     };
-    // Counter-clockwise, and on the hull from the first triangle the other way round too.
-    Triangle2* const pFirst = pVtx->getIncidentTriangle();
-    Triangle2* pT = pFirst;
-    do {
-        const int i = pT->getIntraTriangleIndex(pVtx);
+    bOnHull = false;
+    forEachTriangleAround(pVtx, [&](Triangle2* pT, int i) {
         star.vTriangles.push_back(pT);
-        enter(pT->getCorner(Triangle2::incIndexBy2(i)));
-        pT = pT->getOppositeTriangle(Triangle2::incIndexBy1(i));
-    } while (pT != nullptr && pT != pFirst);
-    bOnHull = pT == nullptr;
-    for (pT = bOnHull ? pFirst : nullptr; pT != nullptr;) {
-        const int i = pT->getIntraTriangleIndex(pVtx);
-        if (pT != pFirst) star.vTriangles.push_back(pT);
         enter(pT->getCorner(Triangle2::incIndexBy1(i)));
-        pT = pT->getOppositeTriangle(Triangle2::incIndexBy2(i));
-    }
+        if (pT->getOppositeTriangle(Triangle2::incIndexBy1(i)) != nullptr) return true;
+        bOnHull = true;
+        enter(pT->getCorner(Triangle2::incIndexBy2(i))); // no triangle begins there
+        return true;
+    });
 }
 
 bool VertexMover::staysAmongNeighbours() const {

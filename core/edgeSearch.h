@@ -43,4 +43,19 @@ void forEachSpoke(const Point2* pVtx, F f) {
     }
 }
 
+// Calls f with each triangle around the vertex and the index of the vertex in it, as long as it returns true:
+// counter-clockwise, and on the hull from the first one the other way round too.
+template<class F>
+void forEachTriangleAround(const Point2* pVtx, F f) {
+    Triangle2* const pFirst = pVtx->getIncidentTriangle();
+    for (const bool bForwards : {true, false}) {
+        for (Triangle2* pT = pFirst; pT != nullptr;) {
+            const int i = pT->getIntraTriangleIndex(pVtx);
+            if ((bForwards || pT != pFirst) && !f(pT, i)) return;
+            pT = pT->getOppositeTriangle(bForwards ? Triangle2::incIndexBy1(i) : Triangle2::incIndexBy2(i));
+            if (pT == pFirst) return;
+        }
+    }
+}
+
 } // namespace TESK_KIVO2D

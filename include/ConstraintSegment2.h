@@ -89,7 +89,9 @@ private:
     static std::uint32_t takeLabel();
 
     bool hasChildren() const { return aChildren[0] != nullptr; }
-    // Neither alive nor split: an insertion that failed has taken it out, or it is released at the moment.
+    // Neither alive nor split: an insertion that failed has taken it out, or it is released at the moment, or
+    // its ends have fallen together. In the first case a graph may want it again; in the last one nobody can
+    // ask for it, since one of the ends is no vertex any more.
     bool isWithdrawn() const { return !bAlive && !hasChildren(); }
     bool hasEnd(const Point2* pVtx) const { return pVtx == pSrc || pVtx == pTrg; }
     Point2* otherEnd(const Point2* pEnd) const { return pEnd == pSrc ? pTrg : pSrc; }

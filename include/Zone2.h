@@ -117,12 +117,14 @@ public:
     ///
     /// A move is left out that would carry a vertex across a constraint segment or a segment across a vertex,
     /// lay two segments on each other, or make the triangulation's last triangle vanish. So what
-    /// constraints bound keeps its shape, however wide the grid. One warning tells how many vertices stay
-    /// beside the grid.
+    /// constraints bound keeps its shape, however wide the grid. (But where a narrow passage between
+    /// constraints closes, `createEnclosedZone` zones gain what lies behind it.) One warning tells how many
+    /// vertices stay beside the grid.
     ///
     /// Afterwards the triangulation is Delaunay apart from its constraints, those of the conforming strategy
     /// included, and a second call changes nothing. Other zones keep what they hold, but for what their
-    /// common vertices do. Expected O(n log n) for n triangles of the triangulation.
+    /// common vertices do. O(n log n) for n triangles of the triangulation, and each
+    /// vertex costs as many steps as its way crosses triangles.
     ///
     /// \returns the number of vertices that stay beside the grid. A tolerance that is not a positive number,
     /// an empty zone, or a call by a listener while another operation runs, is a warning and 0.
