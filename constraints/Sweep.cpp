@@ -122,8 +122,9 @@ bool Sweep::isAreaClear(const MovingStar& star, const Point2* pFarEnd) {
     return true;
 }
 
-// Whether the area goes on beyond the edge, or may. At its corners only what lies between its sides counts:
-// else every triangle there would be met, and a hub has many.
+// Whether the area goes on beyond the edge, or may; ends of the edge in the area are not looked for here. At
+// the area's corners only what lies between its sides counts: else every triangle there would be met, and a
+// hub has many.
 bool Sweep::doesTouch(const MovingStar& star, const Area& area, const Point2* x, const Point2* y) const {
     const auto isBetween = [&](const Point2& corner, const Point2& right, const Point2& left,
                                const Point2& p) {
@@ -136,7 +137,7 @@ bool Sweep::doesTouch(const MovingStar& star, const Area& area, const Point2* x,
         return isBetween(area.far, area.from, area.to, x == &area.far ? *y : *x);
     if (x == star.pAtTarget || y == star.pAtTarget)
         return isBetween(area.to, area.far, area.from, x == star.pAtTarget ? *y : *x);
-    return doTouch(*x, *y, area.from, area.to) || isIn(*x, area) || doTouch(*x, *y, area.to, area.far) ||
+    return doTouch(*x, *y, area.from, area.to) || doTouch(*x, *y, area.to, area.far) ||
            doTouch(*x, *y, area.far, area.from);
 }
 

@@ -136,7 +136,7 @@ using F = std::vector<Family>;
 // Squares turned by any angle and scaled, whose corners are doubles; corners in any order. The last one is
 // moved by up to `shake` units in the last place.
 Points turnedSquare(Rng& rng, int shake) {
-    const auto any = [&] { return static_cast<double>(doubles::below(rng, 1u << 31)) * 0x1.8p17 - 0x1p48; };
+    const auto any = [&] { return doubles::below(rng, 1 << 30) * 0x1.8p18 - 0x1p48; };
     const double x = any(), y = any(), vx = any(), vy = any();
     const Points vCorners = {{x, y}, {x + vx, y + vy}, {x + vx - vy, y + vy + vx}, {x - vy, y + vx}};
     Points v;

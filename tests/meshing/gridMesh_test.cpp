@@ -172,7 +172,7 @@ void expectPerfect(int num, double length, double angle, const Point2& shift,
     params.growFactor = 1.1;
     EXPECT_EQ("", expectMeshed(kivo, params, vGraphs));
     const RefinementReport report = kivo.getRefinementReport();
-    EXPECT_EQ(2u * num * num, report.numTriangles);
+    EXPECT_EQ(std::uint64_t(2 * num * num), report.numTriangles);
     EXPECT_EQ(std::uint64_t((num + 1) * (num + 1) - 4 - 6), report.numGridPoints);
     for (const Triangle2* pT : trianglesOf(pZone)) {
         EXPECT_NEAR(45, double(oracle::measuresOf(pT).minAngle), 1e-5);
