@@ -33,8 +33,11 @@ struct MemoryLimit {
 };
 
 // Not inlined: g++ would take free for a mistake.
+[[gnu::noinline]] void* operator new(std::size_t numBytes, const std::nothrow_t&) noexcept {
+    return memoryLimit::runsOut() ? nullptr : std::malloc(numBytes == 0 ? 1 : numBytes);
+}
 [[gnu::noinline]] void* operator new(std::size_t numBytes) {
-    void* const p = memoryLimit::runsOut() ? nullptr : std::malloc(numBytes == 0 ? 1 : numBytes);
+    void* const p = operator new(numBytes, std::nothrow);
     if (p == nullptr) throw std::bad_alloc();
     return p;
 }
