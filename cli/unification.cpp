@@ -52,8 +52,9 @@ public:
     }
 
 private:
+    // Rounds halves to even, as the library does: else what was half-way would be sought on the other side.
     double onGrid(double coordinate) const {
-        const double moved = std::round(coordinate / width) * width;
+        const double moved = std::nearbyint(coordinate / width) * width;
         return std::isfinite(moved) ? moved : coordinate;
     }
     static std::size_t nearestOf(const std::vector<Point2*>& vCandidates, const Point2& target) {

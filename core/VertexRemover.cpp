@@ -124,7 +124,7 @@ void VertexRemover::fillHole() {
 void VertexRemover::fillNotch() {
     const std::size_t last = vCorners.size() - 1;
     for (std::size_t i = 1; i != last;) {
-        if (i != 0 && isEar(i)) {
+        if (isEar(i)) {
             cutOff(i);
             i = vCorners[i].previous;
             if (i == 0) i = vCorners[i].next;

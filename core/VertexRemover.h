@@ -27,7 +27,6 @@ public:
     bool prepare(Point2* pVtx);
     // Of the vertex that was made ready.
     bool isOnHull() const { return bHull; }
-    const std::vector<Triangle2*>& triangles() const { return vStar; }
     // Puts a vertex that is part of nothing in the place of another one, which is part of nothing then. Does
     // not throw.
     static void replace(Point2* pVtx, Point2* pByVtx);

@@ -79,6 +79,14 @@ class Grids(MeshTest):
         segments = sorted((int(row[3]), {int(row[1]), int(row[2])}) for row in self.rows("b.poly")[7:12])
         self.assertEqual(segments, [(11, {1, 5}), (11, {5, 2}), (12, {2, 3}), (13, {3, 4}), (14, {4, 1})])
 
+    def test_what_was_half_way_between_grid_points_keeps_its_segments(self):
+        self.write("a.poly", "5 2 0 0\n0 0.5 0\n1 1 0\n2 0 0\n3 1 6\n4 -4 3\n2 0\n0 0 3\n1 2 4\n0\n")
+        self.report("a.poly", "--unify", "1", "-o", "b.poly")
+        rows = self.rows("b.poly")
+        places = {row[0]: (float(row[1]), float(row[2])) for row in rows[1:5]}
+        ends = sorted(sorted((places[row[1]], places[row[2]])) for row in rows[6:8])
+        self.assertEqual(ends, [[(-4, 3), (0, 0)], [(0, 0), (1, 6)]])
+
 
 if __name__ == "__main__":
     unittest.main()
