@@ -102,6 +102,12 @@ public:
     void setName(const std::string& newName) { name = newName; }
     const std::string& getName() const { return name; }
     int setNumCPU(int num);
+    // Sizes for tests: from how many points on a batch is triangulated in chunks, and how many vertices a
+    // chunk has at most.
+    void setBatchLimits(std::size_t minChunked, std::size_t maxChunk) {
+        minChunkedBatch = minChunked;
+        maxChunkSize = maxChunk;
+    }
     ProgressHub& progressHub() override { return hub; }
 
     // What insertions cost since construction, for tests and benchmarks.
@@ -186,6 +192,8 @@ private:
     HullLinks hullLinks;
     EdgeGuard* pEdgeGuard = nullptr; // null while no edge is fixed
     int numCPU = 1;
+    std::size_t minChunkedBatch = 100000;
+    std::size_t maxChunkSize = 32768;
     WorkCounts work;
     ProgressHub hub;
     std::unique_ptr<ConstraintMgr> pConstraintMgr;
