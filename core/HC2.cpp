@@ -42,13 +42,14 @@ constexpr std::array<Step, 4 * 64> steps = makeSteps();
 
 } // namespace
 
-HC2::HC2(int numBits) : gridSize(0), numLevels(numBits / 2) {
+HC2::HC2(int numBits) : gridSize(0), maxCell(0), numLevels(numBits / 2) {
     if (numBits >= 33 || numBits % 2 != 0) {
         reportError("HC2::HC2(..)", "invalid bitlength");
         numLevels = numKeyBits / 2;
     }
     KIVO_ASSERT(numLevels > 0, "numBits>0");
     gridSize = std::ldexp(1.0, numLevels);
+    maxCell = gridSize;
 }
 
 HC2::HC2(const Bbox2& box, int numBits) : HC2(numBits) { setBox(box); }
@@ -57,6 +58,12 @@ void HC2::setBox(const Bbox2& box) {
     const double size = box.getMaxRange();
     axisX.set(box.get_minX(), box.get_minX() + size, gridSize);
     axisY.set(box.get_minY(), box.get_minY() + size, gridSize);
+}
+
+HC2 HC2::withoutWrap() const {
+    HC2 curve(*this);
+    curve.maxCell = gridSize - 1;
+    return curve;
 }
 
 unsigned int HC2::keyOfCell(unsigned int ix, unsigned int iy) const {
