@@ -11,7 +11,7 @@ namespace {
 
 // A part of the ordered points that no run of equal ones crosses.
 struct Slice {
-    std::size_t first, last;   // entries
+    std::size_t first, last;         // entries
     std::size_t numVertices, numNew; // in it; later: before it
 };
 
@@ -71,7 +71,8 @@ private:
 
     bool isOld(std::size_t index) const { return index >= points.size(); }
     bool isSame(std::size_t i) const {
-        return entries[i].key == entries[i - 1].key && source[entries[i].index] == source[entries[i - 1].index];
+        return entries[i].key == entries[i - 1].key &&
+               source[entries[i].index] == source[entries[i - 1].index];
     }
     // They are in the order of their indices, and the old ones have the highest.
     Run runAt(std::size_t first) const {
@@ -94,12 +95,13 @@ BatchVertices::BatchVertices(std::span<const Point2> points, const std::vector<P
     const PointSource source(points.data(), points.size(), vOld);
     const HilbertOrder order(source, hc, store.spareMemory(), workers);
     const std::span<const KeyedIndex> entries = order.entries();
-    if (aHandles != nullptr && entries.size() < source.size()) std::fill(aHandles, aHandles + points.size(), nullptr);
+    if (aHandles != nullptr && entries.size() < source.size())
+        std::fill(aHandles, aHandles + points.size(), nullptr);
 
     const Registration registration(points, source, entries);
     constexpr std::size_t slicesPerThread = 8;
-    std::vector<Slice> vSlices =
-        registration.slices(workers.size() == 1 ? 1 : slicesPerThread * static_cast<std::size_t>(workers.size()));
+    std::vector<Slice> vSlices = registration.slices(
+        workers.size() == 1 ? 1 : slicesPerThread * static_cast<std::size_t>(workers.size()));
     workers.run(vSlices.size(), [&](std::size_t i, int) { registration.count(vSlices[i]); });
     std::size_t numNew = 0;
     for (Slice& slice : vSlices) {

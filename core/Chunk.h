@@ -16,8 +16,8 @@ namespace TESK_KIVO2D {
 // What one thread works with, and nobody else.
 class ChunkWorker {
 public:
-    // The predicates hold for coordinates up to that bound. `report` is called now and then with the number of
-    // vertices that were inserted since; it may throw.
+    // The predicates hold for coordinates up to that bound. `report` is called now and then with the number
+    // of vertices that were inserted since; it may throw.
     ChunkWorker(double maxAbsCoord, std::function<void(std::size_t)> report);
 
     TeskTest& predicates() { return tests; }

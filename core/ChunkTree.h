@@ -14,8 +14,8 @@
 namespace TESK_KIVO2D {
 
 // The vertices of a batch, split in two again and again by the bits of their keys: each time by a line
-// parallel to an axis, since so are the cells of the curve. Its leaves are the chunks. The tree depends on the
-// vertices and on the largest size of a chunk, and on nothing else.
+// parallel to an axis, since so are the cells of the curve. Its leaves are the chunks. The tree depends on
+// the vertices and on the largest size of a chunk, and on nothing else.
 class ChunkTree {
 public:
     // The vertices are in the order of their keys. Chunks are larger than the largest size only where keys do
@@ -23,8 +23,8 @@ public:
     ChunkTree(std::span<Point2* const> vertices, const HC2& hc, std::size_t maxChunk);
 
     std::size_t numberOfChunks() const { return vLeaves.size(); }
-    // Triangulates this chunk, and merges all that is complete with it. The records are those of the whole tree:
-    // two a vertex. In any threads at once, each chunk once; the last one completes the whole.
+    // Triangulates this chunk, and merges all that is complete with it. The records are those of the whole
+    // tree: two a vertex. In any threads at once, each chunk once; the last one completes the whole.
     void triangulate(std::size_t chunk, std::span<Triangle2> records, ChunkWorker& worker);
     // All vertices, when all chunks are triangulated.
     const RingedPart& whole() const { return vNodes.front().part; }

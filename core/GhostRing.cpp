@@ -62,8 +62,8 @@ void becomeIncident(Triangle2* pT, int ith) {
 
 // As core/flip.h has it, where ghosts take part.
 void flipRinged(Triangle2* pT, int ith) {
-    const Point2 *const b = pT->getCorner(Triangle2::incIndexBy1(ith)),
-                 *const c = pT->getCorner(Triangle2::incIndexBy2(ith));
+    const Point2 *const b = pT->getCorner(Triangle2::incIndexBy1(ith)), *const c = pT->getCorner(
+                                                                            Triangle2::incIndexBy2(ith));
     const FlipQuad quad(pT, ith, indexOff(*pT->getOppositeTriangle(ith), b, c));
     quad.pBD->setOppTriangle(indexOff(*quad.pBD, quad.b, quad.d), pT);
     quad.pCA->setOppTriangle(indexOff(*quad.pCA, quad.c, quad.a), quad.pN);

@@ -22,7 +22,8 @@ class InserterMT {
 public:
     InserterMT(const HC2& curve, double maxAbsCoordinate, std::size_t maxChunkSize, WorkerPool& pool,
                ProgressHub::Operation& operation)
-        : hc(curve), maxAbsCoord(maxAbsCoordinate), maxChunk(maxChunkSize), workers(pool), progress(operation) {}
+        : hc(curve), maxAbsCoord(maxAbsCoordinate), maxChunk(maxChunkSize), workers(pool),
+          progress(operation) {}
 
     // The different vertices, in the order of the curve, get the Delaunay triangulation of all of them; when
     // they lie on one line they get nothing, and the answer is false. There are two records of the store a

@@ -21,8 +21,8 @@ public:
     RangeInserter(const InsertionSite& insertionSite, WorkCounts& workCounts, Owner& itsOwner)
         : site(insertionSite), work(workCounts), owner(itsOwner) {}
 
-    // Bisection as long as ranges are large: what is worked on stays in the cache. Returns a triangle near the
-    // last vertex.
+    // Bisection as long as ranges are large: what is worked on stays in the cache. Returns a triangle near
+    // the last vertex.
     Triangle2* insert(Point2* const* pFirst, Point2* const* pLast, Triangle2* pStart) {
         constexpr std::ptrdiff_t blockSize = 4096;
         if (pLast - pFirst <= blockSize) {
@@ -37,9 +37,9 @@ public:
     }
 
 private:
-    // Every second one of a coarser selection at each level, so that the whole block is refined at once. Going
-    // to the end of one half before the other is begun costs a fifth more flips, all along the border of the
-    // two.
+    // Every second one of a coarser selection at each level, so that the whole block is refined at once.
+    // Going to the end of one half before the other is begun costs a fifth more flips, all along the border
+    // of the two.
     Triangle2* insertBlock(Point2* const* aVertices, std::size_t num, Triangle2* pStart) {
         if (num == 0) return pStart;
         pStart = insertOne(aVertices[0], pStart);
