@@ -3,7 +3,6 @@
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
 
-#include <array>
 #include <cmath>
 
 namespace TESK_KIVO2D {
@@ -13,42 +12,37 @@ namespace {
 constexpr unsigned char keyDigit[16] = {0, 1, 3, 2, 0, 3, 1, 2, 2, 1, 3, 0, 2, 3, 1, 0};
 constexpr unsigned char nextState[16] = {1, 0, 2, 0, 0, 3, 1, 1, 2, 2, 0, 3, 3, 1, 3, 2};
 
-// Three levels at once: state and three bits of each coordinate give six key bits and the state after them.
-struct Step {
-    unsigned char digits;
-    unsigned char state;
-};
-constexpr int stepLevels = 3;
-
-constexpr std::array<Step, 4 * 64> makeSteps() {
-    std::array<Step, 4 * 64> steps{};
-    for (unsigned int state = 0; state < 4; ++state) {
-        for (unsigned int x = 0; x < 8; ++x) {
-            for (unsigned int y = 0; y < 8; ++y) {
-                unsigned int s = state, digits = 0;
-                for (int bit = stepLevels - 1; bit >= 0; --bit) {
-                    const unsigned int q = s * 4 + 2 * ((x >> bit) & 1) + ((y >> bit) & 1);
-                    digits = digits * 4 + keyDigit[q];
-                    s = nextState[q];
-                }
-                steps[state * 64 + x * 8 + y] = {static_cast<unsigned char>(digits),
-                                                 static_cast<unsigned char>(s)};
-            }
-        }
-    }
-    return steps;
-}
-constexpr std::array<Step, 4 * 64> steps = makeSteps();
-
 } // namespace
 
-HC2::HC2(int numBits) : gridSize(0), numLevels(numBits / 2) {
+constexpr HC2::Steps HC2::steps = [] {
+    Steps table{};
+    for (unsigned int i = 0; i < table.size(); ++i) {
+        const unsigned int x = i >> stepLevels, y = i;
+        unsigned int state = i / numStepCells, digits = 0;
+        for (int bit = stepLevels - 1; bit >= 0; --bit) {
+            const unsigned int q = state * 4 + 2 * ((x >> bit) & 1) + ((y >> bit) & 1);
+            digits = digits * 4 + keyDigit[q];
+            state = nextState[q];
+        }
+        table[i] = static_cast<unsigned short>(state * numStepCells + digits);
+    }
+    return table;
+}();
+
+HC2::HC2(int numBits) {
     if (numBits >= 33 || numBits % 2 != 0) {
         reportError("HC2::HC2(..)", "invalid bitlength");
-        numLevels = numKeyBits / 2;
+        numBits = numKeyBits;
     }
-    KIVO_ASSERT(numLevels > 0, "numBits>0");
+    KIVO_ASSERT(numBits > 0, "numBits>0");
+    const int numLevels = numBits / 2;
+    const int numSteps = (numLevels + stepLevels - 1) / stepLevels;
+    firstShift = (numSteps - 1) * stepLevels;
+    // Levels in front of the first one, whose bits are 0, give no digits and exchange the states 0 and 1.
+    startState = (numSteps * stepLevels - numLevels) % 2 == 0 ? 0 : numStepCells;
     gridSize = std::ldexp(1.0, numLevels);
+    maxCell = gridSize;
+    cellMask = static_cast<unsigned int>(gridSize) - 1;
 }
 
 HC2::HC2(const Bbox2& box, int numBits) : HC2(numBits) { setBox(box); }
@@ -59,23 +53,10 @@ void HC2::setBox(const Bbox2& box) {
     axisY.set(box.get_minY(), box.get_minY() + size, gridSize);
 }
 
-unsigned int HC2::keyOfCell(unsigned int ix, unsigned int iy) const {
-    // Only the lower bits of a cell number count: the cell at the box's maximum deliberately has the digits
-    // of the minimum.
-    unsigned int key = 0, state = 0;
-    int level = numLevels;
-    for (; level >= stepLevels; level -= stepLevels) {
-        const int shift = level - stepLevels;
-        const Step& step = steps[state * 64 + ((ix >> shift) & 7) * 8 + ((iy >> shift) & 7)];
-        key = (key << (2 * stepLevels)) + step.digits;
-        state = step.state;
-    }
-    while (level-- > 0) {
-        const unsigned int q = state * 4 + 2 * ((ix >> level) & 1) + ((iy >> level) & 1);
-        key = (key << 2) + keyDigit[q];
-        state = nextState[q];
-    }
-    return key;
+HC2 HC2::withoutWrap() const {
+    HC2 curve(*this);
+    curve.maxCell = gridSize - 1;
+    return curve;
 }
 
 } // namespace TESK_KIVO2D

@@ -11,11 +11,11 @@ using namespace TESK_KIVO2D;
 namespace {
 
 // Level by level from the tables of the curve.
-unsigned int slowKey(unsigned int ix, unsigned int iy) {
+unsigned int slowKey(unsigned int ix, unsigned int iy, int numLevels = 15) {
     static const unsigned int digit[4][4] = {{0, 1, 3, 2}, {0, 3, 1, 2}, {2, 1, 3, 0}, {2, 3, 1, 0}};
     static const unsigned int next[4][4] = {{1, 0, 2, 0}, {0, 3, 1, 1}, {2, 2, 0, 3}, {3, 1, 3, 2}};
     unsigned int key = 0, state = 0;
-    for (int bit = 14; bit >= 0; --bit) {
+    for (int bit = numLevels - 1; bit >= 0; --bit) {
         const unsigned int q = 2 * ((ix >> bit) & 1) + ((iy >> bit) & 1);
         key = 4 * key + digit[state][q];
         state = next[state][q];
@@ -32,6 +32,15 @@ TEST(HC2, followsTheCurveCellByCell) {
         const auto ix = static_cast<unsigned int>(rng() % 32768),
                    iy = static_cast<unsigned int>(rng() % 32768);
         ASSERT_EQ(slowKey(ix, iy), hc.key(ix + 0.5, iy + 0.5));
+    }
+    for (int numLevels = 1; numLevels <= 16; ++numLevels) {
+        const int num = 1 << numLevels;
+        const HC2 other(boxOf(0, 0, num, num), 2 * numLevels);
+        for (int i = 0; i < 2000; ++i) {
+            const auto ix = doubles::below(rng, num), iy = doubles::below(rng, num);
+            ASSERT_EQ(slowKey(static_cast<unsigned int>(ix), static_cast<unsigned int>(iy), numLevels),
+                      other.key(ix + 0.5, iy + 0.5));
+        }
     }
     EXPECT_EQ(0u, hc.key(0, 0));
     EXPECT_EQ(slowKey(0, 5), hc.key(32768, 5)); // the maximum has the digits of the minimum
