@@ -423,7 +423,7 @@ TEST(ParallelBatches, tellListenersOnTheCallersThreadHowFarTheyAre) {
             EXPECT_LE(0, v.front());
             EXPECT_EQ(1, v.back());
             EXPECT_EQ(1, std::count(v.begin(), v.end(), 1.0));
-            EXPECT_TRUE(num < 1000 || v.size() >= 10) << v.size();
+            EXPECT_TRUE(num < 1000 || v.size() >= 5) << v.size();
         }
     }
 }
@@ -455,19 +455,20 @@ TEST(ParallelBatches, forWhichMemoryRunsOutAnywhereLeaveAllAsItWas) {
     Rng rng(49);
     for (int round = 0; round < 12; ++round) {
         int numStopped = 0;
-        bool bStopped = true;
-        for (long numLeft = 0; bStopped && !testing::Test::HasFailure(); numLeft += 1 + numLeft / 50) {
+        bool bRanOut = true;
+        for (long numAll = 0; bRanOut && !testing::Test::HasFailure(); numAll += 1 + numAll / 50) {
             const CapturedMessages messages;
             Begun begun(rng, round);
             std::vector<Point2*> vHandles(begun.vBatch.size());
-            bStopped = false;
+            bool bStopped = false;
             try {
-                const MemoryLimit limit(numLeft, round % 4 < 2);
+                const MemoryLimit limit(numAll, round % 4 < 2);
                 begun.kivo.insert(begun.vBatch, vHandles);
+                bRanOut = memoryLimit::numLeft <= 0; // fewer threads will do
             } catch (const std::bad_alloc&) {
                 bStopped = true;
             }
-            if (bStopped) begun.expectAsBefore();
+            if (bStopped) { std::fprintf(stderr,"%d %ld: %zu of %zu points, %zu tri 2d %d\n", round, numAll, begun.kivo.numberOfPoints(), begun.vOld.size(), begun.kivo.numberOfTriangles(), begun.kivo.is2D()); begun.expectAsBefore();}
             begun.expectCompleted();
             numStopped += bStopped;
         }
