@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <new>
 
 namespace TESK_KIVO2D {
 namespace {
@@ -139,7 +140,11 @@ std::size_t VertexVault::addedAll(std::span<Point2* const> vertices, const MeshS
     if (numIn == 0) return 0;
     const bool bCovers = startGrid.covers(extent.getMinPoint()) && startGrid.covers(extent.getMaxPoint());
     if (!bCovers || numActive >= numOfNextLayout) {
-        layOutGrid(withMargin(extent), numActive / 2, store);
+        try {
+            layOutGrid(withMargin(extent), numActive / 2, store);
+        } catch (
+            const std::bad_alloc&) { // all are in: not a failure of the batch, and the next one tries again
+        }
     } else {
         GridFiller filler(startGrid);
         for (const Point2* pVtx : vertices) {
