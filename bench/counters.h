@@ -32,7 +32,7 @@ public:
     void report(benchmark::State& state) const;
 
 private:
-    TESK_KIVO2D::Dt2::WorkCounts work;
+    TESK_KIVO2D::WorkCounts work;
     TESK_KIVO2D::TeskTest::StageCounts stages;
 };
 

@@ -1,100 +1,112 @@
 #include "core/BatchInserter.h"
 
-#include "core/hilbertOrder.h"
-#include "core/prefetch.h"
-#include "core/walk.h"
+#include "core/InserterMT.h"
+#include "core/RangeInserter.h"
+#include "core/firstTriangle.h"
 #include "kernel/assertion.h"
 
 #include <algorithm>
-#include <bit>
 #include <functional>
-#include <span>
+#include <new>
 #include <utility>
 
 namespace TESK_KIVO2D {
 
-void BatchInserter::insert(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) {
-    registerVertices(aPoints, numPoints, aHandles);
+void BatchInserter::insert(std::span<const Point2> points, Point2** aHandles) {
+    if (isForChunks(points.size())) {
+        insertInChunks(points, aHandles);
+    } else {
+        insertInSequence(points, aHandles);
+    }
+}
+
+// With chunks all is triangulated anew, so what was there before must not be the larger part. And no edge may
+// be fixed.
+bool BatchInserter::isForChunks(std::size_t numPoints) const {
+    return dt.numCPU > 1 && numPoints >= dt.minChunkedBatch && dt.pEdgeGuard == nullptr &&
+           dt.numberOfPoints() <= numPoints;
+}
+
+void BatchInserter::insertInSequence(std::span<const Point2> points, Point2** aHandles) {
+    const std::span<Point2*> handles(aHandles, aHandles != nullptr ? points.size() : 0);
+    const std::vector<Point2*>& vStored = dt.vertexVault.stored(); // none when 2-D
+    takeOld(vStored);
+    dt.store.reserveTriangles(2 * (vOld.size() + points.size()));
+    dt.vertexVault.reserveStored(dt.is2D() ? 0 : points.size());
+    vertices = BatchVertices(points, vStored, dt.hc, dt.store, workers, aHandles);
     try {
         if (!dt.is2D()) {
-            numStoredBefore = dt.vertexVault.stored().size();
-            dt.vertexVault.storeAll(std::exchange(vRange, {}));
-            insertStored();
-        } else if (!vRange.empty()) {
-            insertAll(dt.vertexVault.getCloT(*vRange.front()));
+            insertLowerDimensional();
+        } else if (!vertices.all().empty()) {
+            insertAll(dt.vertexVault.getCloT(*vertices.all().front()));
         }
     } catch (...) {
-        if (aHandles != nullptr) resolveHandles(aHandles, numPoints);
+        resolveHandles(handles);
         recycleLeftOut();
         throw;
     }
-    if (numIn == vRange.size()) return; // the usual batch: nothing was there before
-    if (aHandles != nullptr) resolveHandles(aHandles, numPoints);
+    if (numIn == vertices.all().size()) return; // the usual batch: nothing was there before
+    resolveHandles(handles);
     recycleLeftOut();
 }
 
-// Makes one vertex for all points with the same coordinates, with the custom index of the first of them.
-void BatchInserter::registerVertices(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) {
-    dt.store.reserveTriangles(2 * numPoints);
-    const HilbertOrder order(PointSource(aPoints, numPoints), dt.hc, dt.store.spareMemory());
-    const std::span<const KeyedIndex> entries = order.entries();
-    VertexVault& vault = dt.vertexVault;
-    const bool bLookUp = !dt.is2D() && !vault.stored().empty();
-    if (aHandles != nullptr && entries.size() < numPoints) std::fill(aHandles, aHandles + numPoints, nullptr);
-    dt.store.reserveVertices(entries.size());
-    if (bLookUp) vault.prepareToStore(entries.size());
-    vRange.reserve(entries.size());
-    const Point2* pPrevious = nullptr;
-    Point2* pVtx = nullptr;
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        constexpr std::size_t ahead = 16;
-        if (i + ahead < entries.size()) {
-            prefetch(aPoints + entries[i + ahead].index);
-            if (aHandles != nullptr) prefetch(aHandles + entries[i + ahead].index);
+void BatchInserter::insertLowerDimensional() {
+    Point2* corners[3];
+    if (vOld.empty()) { // need not be stored for the moment
+        std::size_t numCollinear = 0;
+        if (findFirstTriangle(vertices.all(), numCollinear, dt.pTeskPredicates, corners)) {
+            insertAllStored(corners);
+        } else {
+            storeNew();
         }
-        const Point2& p = aPoints[entries[i].index];
-        if (pPrevious == nullptr || p != *pPrevious) {
-            pVtx = bLookUp ? vault.findStored(p) : nullptr;
-            if (pVtx == nullptr) {
-                pVtx = dt.store.createVertex(p);
-                vRange.push_back(pVtx);
-            }
-            pPrevious = &p;
-        }
-        if (aHandles != nullptr) aHandles[entries[i].index] = pVtx;
+    } else {
+        storeNew();
+        if (dt.vertexVault.findFirstTriangle(dt.pTeskPredicates, corners)) insertAllStored(corners);
     }
 }
 
 void BatchInserter::insertStored() {
-    VertexVault& vault = dt.vertexVault;
     Point2* corners[3];
-    if (!vault.findFirstTriangle(dt.pTeskPredicates, corners)) return; // they stay stored, all of them alive
-    // For all of them: what follows must not fail where they would be lost.
-    dt.store.reserveTriangles(2 * vault.stored().size());
-    dt.pTeskPredicates.prepareInCircle();
-    const bool bInOrder = numStoredBefore == 0;
-    if (!bInOrder) {
-        const auto begin = vault.stored().begin(), end = vault.stored().end();
-        vStoredBefore.assign(
-            begin, numStoredBefore == all ? end : begin + static_cast<std::ptrdiff_t>(numStoredBefore));
-        vRange.reserve(vault.stored().size());
-        const HilbertOrder order(PointSource(vault.stored()), dt.hc);
-        for (const KeyedIndex& next : order.entries())
-            vRange.push_back(vault.stored()[next.index]);
+    if (!dt.vertexVault.findFirstTriangle(dt.pTeskPredicates, corners)) return;
+    takeOld(dt.vertexVault.stored());
+    dt.store.reserveTriangles(2 * vOld.size());
+    vertices = BatchVertices({}, dt.vertexVault.stored(), dt.hc, dt.store, workers, nullptr);
+    insertAllStored(corners);
+}
+
+void BatchInserter::takeOld(std::vector<Point2*> vVertices) {
+    vOld = std::move(vVertices);
+    std::sort(vOld.begin(), vOld.end(), std::less<>());
+}
+
+bool BatchInserter::isOld(const Point2* pVtx) const {
+    return std::binary_search(vOld.begin(), vOld.end(), pVtx, std::less<>());
+}
+
+void BatchInserter::storeNew() {
+    for (Point2* const pVtx : vertices.all()) {
+        if (!isOld(pVtx)) dt.vertexVault.store(pVtx);
     }
-    std::vector<Point2*> vStored = vault.becomeFullDimensional(corners[0]);
-    if (bInOrder) vRange.swap(vStored);
-    KIVO_ASSERT(vStored.size() <= vRange.size(), "numPreExistingVtx<=(size_t)distance(startIt,stopIt)");
+}
+
+// What is stored is among the vertices of the batch, and three of them span a triangle.
+void BatchInserter::insertAllStored(Point2* const (&corners)[3]) {
+    dt.pTeskPredicates.prepareInCircle();
+    const std::vector<Point2*> vStored = dt.vertexVault.becomeFullDimensional(corners[0]);
+    KIVO_ASSERT(vStored.size() <= vertices.all().size(),
+                "numPreExistingVtx<=(size_t)distance(startIt,stopIt)");
     insertAll(dt.store.createTriangle(corners[0], corners[1], corners[2]));
 }
 
 void BatchInserter::insertAll(Triangle2* pStart) {
+    const std::span<Point2* const> range = vertices.all();
     try {
-        insertRange(vRange.data(), vRange.data() + vRange.size(), pStart);
+        RangeInserter(dt.insertionSite(), dt.work, *this)
+            .insert(range.data(), range.data() + range.size(), pStart);
     } catch (...) {
         dt.vCheckT.clear();
         try {
-            rescueStored(pStart);
+            rescueOld(pStart);
         } catch (...) { // out of memory again: what is in must be counted all the same
             settle();
             throw;
@@ -105,54 +117,10 @@ void BatchInserter::insertAll(Triangle2* pStart) {
     settle();
 }
 
-// Bisection as long as ranges are large: what is worked on stays in the cache.
-Triangle2* BatchInserter::insertRange(Point2* const* pFirst, Point2* const* pLast, Triangle2* pStart) {
-    constexpr std::ptrdiff_t blockSize = 4096;
-    if (pLast - pFirst <= blockSize) {
-        return insertBlock(pFirst, static_cast<std::size_t>(pLast - pFirst), pStart);
-    }
-    Point2* const* const pMiddle = pFirst + (pLast - pFirst) / 2;
-    pStart = insertOne(*pMiddle, pStart);
-    insertRange(pFirst, pMiddle, pStart);
-    // The middle vertex has another triangle by now, or none if it is redundant.
-    if (Triangle2* pMiddleT = (*pMiddle)->getIncidentTriangle()) pStart = pMiddleT;
-    return insertRange(pMiddle + 1, pLast, pStart);
-}
-
-// Every second one of a coarser selection at each level, so that the whole block is refined at once. Going to
-// the end of one half before the other is begun costs a fifth more flips, all along the border of the two.
-Triangle2* BatchInserter::insertBlock(Point2* const* aVertices, std::size_t num, Triangle2* pStart) {
-    if (num == 0) return pStart;
-    pStart = insertOne(aVertices[0], pStart);
-    for (std::size_t stride = std::bit_ceil(num) / 2; stride > 0; stride /= 2) {
-        for (std::size_t i = stride; i < num; i += 2 * stride) {
-            if (Triangle2* pNear = aVertices[i - stride]->getIncidentTriangle()) pStart = pNear;
-            pStart = insertOne(aVertices[i], pStart);
-        }
-    }
-    return pStart;
-}
-
-// Returns a triangle at the vertex, or at the vertex that lies there already.
-Triangle2* BatchInserter::insertOne(Point2* pVtx, Triangle2* pStart) {
-    if (pVtx->getIncidentTriangle() == nullptr) { // else a corner of the first triangle
-        const WalkResult found = walk(pStart, *pVtx, dt.pTeskPredicates);
-        if (found.code == WalkResult::ON_CORNER) {
-            dt.vertexVault.addRedundant(pVtx, cornerAt(found, *pVtx));
-            progress.advance();
-            return found.pT;
-        }
-        dt.place(pVtx, found);
-    }
-    progress.advance();
-    return pVtx->getIncidentTriangle();
-}
-
 // After a batch was cut off in the transition to 2-D: the client holds these vertices, so they must be in.
-void BatchInserter::rescueStored(Triangle2* pStart) {
-    std::sort(vStoredBefore.begin(), vStoredBefore.end(), std::less<>());
-    for (Point2* pVtx : vRange) {
-        if (!std::binary_search(vStoredBefore.begin(), vStoredBefore.end(), pVtx, std::less<>())) continue;
+void BatchInserter::rescueOld(Triangle2* pStart) {
+    for (Point2* const pVtx : vertices.all()) {
+        if (!isOld(pVtx)) continue;
         if (pVtx->getIncidentTriangle() == nullptr) dt.place(pVtx, walk(pStart, *pVtx, dt.pTeskPredicates));
         pStart = pVtx->getIncidentTriangle();
     }
@@ -160,15 +128,14 @@ void BatchInserter::rescueStored(Triangle2* pStart) {
 
 void BatchInserter::settle() {
     dt.vertexVault.sortRedundant();
-    numIn = dt.vertexVault.addedAll(vRange, dt.store);
+    numIn = dt.vertexVault.addedAll(vertices.all(), dt.store);
 }
 
-void BatchInserter::resolveHandles(Point2** aHandles, std::size_t numHandles) const {
+void BatchInserter::resolveHandles(std::span<Point2*> handles) const {
     if (!dt.is2D()) return;
-    for (std::size_t i = 0; i < numHandles; ++i) {
-        Point2*& pHandle = aHandles[i];
+    for (Point2*& pHandle : handles) {
         if (pHandle == nullptr || pHandle->getIncidentTriangle() != nullptr) continue;
-        Point2* pUnique = dt.vertexVault.uniqueOf(pHandle);
+        Point2* const pUnique = dt.vertexVault.uniqueOf(pHandle);
         pHandle = pUnique != pHandle ? pUnique : nullptr; // null: the batch ended before it
     }
 }
@@ -177,8 +144,57 @@ void BatchInserter::recycleLeftOut() {
     dt.vertexVault.clearRedundant();
     KIVO_ASSERT(dt.vertexVault.dupIsClean(), "mRedundant2UniqueVtx.empty()");
     if (!dt.is2D()) return;
-    for (Point2* pVtx : vRange) {
+    for (Point2* const pVtx : vertices.all()) {
         if (pVtx->getIncidentTriangle() == nullptr) dt.store.recycleVertex(pVtx);
+    }
+}
+
+void BatchInserter::insertInChunks(std::span<const Point2> points, Point2** aHandles) {
+    std::vector<Point2*> vBefore = dt.vertexVault.stored();
+    if (dt.is2D()) dt.getVertexPointers(vBefore);
+    const std::size_t numAll = vBefore.size() + points.size();
+    dt.store.reserveTrianglesInAll(2 * numAll);
+    vBefore.reserve(numAll); // so that all can be stored
+    takeOld(vBefore);
+    const HC2 curve = dt.hc.withoutWrap();
+    vertices = BatchVertices(points, vBefore, curve, dt.store, workers, aHandles);
+    const std::span<Point2* const> range = vertices.all();
+
+    // While chunks are worked on, the triangulation is one of old vertices that nobody has inserted yet.
+    dt.returnToStored(std::move(vBefore));
+    const std::span<Triangle2> records = dt.store.takeTriangleRun(2 * range.size());
+    dt.bInChunks = true;
+    try {
+        KIVO_ASSERT(records.size() == 2 * range.size(), "numDeadT<=numAllT");
+        InserterMT inserter(curve, dt.pTeskPredicates.getMaxAbsCoord(), dt.maxChunkSize, workers, progress);
+        const bool b2D = inserter.triangulate(range, records, dt.store);
+        dt.bInChunks = false;
+        dt.work += inserter.workCounts();
+        dt.pTeskPredicates.addStageCounts(inserter.stageCounts());
+        if (!b2D) {
+            storeNew();
+            return;
+        }
+    } catch (...) {
+        dt.bInChunks = false;
+        undoChunks({aHandles, aHandles != nullptr ? points.size() : 0});
+        throw;
+    }
+    dt.vertexVault.becomeFullDimensional(range.front());
+    settle();
+}
+
+// Chunks cannot be continued: the new vertices go, and the old ones are triangulated again.
+void BatchInserter::undoChunks(std::span<Point2*> handles) {
+    std::fill(handles.begin(), handles.end(), nullptr);
+    dt.store.takeBackTriangles();
+    for (Point2* const pVtx : vertices.all()) {
+        MeshStore::unlinkVertex(pVtx);
+        if (!isOld(pVtx)) dt.store.recycleVertex(pVtx);
+    }
+    try {
+        BatchInserter(dt, workers, progress).insertStored();
+    } catch (const std::bad_alloc&) { // then they stay stored, and the next insertion tries again
     }
 }
 

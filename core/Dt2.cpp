@@ -49,6 +49,7 @@ Point2* Dt2::insert(const Point2& p) {
         warnNotFinite("Kivo_2D::insert()", 1);
         return nullptr;
     }
+    if (!mayInsert("Kivo_2D::insert()")) return nullptr;
     KIVO_ASSERT(vCheckT.empty(), "vCheckT.empty()");
     growBox(p, p);
     if (!is2D()) return insertLowerDimensional(p);
@@ -79,14 +80,20 @@ Point2* Dt2::insertLowerDimensional(const Point2& p) {
     Point2* pVtx = store.createVertex(p);
     vertexVault.store(pVtx);
     ProgressHub::Operation progress(hub, "insert vertices", 1);
-    BatchInserter(*this, progress).insertStored();
+    WorkerPool callerOnly(1);
+    BatchInserter(*this, callerOnly, progress).insertStored();
     return pVtx;
 }
 
 void Dt2::insertVector(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) {
+    if (!mayInsert("Kivo_2D::insert()")) {
+        if (aHandles != nullptr) std::fill(aHandles, aHandles + numPoints, nullptr);
+        return;
+    }
     KIVO_ASSERT(vertexVault.dupIsClean(), "vertexVault.dupIsClean()");
     KIVO_ASSERT(vCheckT.empty(), "vCheckT.empty()");
     if (numPoints == 0) return;
+    WorkerPool workers(numPoints >= minChunkedBatch ? numCPU : 1);
     double minX = DBL_MAX, minY = DBL_MAX, maxX = -DBL_MAX, maxY = -DBL_MAX;
     std::size_t numFinite = 0;
     for (std::size_t i = 0; i < numPoints; ++i) {
@@ -104,8 +111,8 @@ void Dt2::insertVector(const Point2* aPoints, std::size_t numPoints, Point2** aH
     // Points are numbered by 32 bits inside a batch.
     constexpr std::size_t maxBatch = std::numeric_limits<std::uint32_t>::max();
     for (std::size_t first = 0; first < numPoints; first += maxBatch) {
-        BatchInserter(*this, progress)
-            .insert(aPoints + first, std::min(maxBatch, numPoints - first),
+        BatchInserter(*this, workers, progress)
+            .insert({aPoints + first, std::min(maxBatch, numPoints - first)},
                     aHandles ? aHandles + first : nullptr);
     }
     progress.finish();
@@ -120,11 +127,20 @@ void Dt2::growBox(const Point2& low, const Point2& high) {
     hc.setBox(box);
 }
 
-void Dt2::place(Point2* pVtx, const WalkResult& found) {
-    linkIn(pVtx, found, {store, pTeskPredicates, hullLinks, pEdgeGuard, vCheckT});
-    ++work.insertions;
-    work.walkSteps += static_cast<std::uint64_t>(found.numSteps);
-    work.flips += legalizeNewVertex(vCheckT, pTeskPredicates, pEdgeGuard);
+void Dt2::place(Point2* pVtx, const WalkResult& found) { insertVertex(pVtx, found, insertionSite(), work); }
+
+bool Dt2::mayInsert(const char* location) const {
+    if (!bInChunks) return true;
+    reportWarning(location, "Nothing can be inserted while a batch is triangulated in several threads");
+    return false;
+}
+
+void Dt2::returnToStored(std::vector<Point2*> vVertices) {
+    for (Point2* const pVtx : vVertices)
+        MeshStore::unlinkVertex(pVtx);
+    store.takeBackTriangles();
+    hullLinks.clear();
+    vertexVault.returnToStored(std::move(vVertices));
 }
 
 Triangle2* Dt2::locate(const Point2& q) {

@@ -15,7 +15,9 @@
 #include "core/MeshStore.h"
 #include "core/VertexRemover.h"
 #include "core/VertexVault.h"
+#include "core/WorkCounts.h"
 #include "core/hull.h"
+#include "core/linkIn.h"
 #include "core/walk.h"
 #include "kernel/ProgressHub.h"
 #include "kernel/TeskTest.h"
@@ -111,12 +113,6 @@ public:
     ProgressHub& progressHub() override { return hub; }
 
     // What insertions cost since construction, for tests and benchmarks.
-    struct WorkCounts {
-        std::uint64_t insertions = 0; // vertices linked in by a walk and flips
-        std::uint64_t walkSteps = 0;
-        std::uint64_t flips = 0;
-        std::uint64_t moves = 0; // vertices taken out or moved
-    };
     const WorkCounts& workCounts() const { return work; }
     // How far the predicates had to go.
     const TeskTest::StageCounts& stageCounts() const { return pTeskPredicates.stageCounts(); }
@@ -130,6 +126,11 @@ private:
     // Inserts a point within the box into the 2-D triangulation; the walk starts at the triangle, if one is
     // given.
     Point2* insertFrom(const Point2& p, Triangle2* pStart);
+    // False, after a warning, while a batch is triangulated in chunks: who asks was called by a listener.
+    bool mayInsert(const char* location) const;
+    // All triangles go; these vertices, which are all that there are, stay stored.
+    void returnToStored(std::vector<Point2*> vVertices);
+    InsertionSite insertionSite() { return {store, pTeskPredicates, hullLinks, pEdgeGuard, vCheckT}; }
     // Links the vertex in at the place that its walk found, and legalises.
     void place(Point2* pVtx, const WalkResult& found);
     void draw(Visualizer2& vis, bool bWithConstraints) const;
@@ -192,6 +193,7 @@ private:
     HullLinks hullLinks;
     EdgeGuard* pEdgeGuard = nullptr; // null while no edge is fixed
     int numCPU = 1;
+    bool bInChunks = false; // the batch that runs is triangulated in chunks
     std::size_t minChunkedBatch = 100000;
     std::size_t maxChunkSize = 32768;
     WorkCounts work;

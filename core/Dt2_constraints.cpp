@@ -32,6 +32,7 @@ ConstraintGraph2* Dt2::createConstraint(std::vector<Segment2>& vSegments, Constr
         reportWarning("Dt2::createConstraint(..)", "vSegments is empty, returning NULL");
         return nullptr;
     }
+    if (!mayInsert("Kivo_2D::createConstraint()")) return nullptr;
     const std::vector<Segment2>* pSegments = &vSegments;
     std::vector<Segment2> vFinite;
     const auto numFinite =

@@ -41,6 +41,7 @@ HC2::HC2(int numBits) {
     // Levels in front of the first one, whose bits are 0, give no digits and exchange the states 0 and 1.
     startState = (numSteps * stepLevels - numLevels) % 2 == 0 ? 0 : numStepCells;
     gridSize = std::ldexp(1.0, numLevels);
+    maxCell = gridSize;
     cellMask = static_cast<unsigned int>(gridSize) - 1;
 }
 
@@ -50,6 +51,12 @@ void HC2::setBox(const Bbox2& box) {
     const double size = box.getMaxRange();
     axisX.set(box.get_minX(), box.get_minX() + size, gridSize);
     axisY.set(box.get_minY(), box.get_minY() + size, gridSize);
+}
+
+HC2 HC2::withoutWrap() const {
+    HC2 curve(*this);
+    curve.maxCell = gridSize - 1;
+    return curve;
 }
 
 } // namespace TESK_KIVO2D

@@ -22,11 +22,15 @@ public:
     // that stretch one axis put points side by side that are far apart, where they are dense in a long box. A
     // box without extent gives every point the key 0.
     void setBox(const Bbox2& box);
+    // The same curve, but points at the maximum of the box and beyond have keys of the last cells. Then keys
+    // that agree above some bit fill a rectangle, which that bit halves: so points that it tells apart lie on
+    // either side of a line.
+    HC2 withoutWrap() const;
 
     unsigned int key(const Point2& p) const { return key(p.x(), p.y()); }
     unsigned int key(double x, double y) const {
-        return keyOfCell(static_cast<unsigned int>(axisX.cell(x, gridSize)),
-                         static_cast<unsigned int>(axisY.cell(y, gridSize)));
+        return keyOfCell(static_cast<unsigned int>(axisX.cell(x, maxCell)),
+                         static_cast<unsigned int>(axisY.cell(y, maxCell)));
     }
 
 private:
@@ -55,6 +59,7 @@ private:
 
     GridAxis axisX, axisY;
     double gridSize; // cells an axis, 2^(bits / 2)
+    double maxCell;  // the number of a cell at the maximum
     unsigned int cellMask;
     int firstShift;
     unsigned int startState;

@@ -9,9 +9,24 @@
 #include <cstddef>
 #include <new>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace TESK_KIVO2D {
+
+// Records of vertices, numbered: some that were used before, and a run of fresh ones.
+class VertexRecords {
+public:
+    VertexRecords(std::vector<Point2*> vUsed, std::span<Point2> freshRun)
+        : vUsedBefore(std::move(vUsed)), fresh(freshRun) {}
+    Point2* operator[](std::size_t i) const {
+        return i < vUsedBefore.size() ? vUsedBefore[i] : &fresh[i - vUsedBefore.size()];
+    }
+
+private:
+    std::vector<Point2*> vUsedBefore;
+    std::span<Point2> fresh;
+};
 
 // Owns the records of one triangulation: vertices and triangles from their pools, and the stacks of those
 // that can be used again. The triangle pool is at the same time the list of all triangles ever made.
@@ -19,6 +34,8 @@ class MeshStore {
 public:
     // Sizes the first blocks for the expected number of vertices (n vertices have fewer than 2n triangles).
     explicit MeshStore(unsigned int numExpectedVertices);
+    // Serves triangles from these records, which are another store's, and neither more of them nor vertices.
+    explicit MeshStore(std::span<Triangle2> borrowed) { trianglePool.borrow(borrowed); }
 
     // A vertex with these coordinates and this custom index, part of no triangle yet.
     Point2* createVertex(const Point2& p) {
@@ -41,12 +58,24 @@ public:
     void reserveTriangles(std::size_t num) {
         if (vDeadT.size() < num) trianglePool.reserve(num - vDeadT.size());
     }
-    void reserveVertices(std::size_t num) {
-        if (vFreeVtx.size() < num) vertexPool.reserve(num - vFreeVtx.size());
+    // Makes room for so many triangles when all that there are have been taken back.
+    void reserveTrianglesInAll(std::size_t num) {
+        if (trianglePool.size() < num) trianglePool.reserve(num - trianglePool.size());
     }
 
     // Memory of reserved triangles that are not made yet: it costs nothing to use until the next one is.
     std::span<char> spareMemory() const { return trianglePool.spare(); }
+
+    // So many triangle records that follow one another, for the caller to construct; none if those that are
+    // reserved do not. Until then they must not be looked at.
+    std::span<Triangle2> takeTriangleRun(std::size_t num) { return trianglePool.allocRun(num); }
+    // All triangles are gone at once; the vertices keep their links to them.
+    void takeBackTriangles() {
+        trianglePool.takeBackAll();
+        vDeadT.clear();
+    }
+    // The records of so many vertices, for the caller to construct.
+    VertexRecords takeVertices(std::size_t num);
 
     // A triangle whose corners and neighbours the caller sets before anything else happens.
     Triangle2* newTriangle() {

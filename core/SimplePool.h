@@ -34,6 +34,13 @@ public:
         initialized = true; // not before there is a block
     }
 
+    // Serves from these records, which are another pool's, and has no more.
+    void borrow(std::span<T> records) {
+        vBlocks.push_back({records.data(), static_cast<int>(records.size())});
+        enterBlock(0);
+        initialized = true;
+    }
+
     bool isInitialized() const { return initialized; }
 
     // The next record. Throws std::bad_alloc, after a message, when memory runs out.
@@ -55,6 +62,26 @@ public:
             addBlock(nextCapacity());
             numFree += static_cast<std::size_t>(vBlocks.back().capacity);
         }
+    }
+
+    // Hands out so many records that follow one another; none if those that are reserved do not.
+    std::span<T> allocRun(std::size_t num) {
+        KIVO_ASSERT(initialized, "initialized");
+        if (num > spare().size() / sizeof(T)) return {};
+        T* const pBegin = pNext;
+        for (std::size_t numLeft = num; numLeft > 0;) {
+            if (pNext == pBlockEnd) enterNextBlock();
+            const std::size_t numHere = std::min(numLeft, static_cast<std::size_t>(pBlockEnd - pNext));
+            pNext += numHere;
+            numLeft -= numHere;
+        }
+        return {pBegin, num};
+    }
+    // Takes all records back, and keeps what is reserved.
+    void takeBackAll() {
+        numBefore = 0;
+        idxCurrent = 0;
+        enterBlock(0);
     }
 
     // Memory of reserved records that follow one another, for passing use: the next alloc ends it.

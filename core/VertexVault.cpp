@@ -1,5 +1,6 @@
 #include "core/VertexVault.h"
 
+#include "core/firstTriangle.h"
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
 
@@ -59,8 +60,7 @@ void VertexVault::fillLookup() {
         sLookup.insert(vStored[numLookup]);
 }
 
-void VertexVault::prepareToStore(std::size_t num) {
-    fillLookup();
+void VertexVault::reserveStored(std::size_t num) {
     const std::size_t needed = vStored.size() + num;
     if (vStored.capacity() < needed) vStored.reserve(std::max(needed, 2 * vStored.size()));
 }
@@ -71,27 +71,22 @@ Point2* VertexVault::findStored(const Point2& p) {
     return found == sLookup.end() ? nullptr : const_cast<Point2*>(*found);
 }
 
-void VertexVault::storeAll(std::vector<Point2*> vVertices) {
-    if (vStored.empty()) {
-        vStored = std::move(vVertices);
-    } else {
-        vStored.insert(vStored.end(), vVertices.begin(), vVertices.end());
-    }
-}
-
 bool VertexVault::findFirstTriangle(TeskTest& tests, Point2* (&corners)[3]) {
     KIVO_ASSERT(!bFullDimensional, "!bFullDimensional");
-    for (numCollinear = std::max<std::size_t>(numCollinear, 2); numCollinear < vStored.size();
-         ++numCollinear) {
-        Point2 *const a = vStored[0], *const b = vStored[1], *const c = vStored[numCollinear];
-        const Orientation2 turn = tests.orientation(*a, *b, *c);
-        if (turn == ORIENTATION2_COLLINEAR) continue;
-        corners[0] = a;
-        corners[1] = turn == ORIENTATION2_CCW ? b : c;
-        corners[2] = turn == ORIENTATION2_CCW ? c : b;
-        return true;
-    }
-    return false;
+    return TESK_KIVO2D::findFirstTriangle(vStored, numCollinear, tests, corners);
+}
+
+void VertexVault::returnToStored(std::vector<Point2*> vVertices) {
+    bFullDimensional = false;
+    vStored = std::move(vVertices);
+    sLookup = {};
+    numLookup = 0;
+    numCollinear = 0;
+    numActive = 0;
+    extent = Bbox2();
+    pLatest = nullptr;
+    startGrid = StartGrid();
+    numOfNextLayout = 0;
 }
 
 std::vector<Point2*> VertexVault::becomeFullDimensional(const Point2* pCorner) {
@@ -132,9 +127,9 @@ void VertexVault::added(StartGrid::Cell start, const Point2* pVtx, int numSteps)
     if (numSteps > longWalk && start.hadManyVisits()) startGrid.refine(start);
 }
 
-std::size_t VertexVault::addedAll(const std::vector<Point2*>& vVertices, const MeshStore& store) {
+std::size_t VertexVault::addedAll(std::span<Point2* const> vertices, const MeshStore& store) {
     const std::size_t numBefore = numActive;
-    for (const Point2* pVtx : vVertices) {
+    for (const Point2* pVtx : vertices) {
         if (pVtx->getIncidentTriangle() == nullptr) continue;
         ++numActive;
         extent.add(*pVtx);
@@ -147,7 +142,7 @@ std::size_t VertexVault::addedAll(const std::vector<Point2*>& vVertices, const M
         layOutGrid(withMargin(extent), numActive / 2, store);
     } else {
         GridFiller filler(startGrid);
-        for (const Point2* pVtx : vVertices) {
+        for (const Point2* pVtx : vertices) {
             if (pVtx->getIncidentTriangle() != nullptr) filler.enter(*pVtx);
         }
     }

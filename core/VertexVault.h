@@ -8,6 +8,7 @@
 #include "kernel/TeskTest.h"
 
 #include <cstddef>
+#include <span>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -26,9 +27,8 @@ public:
     // --- while not 2-D
     const std::vector<Point2*>& stored() const { return vStored; }
     void store(Point2* pVtx) { vStored.push_back(pVtx); }
-    // Makes sure that looking up and storing so many more cannot fail.
-    void prepareToStore(std::size_t num);
-    void storeAll(std::vector<Point2*> vVertices);
+    // Makes sure that storing so many more cannot fail.
+    void reserveStored(std::size_t num);
     // The stored vertex at these coordinates, or null. Expected O(1).
     Point2* findStored(const Point2& p);
     // The first two stored vertices and the first one that is not on their line, counter-clockwise, or false.
@@ -37,6 +37,9 @@ public:
     // Ends this state; the stored vertices are the caller's to insert, a corner of the first triangle at
     // once.
     std::vector<Point2*> becomeFullDimensional(const Point2* pCorner);
+
+    // Begins this state with these vertices, which are not part of triangles any more.
+    void returnToStored(std::vector<Point2*> vVertices);
 
     // --- 2-D
     // A triangle near the point: a start for walks.
@@ -56,7 +59,7 @@ public:
     void moved(const Point2* pVtx) { extent.add(*pVtx); }
     // The vertices have been linked in; near ones follow each other. Those without a triangle are left out.
     // Returns how many have one.
-    std::size_t addedAll(const std::vector<Point2*>& vVertices, const MeshStore& store);
+    std::size_t addedAll(std::span<Point2* const> vertices, const MeshStore& store);
 
     // --- duplicates that a batch met: registered during it, resolved at its end
     bool dupIsClean() const { return mRedundant2UniqueVtx.empty(); }

@@ -1,6 +1,7 @@
 #include "core/linkIn.h"
 
 #include "core/HalfEdge.h"
+#include "core/legalize.h"
 #include "core/split.h"
 
 namespace TESK_KIVO2D {
@@ -29,6 +30,13 @@ void linkIn(Point2* pVtx, const WalkResult& found, const InsertionSite& site) {
     } else {
         extendHull(edge, pVtx, site.store, site.tests, site.hullLinks, site.vCheckT);
     }
+}
+
+void insertVertex(Point2* pVtx, const WalkResult& found, const InsertionSite& site, WorkCounts& work) {
+    linkIn(pVtx, found, site);
+    ++work.insertions;
+    work.walkSteps += static_cast<std::uint64_t>(found.numSteps);
+    work.flips += legalizeNewVertex(site.vCheckT, site.tests, site.pGuard);
 }
 
 } // namespace TESK_KIVO2D

@@ -4,6 +4,7 @@
 #include "Triangle2.h"
 #include "core/EdgeGuard.h"
 #include "core/MeshStore.h"
+#include "core/WorkCounts.h"
 #include "core/hull.h"
 #include "core/walk.h"
 #include "kernel/TeskTest.h"
@@ -25,5 +26,8 @@ struct InsertionSite {
 // a triangle or an edge, or extends the hull. A fixed edge that it lies on is split with it. Throws only
 // before the first link changes.
 void linkIn(Point2* pVtx, const WalkResult& found, const InsertionSite& site);
+
+// The same, then legalises, and counts.
+void insertVertex(Point2* pVtx, const WalkResult& found, const InsertionSite& site, WorkCounts& work);
 
 } // namespace TESK_KIVO2D

@@ -5,7 +5,7 @@
 #include "kernel/messages.h"
 
 #include <cmath>
-#include <cstdlib>
+#include <random>
 
 namespace TESK_KIVO2D {
 namespace {
@@ -83,7 +83,7 @@ private:
         const int entry = pNext->getIntraTriangleIndex(pT);
         pT = pNext;
         if (++numSteps > maxOrderedSteps) {
-            setOrderFrom(std::rand() % 3);
+            setOrderFrom(drawnEdge());
             return 0;
         }
         edgeOrder[0] = entry;
@@ -91,6 +91,9 @@ private:
         edgeOrder[position == 1 ? 1 : 2] = Triangle2::incIndexBy2(entry);
         return 1;
     }
+
+    // Begins anew in each walk, so that a walk depends on nothing else and threads share nothing.
+    int drawnEdge() { return static_cast<int>(random() % 3); }
 
     void setOrderFrom(int first) {
         edgeOrder[0] = first;
@@ -110,7 +113,7 @@ private:
             }
             pT = pNext;
             // A restart begins with an order of its own; beyond the limit also that one is drawn.
-            setOrderFrom(++numSteps > maxOrderedSteps ? std::rand() % 3 : 0);
+            setOrderFrom(++numSteps > maxOrderedSteps ? drawnEdge() : 0);
             return true;
         }
         exitEdge = e;
@@ -124,6 +127,7 @@ private:
     int position;
     int numSteps;
     int exitEdge = -1;
+    std::minstd_rand random;
 };
 
 // The usual walk. It asks all open edges of a triangle at once and chooses by arithmetic: the way is random,

@@ -26,8 +26,9 @@ Point2* cornerAt(const WalkResult& found, const Point2& q);
 enum class QueryRange { WITHIN_BOUND, ANYWHERE };
 
 // Walks from the start triangle towards q, crossing edges that have q on their outer side. Never allocates.
-// Its length is the distance in triangles for a good start; after 1000 steps the order of edges is drawn by
-// rand(), which breaks the rare cycles that a triangulation with fixed edges allows.
+// Its length is the distance in triangles for a good start; after 1000 steps the order of edges is drawn at
+// random, by a generator that begins anew in each walk, which breaks the rare cycles that a triangulation
+// with fixed edges allows.
 WalkResult walk(Triangle2* pStartTriangle, const Point2& q, TeskTest& tests,
                 QueryRange range = QueryRange::WITHIN_BOUND);
 

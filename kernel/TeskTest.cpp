@@ -62,6 +62,22 @@ stages::Decision counted(stages::Decision decision, std::uint64_t& count) {
 
 } // namespace
 
+TeskTest::StageCounts& TeskTest::StageCounts::operator+=(const StageCounts& other) {
+    orientationPastStatic += other.orientationPastStatic;
+    orientationDynamic += other.orientationDynamic;
+    orientationAxisParallel += other.orientationAxisParallel;
+    orientationExpansion += other.orientationExpansion;
+    orientationInterval += other.orientationInterval;
+    orientationExact += other.orientationExact;
+    inCirclePastStatic += other.inCirclePastStatic;
+    inCircleRectangle += other.inCircleRectangle;
+    inCircleLattice += other.inCircleLattice;
+    inCircleDoubleDouble += other.inCircleDoubleDouble;
+    inCircleExpansion += other.inCircleExpansion;
+    inCircleExact += other.inCircleExact;
+    return *this;
+}
+
 TeskTest::TeskTest() : staticFilterBound(std::numeric_limits<double>::infinity()) {}
 TeskTest::~TeskTest() = default;
 

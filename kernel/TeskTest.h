@@ -117,8 +117,12 @@ public:
         std::uint64_t inCircleDoubleDouble = 0;
         std::uint64_t inCircleExpansion = 0;
         std::uint64_t inCircleExact = 0;
+
+        StageCounts& operator+=(const StageCounts& other);
     };
     const StageCounts& stageCounts() const { return counts; }
+    // Counts what others were asked as asked here.
+    void addStageCounts(const StageCounts& others) { counts += others; }
 
 private:
     Orientation2 orientationPastDynamic(const Point2& a, const Point2& b, const Point2& c);

@@ -14,7 +14,7 @@ using namespace TESK_KIVO2D;
 namespace {
 
 double stepsPerInsertion(const Kivo_2D& kivo) {
-    const Dt2::WorkCounts& work = kivo.getImpl()->workCounts();
+    const WorkCounts& work = kivo.getImpl()->workCounts();
     return static_cast<double>(work.walkSteps) / static_cast<double>(work.insertions);
 }
 
