@@ -58,6 +58,17 @@ void batchRival(benchmark::State& state, const std::string& kind, std::size_t nu
         benchmark::DoNotOptimize(batch.triangulate());
 }
 
+// In wall clock: that is what the threads are for.
+template<int numThreads>
+void threadsKivo(benchmark::State& state, const std::string& kind, std::size_t num) {
+    const std::vector<Point2> vPoints = converted(input(kind, num));
+    measureKivo(state, num, [&](Kivo_2D& kivo) {
+        std::vector<Point2*> vHandles;
+        kivo.setNumCPU(numThreads);
+        kivo.insert(vPoints, vHandles);
+    });
+}
+
 void oneByOneKivo(benchmark::State& state, const std::string& kind, std::size_t num) {
     const std::vector<Point2> vPoints = converted(input(kind, num));
     measureKivo(state, num, [&](Kivo_2D& kivo) {
@@ -118,6 +129,10 @@ void addAll() {
     }
     // The rival does not end within two minutes on this one.
     add("batch", "line", million, "kivo", batchKivo);
+    for (const char* kind : {"uniform", "clusters"}) {
+        add("threads", kind, 10 * million, "1", threadsKivo<1>);
+        add("threads", kind, 10 * million, "2", threadsKivo<2>);
+    }
     add("oneByOne", "uniform", million, "kivo", oneByOneKivo);
     add("oneByOne", "uniform", million, "cgal", oneByOneRival);
     // Once, for the work they take.

@@ -47,6 +47,8 @@ TARGETS = [
 # Of the time a triangle.
 MESH_AT_MOST, MESH_AIM = 0.25, 0.1
 PEAK_AT_MOST, PEAK_AIM = 190, 160
+# Of the time that one thread takes.
+TWO_THREADS_AT_MOST, TWO_THREADS_AIM = 0.6, 0.53
 
 # The stages behind the inlined one, in the order in which they are asked.
 STAGES = {
@@ -188,6 +190,22 @@ def growth_table(runs):
     return table(["points", *columns, *[column + ", CPU user" for column in columns]], rows, 0)
 
 
+def threads_table(runs):
+    head = ["input", "points", "one thread, ms", "two, ms", "ratio", "at most", "aim", "one thread, CPU user ms",
+            "two, CPU user ms"]
+    rows = []
+    for name in runs:
+        if not name.startswith("threads/") or not name.endswith("/1"):
+            continue
+        _, kind, num, _ = name.split("/")
+        both = (name, name.removesuffix("1") + "2")
+        one, two = (median(runs, who) for who in both)
+        rows.append([kind, f"{int(num):,}", text_of(one), text_of(two), text_of(two / one if two else None, 2),
+                     text_of(TWO_THREADS_AT_MOST, 2), text_of(TWO_THREADS_AIM, 2),
+                     *(text_of(median(runs, who, "userMs")) for who in both)])
+    return table(head, rows, 1)
+
+
 def long_segment_table(runs):
     rows = []
     for name, measured in runs.items():
@@ -249,6 +267,8 @@ def sections(program, runs, with_peak):
            "Asked are three and two more a flip for a point inside a triangle.", stages_table(runs, "inCircle"))
     yield ("Growth: nanoseconds a point, uniform",
            f"Medians of {repetitions}; ten million one by one are run once.", growth_table(runs))
+    yield ("Threads", f"One batch, medians of {repetitions} in wall clock; two threads need two cores for themselves.",
+           threads_table(runs))
     yield ("Growth: nanoseconds an edge that a long constraint crosses",
            "A strip of random points and one segment along it all, as many times as make a million points.",
            long_segment_table(runs))

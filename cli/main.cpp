@@ -40,7 +40,9 @@ void addInputOptions(CLI::App& command, TriangulateOptions& options, const std::
     command.add_flag(
         "--check", options.bCheck,
         "check links, empty circles and that all segments are edges; exit code 1 when a check fails");
-    command.add_option("--threads", options.numThreads, "threads for large inputs, 0 for all of the machine")
+    command
+        .add_option("--threads", options.numThreads,
+                    "threads for inputs of 100,000 points or more, 0 for all of the machine")
         ->check(CLI::Range(0, 4096))
         ->capture_default_str();
     command.add_flag("--progress", options.bProgress,

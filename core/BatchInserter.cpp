@@ -20,11 +20,12 @@ void BatchInserter::insert(std::span<const Point2> points, Point2** aHandles) {
     }
 }
 
-// With chunks all is triangulated anew, so what was there before must not be the larger part. And no edge may
-// be fixed.
+// With chunks all is triangulated anew, and no edge may be fixed. A few old vertices do not matter; several
+// threads make up for as many as there are new ones.
 bool BatchInserter::isForChunks(std::size_t numPoints) const {
-    return dt.numCPU > 1 && numPoints >= dt.minChunkedBatch && dt.pEdgeGuard == nullptr &&
-           dt.numberOfPoints() <= numPoints;
+    if (numPoints < dt.minChunkedBatch || dt.pEdgeGuard != nullptr) return false;
+    constexpr std::size_t few = 8;
+    return dt.numberOfPoints() <= (dt.numCPU > 1 ? numPoints : numPoints / few);
 }
 
 void BatchInserter::insertInSequence(std::span<const Point2> points, Point2** aHandles) {

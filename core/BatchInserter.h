@@ -13,7 +13,7 @@
 namespace TESK_KIVO2D {
 
 // Inserts many vertices at once: orders them along the Hilbert curve, lays their records out in that order,
-// and inserts them one after the other (RangeInserter), or by chunks in several threads (InserterMT). Lives
+// and inserts them one after the other (RangeInserter), or large batches by chunks (InserterMT). Lives
 // for one batch, or for the moment when the stored vertices span their first triangle.
 //
 // A listener that throws, or memory that runs out, ends the batch early: vertices that the client held before

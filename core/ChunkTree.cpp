@@ -40,6 +40,7 @@ void ChunkTree::triangulate(std::size_t chunk, std::span<Triangle2> records, Chu
     const Node& leaf = vNodes[number];
     vNodes[number].part = worker.triangulate(vertices.subspan(leaf.first, leaf.last - leaf.first),
                                              records.subspan(2 * leaf.first, 2 * (leaf.last - leaf.first)));
+    worker.flush();
     // Whoever completes the second child merges the two.
     while (vNodes[number].parent != none) {
         number = vNodes[number].parent;

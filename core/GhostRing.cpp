@@ -211,23 +211,7 @@ private:
     Triangle2* pRising; // the ghost of the edge from the right part to the left one, all below is done
 };
 
-bool isLess(const Point2& p, const Point2& q, bool bByY) {
-    if (bByY) return p.y() < q.y() || (p.y() == q.y() && p.x() < q.x());
-    return p < q;
-}
-
 } // namespace
-
-void RingedPart::add(const RingedPart& other) {
-    const auto take = [](Point2*& pOwn, Point2* pOther, bool bByY, bool bSmaller) {
-        if (pOwn == nullptr || isLess(bSmaller ? *pOther : *pOwn, bSmaller ? *pOwn : *pOther, bByY))
-            pOwn = pOther;
-    };
-    take(pLeft, other.pLeft, false, true);
-    take(pRight, other.pRight, false, false);
-    take(pBottom, other.pBottom, true, true);
-    take(pTop, other.pTop, true, false);
-}
 
 void addGhosts(const RingedPart& part, MeshStore& store) {
     const HullEdge first = hullEdgeFrom(part.pLeft);

@@ -23,8 +23,18 @@ struct RingedPart {
 
     explicit RingedPart(Point2* pVtx = nullptr) : pLeft(pVtx), pRight(pVtx), pBottom(pVtx), pTop(pVtx) {}
     // Takes in a vertex, or another part.
-    void add(Point2* pVtx) { add(RingedPart(pVtx)); }
-    void add(const RingedPart& other);
+    void add(Point2* pVtx) {
+        if (pLeft == nullptr) *this = RingedPart(pVtx);
+        const double x = pVtx->x(), y = pVtx->y(); // most vertices end none of these
+        if (x <= pLeft->x() && *pVtx < *pLeft) pLeft = pVtx;
+        if (x >= pRight->x() && *pVtx > *pRight) pRight = pVtx;
+        if (y < pBottom->y() || (y == pBottom->y() && x < pBottom->x())) pBottom = pVtx;
+        if (y > pTop->y() || (y == pTop->y() && x > pTop->x())) pTop = pVtx;
+    }
+    void add(const RingedPart& other) {
+        for (Point2* const pVtx : {other.pLeft, other.pRight, other.pBottom, other.pTop})
+            add(pVtx);
+    }
 };
 
 // Rings a triangulation with ghosts, whose records come from the store: as many as there are hull edges.

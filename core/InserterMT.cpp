@@ -49,7 +49,6 @@ bool InserterMT::triangulate(std::span<Point2* const> vertices, std::span<Triang
         },
         [&] { joint.tell(); });
     for (ChunkWorker& worker : dChunkWorkers) {
-        worker.flush();
         work += worker.workCounts();
         stages += worker.predicates().stageCounts();
     }

@@ -64,6 +64,12 @@ public:
     /// point that is not finite. Expected O(log n).
     Point2* insert(const Point2& point);
     /// Inserts a batch: faster than one by one. O(n log n) for all but contrived inputs.
+    ///
+    /// A large batch, of 100,000 points or more while there is no constraint yet, is triangulated by parts,
+    /// and these are merged (Guibas & Stolfi 1985): in as many threads as `setNumCPU` says. It goes in as a
+    /// whole or, when an exception ends it, not at all. That takes triangulating anew what there was before;
+    /// so batches that have fewer points than that (with one thread: fewer than eight times as many) are
+    /// inserted one by one as small ones are, in one thread.
     void insert(const std::vector<Point2>& vInputPoints);
     /// Inserts a batch; afterwards vHandles holds the vertex of each input point, in input order (null where
     /// the point was not finite).
@@ -271,6 +277,10 @@ public:
     std::string getName() const;
     /// Number of threads for large batches: n >= 1 as given, 0 for the number of hardware threads, 1 for
     /// negative values. Returns the number that is set.
+    ///
+    /// The number does not change a batch's triangles, nor their order, for a batch of at least eight times
+    /// as many points as there were before. Otherwise the same number gives the same triangles in the same
+    /// order; another number gives the same set of triangles, unless four of their corners lie on one circle.
     int setNumCPU(int numCPU);
     /// Same as setNumCPU(0).
     void enableMultithreading();

@@ -23,6 +23,10 @@ public:
     /// An exception thrown here cancels the operation: it reaches the caller of the operation, and the
     /// triangulation stays valid.
     ///
+    /// While a large batch is being triangulated its points are not in yet, and those that were in before are
+    /// not triangulated: `is2D()` is false until the batch is done, and insertions are refused with a
+    /// warning.
+    ///
     /// \param msgType  what the message is about
     /// \param label    name of the running operation, valid during the call only
     /// \param progress done share of the operation in [0, 1]; 1.0 arrives exactly once per operation

@@ -9,8 +9,9 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 seconds=${1:-60}
 work="$root/build/fuzz"
 cd "$root"
-cmake --preset fuzz
-cmake --build --preset fuzz
+targets=(segment_soup_fuzz zone_soup_fuzz mesh_fuzz point_file_fuzz)
+cmake --preset asan-ubsan
+cmake --build --preset asan-ubsan --target "${targets[@]}"
 
 # From the seeds alone each time, so that equal builds try the same inputs in the same order.
 rm -rf "$work/corpus"
@@ -18,13 +19,13 @@ mkdir -p "$work/finds"
 python3 scripts/fuzz_seeds.py tests/data "$work/corpus"
 run() { # TARGET
     cd "$work/finds"
-    "$work/fuzz/$1" "$work/corpus/$1" -seed=1 -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 \
+    "$root/build/asan-ubsan/fuzz/$1" "$work/corpus/$1" -seed=1 -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 \
         -malloc_limit_mb=512 -max_len=4096 -print_final_stats=1 -artifact_prefix="$work/finds/${1}_"
 }
 
 # All at once: most machines have a core for each or nearly so.
 declare -A jobs
-for target in segment_soup_fuzz zone_soup_fuzz mesh_fuzz point_file_fuzz; do
+for target in "${targets[@]}"; do
     (run "$target") >"$work/$target.log" 2>&1 &
     jobs[$target]=$!
 done

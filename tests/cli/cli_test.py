@@ -104,6 +104,19 @@ class Reports(CommandTest):
             self.assertEqual(report["boundingBox"] is None, points == 0)
             self.assertEqual(self.read("flat.ele"), b"0 3 0\n")
 
+    def test_threads_change_nothing_but_the_order_and_two_are_like_three(self):
+        self.run_kivo("generate", "uniform", "-n", "100000", "-o", "a.bin")
+        reports = [self.report("a.bin", "--check", "--threads", str(num), "-o", f"{num}.node", "-o", f"{num}.ele")
+                   for num in (1, 2, 3)]
+        self.assertEqual([report["threads"] for report in reports], [1, 2, 3])
+        for name in ("points", "duplicates", "vertices", "triangles", "hullVertices", "valid"):
+            self.assertEqual(len({report[name] for report in reports}), 1, name)
+        for ending in (".node", ".ele"):
+            self.assertEqual(self.read("2" + ending), self.read("3" + ending))
+        # Corners and triangles sorted: the numbers of the points in the file are those of the input.
+        triangles = [sorted(sorted(row[1:]) for row in self.rows(f"{num}.ele")[1:]) for num in (1, 2)]
+        self.assertEqual(*triangles)
+
     def test_messages_and_progress_stay_off_standard_output(self):
         self.run_kivo("generate", "uniform", "-n", "5000", "-o", "a.xy")
         done = self.run_kivo("triangulate", "a.xy", "--check", "--progress", "--json", "-o", "a.ps")

@@ -3,7 +3,6 @@
 #include "tests/oracle/exact.h"
 
 #include <algorithm>
-#include <map>
 #include <unordered_map>
 
 namespace oracle {
@@ -21,8 +20,8 @@ struct Mesh {
     std::vector<ExactPoint> vExact;
     std::vector<Triangle2*> vTriangles;
     std::vector<std::array<Index, 3>> vCorners;
-    std::map<std::pair<Index, Index>, Index>
-        mEdgeTriangle; // directed edge -> number of the triangle to its left
+    // A directed edge and the number of the triangle to its left; sorted.
+    std::vector<std::pair<std::pair<Index, Index>, Index>> vEdgeTriangle;
 
     const ExactPoint& corner(Index t, Index i) const { return vExact[vCorners[t][i % 3]]; }
 };
@@ -75,19 +74,24 @@ std::string readTriangles(const Kivo_2D& kivo, Mesh& mesh) {
         mesh.vCorners.push_back(aCorners);
         if (orientation(mesh.corner(t, 0), mesh.corner(t, 1), mesh.corner(t, 2)) <= 0)
             return message("corners not counter-clockwise, triangle", t);
-        for (Index i = 0; i < 3; ++i) {
-            if (!mesh.mEdgeTriangle.insert({{aCorners[i], aCorners[(i + 1) % 3]}, t}).second)
-                return message("a directed edge occurs twice, triangle", t);
-        }
+        for (Index i = 0; i < 3; ++i)
+            mesh.vEdgeTriangle.push_back({{aCorners[i], aCorners[(i + 1) % 3]}, t});
     }
-    return "";
+    std::sort(mesh.vEdgeTriangle.begin(), mesh.vEdgeTriangle.end());
+    const auto twice = std::adjacent_find(mesh.vEdgeTriangle.begin(), mesh.vEdgeTriangle.end(),
+                                          [](auto& one, auto& other) { return one.first == other.first; });
+    return twice == mesh.vEdgeTriangle.end()
+               ? ""
+               : message("a directed edge occurs twice, triangle", twice->second);
 }
 
 // The triangle across the edge opposite corner i, as the corners say; the number of triangles on the hull.
 Index across(const Mesh& mesh, Index t, Index i) {
     const auto& c = mesh.vCorners[t];
-    const auto found = mesh.mEdgeTriangle.find({c[(i + 2) % 3], c[(i + 1) % 3]});
-    return found == mesh.mEdgeTriangle.end() ? mesh.vTriangles.size() : found->second;
+    const std::pair<Index, Index> edge(c[(i + 2) % 3], c[(i + 1) % 3]);
+    const auto found =
+        std::lower_bound(mesh.vEdgeTriangle.begin(), mesh.vEdgeTriangle.end(), std::pair(edge, Index(0)));
+    return found == mesh.vEdgeTriangle.end() || found->first != edge ? mesh.vTriangles.size() : found->second;
 }
 
 std::string checkLinks(const Mesh& mesh) {
@@ -142,8 +146,8 @@ std::string checkEmptyCircles(const Mesh& mesh, EmptyCircleCheck check, const Ed
             const auto& c = mesh.vCorners[t];
             if (isConstraint && isConstraint(mesh.vVertices[c[(i + 1) % 3]], mesh.vVertices[c[(i + 2) % 3]]))
                 continue;
-            for (Index j = 0; j < 3; ++j) {
-                if (holds(mesh.corner(n, j)))
+            for (const Index corner : mesh.vCorners[n]) { // two of the three are on the circle
+                if (std::find(c.begin(), c.end(), corner) == c.end() && holds(mesh.vExact[corner]))
                     return message("a circle holds a neighbour's corner, triangle", t);
             }
         }

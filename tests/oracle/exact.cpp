@@ -21,15 +21,48 @@ int lowestExponent(double value) {
 }
 
 // value / 2^unit, which must be an integer.
-mpz_class inUnits(double value, int unit) {
+void setInUnits(mpz_class& result, double value, int unit) {
     int exponent = 0;
-    mpz_class result(std::ldexp(std::frexp(value, &exponent), 53));
+    result = std::ldexp(std::frexp(value, &exponent), 53);
     const int shift = exponent - 53 - unit;
-    if (shift >= 0) return result << static_cast<unsigned>(shift);
-    return result >> static_cast<unsigned>(-shift);
+    if (shift >= 0) {
+        result <<= static_cast<unsigned>(shift);
+    } else {
+        result >>= static_cast<unsigned>(-shift);
+    }
 }
 
-mpz_class square(const ExactPoint& p) { return p.x * p.x + p.y * p.y; }
+// The points times one common power of two that makes all of them integers. No sign below depends on it.
+void setExact(const Point2* aPoints, std::size_t num, ExactPoint* aExact) {
+    int unit = INT_MAX;
+    for (std::size_t i = 0; i < num; ++i)
+        unit = std::min({unit, lowestExponent(aPoints[i].x()), lowestExponent(aPoints[i].y())});
+    if (unit == INT_MAX) unit = 0; // zeros only
+    for (std::size_t i = 0; i < num; ++i) {
+        setInUnits(aExact[i].x, aPoints[i].x(), unit);
+        setInUnits(aExact[i].y, aPoints[i].y(), unit);
+    }
+}
+
+// Numbers that keep their memory, one set a thread: large tests wait for little else.
+struct Scratch {
+    ExactPoint aExact[4], aFrom[3];
+    mpz_class square, area, sum;
+};
+Scratch& scratch() {
+    static thread_local Scratch itsScratch;
+    return itsScratch;
+}
+
+void setDifference(ExactPoint& result, const ExactPoint& p, const ExactPoint& q) {
+    result.x = p.x - q.x;
+    result.y = p.y - q.y;
+}
+
+void setCross(mpz_class& result, const ExactPoint& p, const ExactPoint& q) {
+    result = p.x * q.y;
+    mpz_submul(result.get_mpz_t(), p.y.get_mpz_t(), q.x.get_mpz_t());
+}
 
 bool between(const ExactPoint& a, const ExactPoint& b, const ExactPoint& q) {
     return std::min(a, b) <= q && q <= std::max(a, b);
@@ -42,14 +75,8 @@ bool isOn(const ExactPoint& a, const ExactPoint& b, const ExactPoint& q) {
 } // namespace
 
 std::vector<ExactPoint> exactPoints(const std::vector<Point2>& vPoints) {
-    int unit = INT_MAX;
-    for (const Point2& p : vPoints)
-        unit = std::min({unit, lowestExponent(p.x()), lowestExponent(p.y())});
-    if (unit == INT_MAX) unit = 0; // zeros only
-    std::vector<ExactPoint> vExact;
-    vExact.reserve(vPoints.size());
-    for (const Point2& p : vPoints)
-        vExact.push_back({inUnits(p.x(), unit), inUnits(p.y(), unit)});
+    std::vector<ExactPoint> vExact(vPoints.size());
+    setExact(vPoints.data(), vPoints.size(), vExact.data());
     return vExact;
 }
 
@@ -58,28 +85,48 @@ mpz_class twiceArea(const ExactPoint& a, const ExactPoint& b, const ExactPoint& 
 }
 
 int orientation(const ExactPoint& a, const ExactPoint& b, const ExactPoint& c) {
-    return sgn(twiceArea(a, b, c));
+    Scratch& s = scratch();
+    setDifference(s.aFrom[0], a, c);
+    setDifference(s.aFrom[1], b, c);
+    setCross(s.area, s.aFrom[0], s.aFrom[1]);
+    return sgn(s.area);
 }
 
 int orientation(const Point2& a, const Point2& b, const Point2& c) {
-    const auto p = exactPoints({a, b, c});
+    const Point2 aPoints[] = {a, b, c};
+    ExactPoint* const p = scratch().aExact;
+    setExact(aPoints, 3, p);
     return orientation(p[0], p[1], p[2]);
 }
 
 int inCircle(const ExactPoint& a, const ExactPoint& b, const ExactPoint& c, const ExactPoint& d) {
-    // The 4 x 4 determinant with rows (x, y, x^2 + y^2, 1), developed by its third column.
-    const mpz_class det = square(a) * twiceArea(b, c, d) - square(b) * twiceArea(a, c, d) +
-                          square(c) * twiceArea(a, b, d) - square(d) * twiceArea(a, b, c);
-    return sgn(det);
+    // Seen from d: the 3 x 3 determinant with rows (x, y, x^2 + y^2), developed by its third column.
+    Scratch& s = scratch();
+    setDifference(s.aFrom[0], a, d);
+    setDifference(s.aFrom[1], b, d);
+    setDifference(s.aFrom[2], c, d);
+    s.sum = 0;
+    for (int i = 0; i < 3; ++i) {
+        const ExactPoint& p = s.aFrom[i];
+        s.square = p.x * p.x;
+        mpz_addmul(s.square.get_mpz_t(), p.y.get_mpz_t(), p.y.get_mpz_t());
+        setCross(s.area, s.aFrom[(i + 1) % 3], s.aFrom[(i + 2) % 3]);
+        mpz_addmul(s.sum.get_mpz_t(), s.square.get_mpz_t(), s.area.get_mpz_t());
+    }
+    return sgn(s.sum);
 }
 
 int inCircle(const Point2& a, const Point2& b, const Point2& c, const Point2& d) {
-    const auto p = exactPoints({a, b, c, d});
+    const Point2 aPoints[] = {a, b, c, d};
+    ExactPoint* const p = scratch().aExact;
+    setExact(aPoints, 4, p);
     return inCircle(p[0], p[1], p[2], p[3]);
 }
 
 int meeting(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4) {
-    const auto p = exactPoints({p1, p2, p3, p4});
+    const Point2 aPoints[] = {p1, p2, p3, p4};
+    ExactPoint* const p = scratch().aExact;
+    setExact(aPoints, 4, p);
     const int o3 = orientation(p[0], p[1], p[2]), o4 = orientation(p[0], p[1], p[3]);
     const int o1 = orientation(p[2], p[3], p[0]), o2 = orientation(p[2], p[3], p[1]);
     const bool bProper = o1 * o2 < 0 && o3 * o4 < 0;

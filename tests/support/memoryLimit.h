@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -7,18 +8,15 @@
 
 namespace memoryLimit {
 
-// Allocations that succeed from now on; negative: all.
-inline long numLeft = -1;
+// Allocations that succeed from now on, in whichever threads; negative: all.
+inline std::atomic<long> numLeft = -1;
 inline bool bStaysOut = false;
 
 inline bool runsOut() {
-    if (numLeft < 0) return false;
-    if (numLeft > 0) {
-        --numLeft;
-        return false;
+    long num = numLeft.load();
+    while (num >= 0 && !numLeft.compare_exchange_weak(num, num > 0 ? num - 1 : bStaysOut ? 0 : -1)) {
     }
-    if (!bStaysOut) numLeft = -1;
-    return true;
+    return num == 0;
 }
 
 } // namespace memoryLimit
@@ -26,8 +24,8 @@ inline bool runsOut() {
 // While it lives so many allocations succeed; then one fails, or all.
 struct MemoryLimit {
     MemoryLimit(long numAllocations, bool bForGood) {
-        memoryLimit::numLeft = numAllocations;
         memoryLimit::bStaysOut = bForGood;
+        memoryLimit::numLeft = numAllocations;
     }
     ~MemoryLimit() { memoryLimit::numLeft = -1; }
 };
