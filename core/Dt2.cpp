@@ -4,6 +4,7 @@
 #include "constraints/SegmentInserter.h"
 #include "constraints/VertexMover.h"
 #include "core/BatchInserter.h"
+#include "core/extent.h"
 #include "core/hull.h"
 #include "core/legalize.h"
 #include "core/linkIn.h"
@@ -94,19 +95,9 @@ void Dt2::insertVector(const Point2* aPoints, std::size_t numPoints, Point2** aH
     KIVO_ASSERT(vCheckT.empty(), "vCheckT.empty()");
     if (numPoints == 0) return;
     WorkerPool workers(numPoints >= minChunkedBatch ? numCPU : 1);
-    double minX = DBL_MAX, minY = DBL_MAX, maxX = -DBL_MAX, maxY = -DBL_MAX;
-    std::size_t numFinite = 0;
-    for (std::size_t i = 0; i < numPoints; ++i) {
-        const Point2& p = aPoints[i];
-        if (!isFinite(p)) continue;
-        ++numFinite;
-        minX = std::min(minX, p.x());
-        minY = std::min(minY, p.y());
-        maxX = std::max(maxX, p.x());
-        maxY = std::max(maxY, p.y());
-    }
-    if (numFinite < numPoints) warnNotFinite("Kivo_2D::insert()", numPoints - numFinite);
-    if (numFinite > 0) growBox(Point2(minX, minY), Point2(maxX, maxY));
+    const Extent extent = scanExtent(aPoints, numPoints, workers);
+    if (extent.numFinite < numPoints) warnNotFinite("Kivo_2D::insert()", numPoints - extent.numFinite);
+    if (extent.numFinite > 0) growBox(extent.box.getMinPoint(), extent.box.getMaxPoint());
     ProgressHub::Operation progress(hub, "insert vertices", numPoints);
     // Points are numbered by 32 bits inside a batch.
     constexpr std::size_t maxBatch = std::numeric_limits<std::uint32_t>::max();

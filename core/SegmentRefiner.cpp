@@ -1,7 +1,5 @@
 #include "core/SegmentRefiner.h"
 
-#include "core/prefetch.h"
-
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -23,7 +21,7 @@ bool radixSort(std::span<KeyedIndex> v, std::span<KeyedIndex> other, int numBits
         return false;
     }
     // Digits of more values than there are entries cost more to count than further passes do.
-    const int maxDigitBits = std::min(static_cast<int>(std::bit_width(v.size())) - 1, 11);
+    const int maxDigitBits = std::min(static_cast<int>(std::bit_width(v.size())), 11);
     const int numPasses = (numBits + maxDigitBits - 1) / maxDigitBits;
     const int digitBits = (numBits + numPasses - 1) / numPasses;
     const unsigned int numDigits = 1u << digitBits;
@@ -91,13 +89,9 @@ void SegmentRefiner::refineTop() {
 bool SegmentRefiner::reorderByOwnBox(const Run& run) {
     const auto entries = v.subspan(run.first, run.last - run.first);
     Bbox2 box;
-    for (const KeyedIndex& k : entries)
-        box.add(points[k.index]);
+    forPoints(points, entries, [&](const Point2& p, const KeyedIndex&) { box.add(p); });
     if (box.getMaxRange() == 0) return true; // equal points, in order as they are
-    box.doubleTheBox();                      // the cells at the two ends of an axis share their digits
-    const HC2 own(box);
-    for (KeyedIndex& k : entries)
-        k.key = own.key(points[k.index]);
+    forPoints(points, entries, [own = ownCurve(box)](const Point2& p, KeyedIndex& k) { k.key = own.key(p); });
     const auto space = other.subspan(run.first, run.last - run.first);
     if (radixSort(entries, space, HC2::numKeyBits)) std::copy(space.begin(), space.end(), entries.begin());
     if (entries.front().key == entries.back().key) return false;

@@ -2,6 +2,7 @@
 
 #include "core/HC2.h"
 #include "core/hilbertOrder.h"
+#include "core/prefetch.h"
 
 #include <cstddef>
 #include <limits>
@@ -24,6 +25,23 @@ struct OrderSegment {
 
     std::size_t size() const { return last - first; }
 };
+
+// The points of entries, which are all over the memory: several are fetched at a time.
+template<class Function>
+void forPoints(const PointSource& points, std::span<KeyedIndex> entries, const Function& function) {
+    constexpr std::size_t ahead = 24;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (i + ahead < entries.size()) prefetch(&points[entries[i + ahead].index]);
+        function(points[entries[i].index], entries[i]);
+    }
+}
+
+// The keys of points over a box of their own. The cells at the two ends of an axis share their digits, so the
+// box is made larger.
+inline HC2 ownCurve(Bbox2 box) {
+    box.doubleTheBox();
+    return HC2(box);
+}
 
 // Brings segments into order, in the array of the result; the other one is work space. One a thread: segments
 // do not overlap.

@@ -112,13 +112,13 @@ private:
     // By so many bits that what comes out fits the cache when it is spread evenly. Stable.
     void split(const OrderSegment& segment) {
         const std::size_t num = segment.size();
-        const int digitBits = std::min({static_cast<int>(std::bit_width(num / 8192)), 11, segment.numBits});
+        const int digitBits = std::min({static_cast<int>(std::bit_width(num / 1024)), 11, segment.numBits});
         const int shift = segment.numBits - digitBits;
         const std::size_t numDigits = std::size_t(1) << digitBits;
         const auto digit = [=](const KeyedIndex& k) { return (k.key >> shift) & (numDigits - 1); };
         const std::span<KeyedIndex> from = segment.bInResult ? v : other, to = segment.bInResult ? other : v;
         vStarts.assign(vSlices.size() * numDigits, 0);
-        forSlices([&](const Slice& s, std::size_t i) {
+        forSlices([&, from, digit](const Slice& s, std::size_t i) {
             unsigned int* aCounts = vStarts.data() + i * numDigits;
             for (std::size_t k = s.first; k < s.last; ++k)
                 ++aCounts[digit(from[k])];
@@ -134,7 +134,7 @@ private:
             part.last = start;
             add(part);
         }
-        forSlices([&](const Slice& s, std::size_t i) {
+        forSlices([&, from, to, digit](const Slice& s, std::size_t i) {
             unsigned int* aStarts = vStarts.data() + i * numDigits;
             for (std::size_t k = s.first; k < s.last; ++k)
                 to[aStarts[digit(from[k])]++] = from[k];
@@ -153,8 +153,8 @@ private:
         const std::span<KeyedIndex> entries = segment.bInResult ? v : other;
         slice(segment.first, segment.last);
         forSlices([&](Slice& s, std::size_t) {
-            for (std::size_t k = s.first; k < s.last; ++k)
-                s.box.add(points[entries[k].index]);
+            forPoints(points, entries.subspan(s.first, s.last - s.first),
+                      [&](const Point2& p, const KeyedIndex&) { s.box.add(p); });
         });
         Bbox2 box;
         for (const Slice& s : vSlices) {
@@ -163,12 +163,12 @@ private:
         }
         if (segment.key == OrderSegment::ownKeys) segment.key = entries[segment.first].key;
         if (box.getMaxRange() == 0) return addInOrder(segment);
-        box.doubleTheBox(); // the cells at the two ends of an axis share their digits
-        forSlices([&, own = HC2(box)](Slice& s, std::size_t) {
-            for (std::size_t k = s.first; k < s.last; ++k) {
-                entries[k].key = own.key(points[entries[k].index]);
-                s.note(entries[k].key);
-            }
+        forSlices([&, own = ownCurve(box)](Slice& s, std::size_t) {
+            forPoints(points, entries.subspan(s.first, s.last - s.first),
+                      [&](const Point2& p, KeyedIndex& k) {
+                          k.key = own.key(p);
+                          s.note(k.key);
+                      });
         });
         segment.numBits = numDifferentBits();
         if (segment.numBits > 0)
