@@ -43,6 +43,8 @@ public:
         int numDigitsLeft = 0; // for the numbering of parts
     };
 
+    // One cell without a triangle, as at first. Needs no memory.
+    void clear() noexcept;
     // Lays out about so many cells over the frame, without any triangle.
     void layOut(const Bbox2& newFrame, std::size_t numCells);
     // Gives cells without a triangle that of the nearest part of a neighbour. Afterwards every cell has one,

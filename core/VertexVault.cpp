@@ -86,7 +86,7 @@ void VertexVault::returnToStored(std::vector<Point2*> vVertices) {
     numActive = 0;
     extent = Bbox2();
     pLatest = nullptr;
-    startGrid = StartGrid();
+    startGrid.clear();
     numOfNextLayout = 0;
 }
 
