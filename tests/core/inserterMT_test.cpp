@@ -406,7 +406,7 @@ struct Begun {
     }
     // After a batch that came to nothing. When memory was out for that, too, the next insertion triangulates.
     void expectAsBefore() {
-        if (!vBefore.empty() && !kivo.is2D()) kivo.insert(vOld.front());
+        if (!vBefore.empty() && !kivo.is2D()) kivo.insert(Points{vOld.front()});
         EXPECT_EQ(vBefore, oracle::triangleSet(kivo));
         expectSound(kivo, vOld);
         for (std::size_t i = 0; i < vOldHandles.size(); ++i)
