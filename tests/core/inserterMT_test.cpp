@@ -43,126 +43,92 @@ Point2 inBox(Rng& rng, double low, double high) {
     return {x, doubles::uniform(rng, low, high)};
 }
 
-// Centre, and points about it that lie the denser the nearer.
-Points clusters(Rng& rng, int num, int numLevels) {
-    const Points vCentres = repeat(1 + num / 100, [&](int) { return inBox(rng, 0, 1); });
-    return repeat(num, [&](int) {
-        Point2 p = vCentres[rng() % vCentres.size()];
-        for (int level = 1; level <= numLevels; ++level) {
-            const double reach = std::pow(1e-3, level) * doubles::uniform(rng);
-            const Point2 step = inBox(rng, -reach, reach);
-            p = Point2(p.x() + step.x(), p.y() + step.y());
-        }
-        return p;
-    });
+// Spread evenly over the unit square, always the same for a number.
+Point2 numbered(int k) {
+    return {std::fmod(k * 0.7548776662466927, 1), std::fmod(k * 0.5698402909980532, 1)};
 }
 
-Points onCircle(Rng& rng, int num, double radius, bool bRounded) {
-    return repeat(num, [&](int) {
-        const double angle = doubles::uniform(rng, 0, 6.283185307179586);
-        const double x = radius * std::cos(angle), y = radius * std::sin(angle);
-        return bRounded ? Point2(std::round(x), std::round(y)) : Point2(x, y);
-    });
+// In clusters of a hundred, or in clusters in clusters; denser towards their middles.
+template<int numLevels>
+Point2 clustered(Rng& rng, int, int num) {
+    Point2 p = numbered(doubles::below(rng, 1 + num / 100));
+    for (int level = 1; level <= numLevels; ++level) {
+        const double reach = std::pow(1e-3, level) * doubles::uniform(rng);
+        const Point2 step = inBox(rng, -reach, reach);
+        p = Point2(p.x() + step.x(), p.y() + step.y());
+    }
+    return p;
 }
 
-Points everyOneFourTimes(Rng& rng, int num) {
-    Points vPoints = repeat(num / 4 + 1, [&](int) { return inBox(rng, 0, 1); });
-    const Points vOnce = vPoints;
-    for (int i = 0; i < 3; ++i)
-        vPoints.insert(vPoints.end(), vOnce.begin(), vOnce.end());
-    std::shuffle(vPoints.begin(), vPoints.end(), rng);
-    return vPoints;
+Point2 onCircle(Rng& rng, double radius) {
+    const double angle = doubles::uniform(rng, 0, 6.283185307179586);
+    return {radius * std::cos(angle), radius * std::sin(angle)};
 }
 
-Points withoutSomeNumbers(Rng& rng, int num) {
-    static constexpr double aBad[] = {std::numeric_limits<double>::quiet_NaN(),
-                                      std::numeric_limits<double>::infinity(),
-                                      -std::numeric_limits<double>::infinity()};
-    return repeat(num, [&](int i) {
-        const Point2 p = inBox(rng, -1, 1);
-        if (i % 7 == 3) return Point2(aBad[i % 3], p.y());
-        return i % 11 == 5 ? Point2(p.x(), aBad[i % 3]) : p;
-    });
+template<int dx, int dy>
+Point2 onLine(Rng& rng, int, int num) {
+    const double t = doubles::below(rng, 4 * num);
+    return {dx * t + 5, dy * t - 3};
 }
 
-// A kind of input, and how many of its points.
+// A kind of input: makes point i of num.
 struct Kind {
     const char* name;
-    Points (*make)(Rng&, int);
+    Point2 (*make)(Rng&, int i, int num);
+    Points operator()(Rng& rng, int num) const {
+        return repeat(num, [&](int i) { return make(rng, i, num); });
+    }
 };
 void PrintTo(const Kind& kind, std::ostream* pStream) { *pStream << kind.name; }
 
-Points scattered(Rng& rng, int num) {
-    return repeat(num, [&](int) { return inBox(rng, 0, 1); });
-}
-Points timesOver(Points vPoints, double factor, double offset = 0) {
-    for (Point2& p : vPoints)
-        p = Point2(p.x() * factor + offset, p.y() * factor + offset);
-    return vPoints;
-}
-template<int dx, int dy>
-Points line(Rng& rng, int num) {
-    return repeat(num, [&](int) {
-        const double t = doubles::below(rng, 4 * num + 1);
-        return Point2(dx * t + 5, dy * t - 3);
-    });
-}
+constexpr double infinity = std::numeric_limits<double>::infinity(),
+                 notANumber = std::numeric_limits<double>::quiet_NaN();
 
+const Kind uniform = {"uniform", [](Rng&r, int, int) { return inBox(r, 0, 1); }},
+           line = {"line", onLine<1, 2>};
 const Kind aKinds[] = {
-    {"uniform", scattered},
-    {"clusters", [](Rng& r, int num) { return clusters(r, num, 1); }},
-    {"clustersInClusters", [](Rng& r, int num) { return clusters(r, num, 4); }},
+    uniform,
+    line,
+    {"horizontal", onLine<1, 0>},
+    {"vertical", onLine<0, 1>},
+    {"slanted", onLine<3, -7>},
+    {"clusters", clustered<1>},
+    {"clustersInClusters", clustered<4>},
     {"grid",
-     [](Rng& r, int num) {
-         const int side = static_cast<int>(std::sqrt(num)) + 1;
-         return repeat(num, [&](int) { return nastySets::latticePoint(r, side); });
+     [](Rng& r, int, int num) { return nastySets::latticePoint(r, static_cast<int>(std::sqrt(num)) + 1); }},
+    {"tenths", [](Rng& r, int, int) { return nastySets::latticePoint(r, 40, 0.1); }},
+    {"circle", [](Rng& r, int, int) { return onCircle(r, 1); }},
+    {"roundedCircle",
+     [](Rng& r, int, int) {
+         const Point2 p = onCircle(r, 2000);
+         return Point2(std::round(p.x()), std::round(p.y()));
      }},
-    {"tenths",
-     [](Rng& r, int num) { return repeat(num, [&](int) { return nastySets::latticePoint(r, 40, 0.1); }); }},
-    {"circle", [](Rng& r, int num) { return onCircle(r, num, 1, false); }},
-    {"roundedCircle", [](Rng& r, int num) { return onCircle(r, num, 2000, true); }},
-    {"cocircular", [](Rng& r, int num) { return doubles::cocircular(r, static_cast<std::size_t>(num)); }},
-    {"horizontal", line<1, 0>},
-    {"vertical", line<0, 1>},
-    {"rising", line<1, 1>},
-    {"slanted", line<3, -7>},
-    {"twoLines",
-     [](Rng& r, int num) {
-         return repeat(num, [&](int i) { return Point2(doubles::below(r, 3 * num + 1), i % 2); });
-     }},
-    {"crossedDiagonals",
-     [](Rng& r, int num) {
-         return repeat(num, [&](int i) {
-             const double t = doubles::below(r, 2 * num + 1) - num;
-             return Point2(t, i % 2 == 0 ? t : -t);
-         });
+    {"cocircular", [](Rng& r, int, int) { return doubles::cocircular(r, 1)[0]; }},
+    {"twoLines", [](Rng& r, int i, int num) { return Point2(doubles::below(r, 3 * num), i % 2); }},
+    {"diagonals",
+     [](Rng& r, int i, int num) {
+         const double t = doubles::below(r, 2 * num) - num;
+         return Point2(t, i % 2 == 0 ? t : -t);
      }},
     {"oneOutlier",
-     [](Rng& r, int num) {
-         Points vPoints = timesOver(scattered(r, num), 1e-9);
-         if (!vPoints.empty()) vPoints[vPoints.size() / 2] = Point2(1e6, -3e6);
-         return vPoints;
-     }},
+     [](Rng& r, int i, int num) { return i == num / 2 ? Point2(1e6, -3e6) : inBox(r, 0, 1e-9); }},
     {"lineAndOutlier",
-     [](Rng& r, int num) {
-         Points vPoints = line<2, 1>(r, num);
-         if (!vPoints.empty()) vPoints[vPoints.size() / 2] = Point2(7, 1e5);
-         return vPoints;
+     [](Rng& r, int i, int num) { return i == num / 2 ? Point2(7, 1e5) : onLine<2, 1>(r, i, num); }},
+    {"fourTimesEach", [](Rng& r, int, int num) { return numbered(doubles::below(r, num / 4 + 1)); }},
+    {"allTheSame", [](Rng&, int, int) { return Point2(3, 4); }},
+    {"tiny", [](Rng& r, int, int) { return inBox(r, 0, 1e-300); }},
+    {"huge", [](Rng& r, int, int) { return inBox(r, 0, 1.7e308); }},
+    {"farAway", [](Rng& r, int, int) { return inBox(r, 5e6, 5e6 + 10); }},
+    {"subnormal", [](Rng& r, int, int) { return nastySets::latticePoint(r, 30, 0x1p-1074); }},
+    {"notAllFinite",
+     [](Rng& r, int i, int) {
+         const Point2 p = inBox(r, -1, 1);
+         return Point2(i % 7 == 3 ? notANumber : p.x(), i % 11 == 5 ? -infinity : p.y());
      }},
-    {"everyOneFourTimes", everyOneFourTimes},
-    {"allTheSame", [](Rng&, int num) { return repeat(num, [](int) { return Point2(3, 4); }); }},
-    {"tiny", [](Rng& r, int num) { return timesOver(scattered(r, num), 1e-300); }},
-    {"huge", [](Rng& r, int num) { return timesOver(scattered(r, num), 1.7e308); }},
-    {"farAway", [](Rng& r, int num) { return timesOver(scattered(r, num), 10, 5e6); }},
-    {"subnormal",
-     [](Rng& r, int num) {
-         return repeat(num, [&](int) { return nastySets::latticePoint(r, 30, 0x1p-1074); });
-     }},
-    {"notAllFinite", withoutSomeNumbers},
     {"allSizes",
-     [](Rng& r, int num) {
-         return repeat(
-             num, [&](int) { return Point2(doubles::ofSize(r, -1074, 1023), doubles::ofSize(r, -9, 9)); });
+     [](Rng& r, int, int) {
+         const double x = doubles::ofSize(r, -1074, 1023);
+         return Point2(x, doubles::ofSize(r, -9, 9));
      }},
 };
 
@@ -190,6 +156,12 @@ void expectHandles(const Points& vPoints, const std::vector<Point2*>& vHandles) 
 void numberThem(Points& vPoints) {
     for (std::size_t i = 0; i < vPoints.size(); ++i)
         vPoints[i].setCustomIndex(static_cast<int>(i));
+}
+
+void expectAt(const Points& vPoints, const std::vector<Point2*>& vHandles) {
+    ASSERT_EQ(vPoints.size(), vHandles.size());
+    for (std::size_t i = 0; i < vPoints.size(); ++i)
+        ASSERT_TRUE(vHandles[i] != nullptr && *vHandles[i] == vPoints[i]) << i;
 }
 
 // All that has an order, as a client reads it.
@@ -244,7 +216,7 @@ TEST_P(Batches, areTheDelaunayTriangulationOfTheSequentialOneWhateverTheChunks) 
         for (const std::size_t maxChunk : {1u, 2u, 3u, 5u, 17u, 100u, 5000u}) {
             if (num == 1000 && maxChunk % 2 == 0 && maxChunk != 100) continue;
             SCOPED_TRACE(testing::Message() << num << " points, chunks of " << maxChunk);
-            Points vPoints = GetParam().make(rng, num);
+            Points vPoints = GetParam()(rng, num);
             numberThem(vPoints);
             const int numThreads = 2 + num % 3;
             Listing chunked = expectTriangulated(vPoints, numThreads, maxChunk);
@@ -263,7 +235,7 @@ TEST_P(Batches, areTheDelaunayTriangulationOfTheSequentialOneWhateverTheChunks) 
 TEST_P(Batches, areTheSameToTheByteForAnyNumberOfThreadsAndInEveryRun) {
     Rng rng(42);
     for (const int num : {60, 3000}) {
-        const Points vPoints = GetParam().make(rng, num), vMore = GetParam().make(rng, num);
+        const Points vPoints = GetParam()(rng, num), vMore = GetParam()(rng, num);
         for (const std::size_t maxChunk : {7u, 64u}) {
             std::optional<Listing> first, second;
             for (const int numThreads : {1, 2, 2, 3, 4, 8, 64}) {
@@ -287,7 +259,7 @@ TEST_P(Batches, areTheSameToTheByteForAnyNumberOfThreadsAndInEveryRun) {
 
 TEST(ParallelBatches, beginAtAHundredThousandPoints) {
     Rng rng(43);
-    const Points vPoints = clusters(rng, 100000, 1);
+    const Points vPoints = Kind{"", clustered<1>}(rng, 100000);
     for (const std::size_t num : {vPoints.size() - 1, vPoints.size()}) {
         const Points vBatch(vPoints.begin(), vPoints.begin() + static_cast<std::ptrdiff_t>(num));
         Kivo_2D usual, chunked, sequential;
@@ -307,7 +279,7 @@ TEST(ParallelBatches, ofManyPointsInManyChunksAreSound) {
     Rng rng(44);
     for (const Kind& kind : aKinds) {
         SCOPED_TRACE(kind.name);
-        Points vPoints = kind.make(rng, 20000);
+        Points vPoints = kind(rng, 20000);
         numberThem(vPoints);
         expectTriangulated(vPoints, 4, 300);
     }
@@ -324,11 +296,11 @@ TEST(ParallelBatches, goOnFromWhateverIsThereAndKeepWhatWasHandedOut) {
         setThreads(kivo, 2 + round % 3, 1 + rng() % 30);
         std::map<Point2, Point2*> mHeld;
         if (round % 3 == 0) { // stored on a line at first
-            for (const Point2& p : line<1, 2>(rng, 9))
+            for (const Point2& p : line(rng, 9))
                 mHeld[p] = kivo.insert(p);
         }
         for (int step = 0; step < 6; ++step) {
-            const Points vBatch = kind.make(rng, doubles::below(rng, step % 2 == 0 ? 200 : 20));
+            const Points vBatch = kind(rng, doubles::below(rng, step % 2 == 0 ? 200 : 20));
             std::vector<Point2*> vHandles;
             kivo.insert(vBatch, vHandles);
             for (std::size_t i = 0; i < vBatch.size(); ++i) {
@@ -351,7 +323,7 @@ TEST(ParallelBatches, keepConstraints) {
     for (int round = 0; round < 40 && !testing::Test::HasFailure(); ++round) {
         Constrained c;
         setThreads(c.kivo, 2, 10);
-        if (round % 2 == 0) c.kivo.insert(scattered(rng, 50));
+        if (round % 2 == 0) c.kivo.insert(uniform(rng, 50));
         Segments vSegments;
         for (int i = 0; i < 5; ++i)
             vSegments.emplace_back(nastySets::latticePoint(rng, 8, 0.125), inBox(rng, 0, 1));
@@ -359,8 +331,7 @@ TEST(ParallelBatches, keepConstraints) {
         const Points vBatch = repeat(300, [&](int) { return nastySets::latticePoint(rng, 40, 0.025); });
         std::vector<Point2*> vHandles;
         c.kivo.insert(vBatch, vHandles);
-        for (std::size_t i = 0; i < vBatch.size(); ++i)
-            ASSERT_TRUE(vHandles[i] != nullptr && *vHandles[i] == vBatch[i]);
+        expectAt(vBatch, vHandles);
         expectConstrained(c);
     }
 }
@@ -398,10 +369,10 @@ struct Meddler : MsgBase {
 struct Begun {
     Begun(Rng& rng, int round) {
         setThreads(kivo, 2 + round % 3, 20);
-        vOld = round % 2 == 0 ? scattered(rng, 60) : line<1, 1>(rng, 30);
+        vOld = round % 2 == 0 ? uniform(rng, 60) : line(rng, 30);
         if (round % 3 != 0) kivo.insert(vOld, vOldHandles);
         if (round % 3 == 0) vOld.clear();
-        vBatch = scattered(rng, 500);
+        vBatch = uniform(rng, 500);
         vBefore = oracle::triangleSet(kivo);
     }
     // After a batch that came to nothing. When memory was out for that, too, the next insertion triangulates.
@@ -434,7 +405,7 @@ TEST(ParallelBatches, tellListenersOnTheCallersThreadHowFarTheyAre) {
             setThreads(kivo, numThreads, 500);
             Listener listener;
             kivo.subscribe(MSG_PROGRESS, &listener);
-            kivo.insert(scattered(rng, num));
+            kivo.insert(uniform(rng, num));
             kivo.unsubscribe(MSG_PROGRESS, &listener);
             EXPECT_TRUE(listener.bHereOnly);
             const std::vector<double>& v = listener.vProgress;
@@ -452,17 +423,16 @@ TEST(ParallelBatches, areSafeFromListenersThatMeddle) {
     for (const int num : {300, 20000}) {
         Kivo_2D kivo;
         setThreads(kivo, 3, 200);
-        kivo.insert(scattered(rng, 100));
+        kivo.insert(uniform(rng, 100));
         Meddler meddler(kivo);
         const CapturedMessages messages;
         kivo.subscribe(MSG_PROGRESS, &meddler);
         std::vector<Point2*> vHandles;
-        const Points vBatch = scattered(rng, num);
+        const Points vBatch = uniform(rng, num);
         kivo.insert(vBatch, vHandles);
         kivo.unsubscribe(MSG_PROGRESS, &meddler);
         EXPECT_LT(0, meddler.numCalls);
-        for (std::size_t i = 0; i < vBatch.size(); ++i)
-            ASSERT_TRUE(vHandles[i] != nullptr && *vHandles[i] == vBatch[i]);
+        expectAt(vBatch, vHandles);
         EXPECT_TRUE(kivo.checkValidity(true, "meddled"));
     }
 }
