@@ -57,6 +57,9 @@ public:
     // aHandles is null or receives a vertex a point.
     void insertVector(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) override;
 
+    // --- removal
+    void remove(Point2* pVtx);
+
     // --- constraints
     ConstraintGraph2* createConstraint(std::vector<Segment2>& vSegments, ConstraintInsertionStrategy cis,
                                        bool bOrientedSegments);
@@ -110,7 +113,7 @@ public:
     }
     ProgressHub& progressHub() override { return hub; }
 
-    // What insertions cost since construction, for tests and benchmarks.
+    // What insertions and removals cost since construction, for tests and benchmarks.
     struct WorkCounts {
         std::uint64_t insertions = 0; // vertices linked in by a walk and flips
         std::uint64_t walkSteps = 0;
@@ -132,6 +135,11 @@ private:
     Point2* insertFrom(const Point2& p, Triangle2* pStart);
     // Links the vertex in at the place that its walk found, and legalises.
     void place(Point2* pVtx, const WalkResult& found);
+    // Takes out a vertex whose star the remover has looked at.
+    void takeOutPrepared(Point2* pVtx);
+    // The same, of which no triangle is left.
+    void becomeLowerDimensional(Point2* pVtx);
+    void legalizeSpokes(Point2* pVtx);
     void draw(Visualizer2& vis, bool bWithConstraints) const;
     bool checkConstraintSegments(const std::string& label) const;
 
@@ -188,7 +196,7 @@ private:
     HC2 hc;
     std::vector<Triangle2*> vCheckT;
     std::vector<HalfEdge> vCheckEdges;
-    VertexRemover vertexRemover{store, pTeskPredicates, vCheckEdges};
+    VertexRemover vertexRemover{store, pTeskPredicates};
     HullLinks hullLinks;
     EdgeGuard* pEdgeGuard = nullptr; // null while no edge is fixed
     int numCPU = 1;

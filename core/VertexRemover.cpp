@@ -1,67 +1,148 @@
 #include "core/VertexRemover.h"
 
+#include "core/prefetch.h"
 #include "kernel/assertion.h"
 
+#include <algorithm>
+
 namespace TESK_KIVO2D {
+namespace {
 
-// Fills vStar and vCorners: triangle i has corners i and i + 1, and behind the edge between them lies what
-// is outside.
-void VertexRemover::lookAround() {
-    vStar.clear();
-    vCorners.clear();
-    const auto turn = [this](const Triangle2* pT, bool bForwards) {
-        const int i = pT->getIntraTriangleIndex(pGoing);
-        return pT->getOppositeTriangle(bForwards ? Triangle2::incIndexBy1(i) : Triangle2::incIndexBy2(i));
-    };
-    Triangle2* const pAny = pGoing->getIncidentTriangle();
-    Triangle2* pFirst = pAny;
-    for (Triangle2* pT = pAny; pT != nullptr;) { // to where the fan begins, if it has a beginning
-        pFirst = pT;
-        pT = turn(pT, false);
-        if (pT == pAny) break;
-    }
-    Triangle2* pT = pFirst;
-    do {
-        const int i = pT->getIntraTriangleIndex(pGoing);
-        Triangle2* const pOutside = pT->getOppositeTriangle(i);
-        const int ithOutside = pOutside != nullptr ? pOutside->getIntraTriangleIndex(pT) : 0;
-        const std::size_t num = vStar.size();
-        vStar.push_back(pT);
-        vCorners.push_back(
-            {pT->getCorner(Triangle2::incIndexBy1(i)), {pOutside, ithOutside}, num - 1, num + 1});
-        pT = pT->getOppositeTriangle(Triangle2::incIndexBy1(i));
-    } while (pT != nullptr && pT != pFirst);
-    bHull = pT == nullptr;
-    const std::size_t last = vStar.size() - 1;
-    if (bHull) {
-        const Triangle2& end = *vStar[last];
-        Point2* const pLast = end.getCorner(Triangle2::incIndexBy2(end.getIntraTriangleIndex(pGoing)));
-        vCorners.push_back({pLast, {nullptr, 0}, last, 0});
-    } else {
-        vCorners[0].previous = last;
-        vCorners[last].next = 0;
-    }
+// The next triangle around the vertex, and what will be asked for of this one.
+Triangle2* turn(const Triangle2* pT, const Point2* pVtx, bool bForwards) {
+    const int i = pT->getIntraTriangleIndex(pVtx);
+    prefetch(static_cast<const void*>(pT->getCorner(Triangle2::incIndexBy1(i))));
+    prefetch(pT->getOppositeTriangle(i));
+    return pT->getOppositeTriangle(bForwards ? Triangle2::incIndexBy1(i) : Triangle2::incIndexBy2(i));
 }
 
-bool VertexRemover::prepare(Point2* pVtx) {
+} // namespace
+
+bool VertexRemover::lookAround(Point2* pVtx) {
     pGoing = pVtx;
-    lookAround();
-    store.reserveRetired(vStar.size());
-    constexpr std::size_t roomForFlips = 64;
-    vCheckEdges.reserve(vCheckEdges.size() + 16 * vStar.size() + roomForFlips);
-    if (!bHull) return true;
-    for (std::size_t i = 0; i < vStar.size(); ++i) {
-        if (vCorners[i].outside.pT != nullptr || (i > 0 && isEar(i))) return true;
-    }
-    return false;
+    collectStar();
+    collectLink();
+    return !bHull || !isLinkStraight();
 }
 
-bool VertexRemover::isEar(std::size_t i) const {
-    const Point2 &a = *vCorners[vCorners[i].previous].pVtx, &b = *vCorners[i].pVtx,
-                 &c = *vCorners[vCorners[i].next].pVtx;
-    if (tests.orientation(a, b, c) != ORIENTATION2_CCW) return false;
-    // On the hull the neighbours span less than a half turn around the vertex.
-    return bHull || tests.orientation(a, c, *pGoing) != ORIENTATION2_CW;
+// In both directions at once, so that two records are on their way from memory at any time.
+void VertexRemover::collectStar() {
+    vStar.assign(1, pGoing->getIncidentTriangle());
+    vBackwards.clear();
+    bHull = false;
+    Triangle2 *pForward = vStar.front(), *pBackward = pForward;
+    for (;;) {
+        Triangle2* const pNext = turn(pForward, pGoing, true);
+        if (pNext == pBackward) break;
+        bHull = pNext == nullptr;
+        if (bHull) break;
+        vStar.push_back(pForward = pNext);
+        Triangle2* const pPrevious = turn(pBackward, pGoing, false);
+        if (pPrevious == pForward) break;
+        bHull = pPrevious == nullptr;
+        if (bHull) break;
+        vBackwards.push_back(pBackward = pPrevious);
+    }
+    if (bHull) {
+        while ((pForward = turn(pForward, pGoing, true)) != nullptr)
+            vStar.push_back(pForward);
+        while ((pBackward = turn(pBackward, pGoing, false)) != nullptr)
+            vBackwards.push_back(pBackward);
+    }
+    vStar.insert(vStar.begin(), vBackwards.rbegin(), vBackwards.rend());
+}
+
+void VertexRemover::collectLink() {
+    vLink.clear();
+    vOutside.clear();
+    for (const Triangle2* const pT : vStar) {
+        const int i = pT->getIntraTriangleIndex(pGoing);
+        vLink.push_back(pT->getCorner(Triangle2::incIndexBy1(i)));
+        vOutside.push_back({pT->getOppositeTriangle(i), 0});
+    }
+    if (!bHull) return;
+    const Triangle2& end = *vStar.back();
+    vLink.push_back(end.getCorner(Triangle2::incIndexBy2(end.getIntraTriangleIndex(pGoing))));
+}
+
+bool VertexRemover::isLinkStraight() const {
+    const auto isThere = [](const HalfEdge& outside) { return outside.pT != nullptr; };
+    if (std::any_of(vOutside.begin(), vOutside.end(), isThere)) return false;
+    for (std::size_t i = 2; i < vLink.size(); ++i) {
+        if (tests.orientation(*vLink[i - 2], *vLink[i - 1], *vLink[i]) != ORIENTATION2_COLLINEAR)
+            return false;
+    }
+    return true;
+}
+
+void VertexRemover::prepare() {
+    filling.find(*pGoing, vLink.data(), vLink.size(), bHull);
+    assignRecords();
+    for (std::size_t i = 0; i < vOutside.size(); ++i) {
+        if (vOutside[i].pT != nullptr) vOutside[i].ith = vOutside[i].pT->getIntraTriangleIndex(vStar[i]);
+    }
+    store.reserveRetired(vStar.size());
+}
+
+// There are always more triangles around the vertex than come in their place.
+void VertexRemover::assignRecords() {
+    vRecords.clear();
+    auto record = vStar.begin();
+    for (std::size_t number = 0; number < filling.numTriangles(); ++number) {
+        const LinkTriangulation::Triangle& t = filling.triangle(number);
+        if (filling.isInfinite(t)) {
+            vRecords.push_back(nullptr);
+            continue;
+        }
+        vRecords.push_back(*record++);
+        const Point2 &a = *vLink[t.aCorners[0]], &b = *vLink[t.aCorners[1]], &c = *vLink[t.aCorners[2]];
+        // What the Delaunay edges at the vertex are for.
+        KIVO_ASSERT(tests.orientation(a, b, c) == ORIENTATION2_CCW, "vRemainingT.size()==3");
+    }
+    numNew = static_cast<std::size_t>(record - vStar.begin());
+}
+
+void VertexRemover::remove() {
+    store.unlinkVertex(pGoing);
+    linkInside();
+    linkOutside();
+    Triangle2* const pLiving = numNew > 0 ? vStar.front() : vLink.front()->getIncidentTriangle();
+    for (std::size_t i = numNew; i < vStar.size(); ++i)
+        store.retireTriangle(vStar[i], pLiving);
+    constexpr std::size_t large = 4096;
+    if (vStar.size() <= large) return;
+    vStar = vBackwards = vRecords = {};
+    vLink = {};
+    vOutside = {};
+}
+
+void VertexRemover::linkInside() {
+    for (std::size_t number = 0; number < vRecords.size(); ++number) {
+        if (vRecords[number] == nullptr) continue;
+        const LinkTriangulation::Triangle& t = filling.triangle(number);
+        const auto neighbour = [&](int i) {
+            const LinkTriangulation::Side side = t.aNeighbours[i];
+            return side == LinkTriangulation::none ? nullptr : vRecords[side >> 2];
+        };
+        vRecords[number]->setPropertiesAndOppT(vLink[t.aCorners[0]], vLink[t.aCorners[1]],
+                                               vLink[t.aCorners[2]], neighbour(0), neighbour(1),
+                                               neighbour(2));
+    }
+}
+
+void VertexRemover::linkOutside() {
+    for (std::size_t i = 0; i < vOutside.size(); ++i) {
+        const HalfEdge outside = vOutside[i];
+        const LinkTriangulation::Side side = filling.sideAt(i);
+        Triangle2* const pInside = vRecords[side >> 2];
+        if (pInside != nullptr) pInside->setOppTriangle(static_cast<int>(side & 3), outside.pT);
+        if (outside.pT == nullptr) continue;
+        outside.pT->setOppTriangle(outside.ith, pInside);
+        if (!bHull) continue;
+        // A vertex that gets no new triangle keeps one outside.
+        outside.pT->becomeIncidentAt(Triangle2::incIndexBy1(outside.ith));
+        outside.pT->becomeIncidentAt(Triangle2::incIndexBy2(outside.ith));
+    }
 }
 
 void VertexRemover::replace(Point2* pVtx, Point2* pByVtx) {
@@ -82,80 +163,6 @@ void VertexRemover::replace(Point2* pVtx, Point2* pByVtx) {
             pT = step(pT, false);
     }
     MeshStore::unlinkVertex(pVtx);
-}
-
-Point2* VertexRemover::remove() {
-    for (Triangle2* const pT : vStar)
-        store.retireTriangle(pT);
-    store.unlinkVertex(pGoing);
-    // A neighbour that gets no new triangle keeps one outside.
-    for (const Corner& corner : vCorners) {
-        if (corner.outside.pT == nullptr) continue;
-        for (const int i : {0, 1, 2})
-            corner.outside.pT->becomeIncidentAt(i);
-        corner.outside.pT->setOppTriangle(corner.outside.ith, nullptr);
-    }
-    if (bHull) {
-        fillNotch();
-    } else {
-        fillHole();
-    }
-    return vCorners[0].pVtx;
-}
-
-void VertexRemover::fillHole() {
-    std::size_t i = 0, numLeft = vCorners.size(), numFailed = 0;
-    while (numLeft > 3) {
-        if (isEar(i)) {
-            cutOff(i);
-            i = vCorners[i].previous; // may have become one
-            --numLeft;
-            numFailed = 0;
-        } else {
-            i = vCorners[i].next;
-            ++numFailed;
-            KIVO_ASSERT(numFailed <= numLeft, "vRemainingT.size()==3");
-        }
-    }
-    makeTriangle(vCorners[i].previous, i, vCorners[i].next);
-}
-
-// As in the scan of Graham 1972.
-void VertexRemover::fillNotch() {
-    const std::size_t last = vCorners.size() - 1;
-    for (std::size_t i = 1; i != last;) {
-        if (isEar(i)) {
-            cutOff(i);
-            i = vCorners[i].previous;
-            if (i == 0) i = vCorners[i].next;
-        } else {
-            i = vCorners[i].next;
-        }
-    }
-}
-
-void VertexRemover::cutOff(std::size_t i) {
-    const std::size_t a = vCorners[i].previous, c = vCorners[i].next;
-    makeTriangle(a, i, c);
-    vCorners[a].next = c;
-    vCorners[c].previous = a;
-}
-
-// The hole's edge from a to c is that of the new triangle from now on.
-void VertexRemover::makeTriangle(std::size_t a, std::size_t b, std::size_t c) {
-    Triangle2* const pT = store.createTriangle(vCorners[a].pVtx, vCorners[b].pVtx, vCorners[c].pVtx);
-    const auto join = [pT](int ith, HalfEdge outside) {
-        if (outside.pT == nullptr) return;
-        pT->setOppTriangle(ith, outside.pT);
-        outside.pT->setOppTriangle(outside.ith, pT);
-    };
-    join(2, vCorners[a].outside);
-    join(0, vCorners[b].outside);
-    const bool bLast = vCorners[c].next == a;
-    if (!bHull && bLast) join(1, vCorners[c].outside);
-    vCorners[a].outside = {pT, 1};
-    for (const int i : {0, 1, 2})
-        vCheckEdges.push_back({pT, i});
 }
 
 } // namespace TESK_KIVO2D

@@ -55,8 +55,24 @@ std::size_t VertexVault::CoordinateHash::operator()(const Point2* p) const {
 }
 
 void VertexVault::fillLookup() {
-    for (; numLookup < vStored.size(); ++numLookup)
-        sLookup.insert(vStored[numLookup]);
+    for (; numLookup < vStored.size(); ++numLookup) {
+        if (vStored[numLookup] != nullptr) mLookup.emplace(vStored[numLookup], numLookup);
+    }
+}
+
+// The first place from this one on that is no gap, or the end.
+std::size_t VertexVault::nextStored(std::size_t index) const {
+    while (index < vStored.size() && vStored[index] == nullptr)
+        ++index;
+    return index;
+}
+
+void VertexVault::closeGaps() const {
+    vStored.erase(std::remove(vStored.begin(), vStored.end(), nullptr), vStored.end());
+    numGone = 0;
+    mLookup.clear(); // they stand elsewhere
+    numLookup = 0;
+    aReference[0] = aReference[1] = numCollinear = 0; // looked at again, which takes no longer than this
 }
 
 void VertexVault::prepareToStore(std::size_t num) {
@@ -67,8 +83,18 @@ void VertexVault::prepareToStore(std::size_t num) {
 
 Point2* VertexVault::findStored(const Point2& p) {
     fillLookup(); // on demand: most clients begin with one batch and never ask
-    const auto found = sLookup.find(&p);
-    return found == sLookup.end() ? nullptr : const_cast<Point2*>(*found);
+    const auto found = mLookup.find(&p);
+    return found == mLookup.end() ? nullptr : vStored[found->second];
+}
+
+bool VertexVault::takeOutStored(const Point2* pVtx) {
+    fillLookup();
+    const auto found = mLookup.find(pVtx);
+    if (found == mLookup.end() || found->first != pVtx) return false;
+    vStored[found->second] = nullptr;
+    mLookup.erase(found);
+    if (++numGone > vStored.size() / 2) closeGaps();
+    return true;
 }
 
 void VertexVault::storeAll(std::vector<Point2*> vVertices) {
@@ -81,9 +107,12 @@ void VertexVault::storeAll(std::vector<Point2*> vVertices) {
 
 bool VertexVault::findFirstTriangle(TeskTest& tests, Point2* (&corners)[3]) {
     KIVO_ASSERT(!bFullDimensional, "!bFullDimensional");
-    for (numCollinear = std::max<std::size_t>(numCollinear, 2); numCollinear < vStored.size();
-         ++numCollinear) {
-        Point2 *const a = vStored[0], *const b = vStored[1], *const c = vStored[numCollinear];
+    auto& [first, second] = aReference;
+    first = nextStored(first);
+    second = nextStored(std::max(second, first + 1));
+    for (numCollinear = std::max(numCollinear, second + 1); numCollinear < vStored.size(); ++numCollinear) {
+        if (vStored[numCollinear] == nullptr) continue;
+        Point2 *const a = vStored[first], *const b = vStored[second], *const c = vStored[numCollinear];
         const Orientation2 turn = tests.orientation(*a, *b, *c);
         if (turn == ORIENTATION2_COLLINEAR) continue;
         corners[0] = a;
@@ -97,8 +126,20 @@ bool VertexVault::findFirstTriangle(TeskTest& tests, Point2* (&corners)[3]) {
 std::vector<Point2*> VertexVault::becomeFullDimensional(const Point2* pCorner) {
     bFullDimensional = true;
     pLatest = pCorner;
-    sLookup = {};
+    if (numGone > 0) closeGaps();
+    mLookup = {};
+    numLookup = 0;
+    aReference[0] = aReference[1] = numCollinear = 0;
     return std::exchange(vStored, {});
+}
+
+void VertexVault::becomeLowerDimensional(std::vector<Point2*> vVertices) {
+    bFullDimensional = false;
+    vStored.swap(vVertices);
+    numActive = 0;
+    pLatest = nullptr;
+    extent = Bbox2();
+    numOfNextLayout = 0; // the cells lead nowhere
 }
 
 StartGrid::Cell VertexVault::startCell(const Point2& p, const MeshStore& store) {
@@ -117,9 +158,10 @@ StartGrid::Cell VertexVault::startCell(const Point2& p, const MeshStore& store) 
 Triangle2* VertexVault::getCloT(StartGrid::Cell cell, const Point2& p) const {
     // None while the first batch runs, or after memory ran out. In a part of the plane that is new, such as
     // ahead of a sweep, all cells are out of date. And a triangle may have died with its vertex.
-    Triangle2* const pT = cell.triangle();
-    const bool bUsable = pT != nullptr && pT->getCorner(0) != nullptr &&
-                         distance(*pT->getCorner(0), p) <= distance(*pLatest, p);
+    Triangle2* const pCellT = cell.triangle();
+    Triangle2* const pT = MeshStore::survivorOf(pCellT);
+    if (pT != pCellT) cell.renew(pT);
+    const bool bUsable = pT != nullptr && distance(*pT->getCorner(0), p) <= distance(*pLatest, p);
     return bUsable ? pT : pLatest->getIncidentTriangle();
 }
 
