@@ -121,6 +121,8 @@ public:
         std::uint64_t moves = 0; // vertices taken out or moved
     };
     const WorkCounts& workCounts() const { return work; }
+    // How many in-circle tests, or orientations on the hull, decided what takes the place of vertices.
+    std::uint64_t numRemovalTests() const { return vertexRemover.numQuestions(); }
     // How far the predicates had to go.
     const TeskTest::StageCounts& stageCounts() const { return pTeskPredicates.stageCounts(); }
 

@@ -36,14 +36,14 @@ void Dt2::remove(Point2* pVtx) {
         return;
     }
     if (!mayRemove(location)) return;
-    if (pConstraintMgr->isConstraint(pVtx)) {
+    const bool bOwn = store.isRecord(pVtx); // else nothing is read of it
+    if (bOwn && pConstraintMgr->isConstraint(pVtx)) {
         reportWarning(location, "Illegal: Can't remove a constraint vertex");
         std::ostringstream text;
         text << *pVtx << "\n";
         printErrorText(text.str());
         return;
     }
-    const bool bOwn = store.isRecord(pVtx);
     if (bOwn && !is2D() && vertexVault.takeOutStored(pVtx)) {
         wasRemoved(pVtx, true);
         return;
@@ -87,9 +87,9 @@ void Dt2::takeOutPrepared(Point2* pVtx) {
 void Dt2::becomeLowerDimensional(Point2* pVtx) {
     std::vector<Point2*> vLeft = vertexRemover.link();
     std::sort(vLeft.begin(), vLeft.end(), std::less<>());
-    store.reserveRetired(vertexRemover.star().size());
-    for (Triangle2* const pT : vertexRemover.star())
-        store.retireTriangle(pT);
+    store.reserveRetired(vertexRemover.degree());
+    for (std::size_t i = 0; i < vertexRemover.degree(); ++i)
+        store.retireTriangle(vertexRemover.triangle(i));
     MeshStore::unlinkVertex(pVtx);
     for (Point2* const pLeft : vLeft)
         MeshStore::unlinkVertex(pLeft);
@@ -121,10 +121,10 @@ private:
 void Dt2::legalizeSpokes(Point2* pVtx) {
     vCheckEdges.clear();
     constexpr std::size_t roomForFlips = 64;
-    vCheckEdges.reserve(16 * vertexRemover.star().size() + roomForFlips);
-    for (Triangle2* const pT : vertexRemover.star()) {
+    vCheckEdges.reserve(16 * vertexRemover.degree() + roomForFlips);
+    for (std::size_t k = 0; k < vertexRemover.degree(); ++k) {
         for (int i = 0; i < 3; ++i)
-            vCheckEdges.push_back({pT, i});
+            vCheckEdges.push_back({vertexRemover.triangle(k), i});
     }
     const AllButSpokes guard(*pConstraintMgr, pVtx);
     work.flips += legalizeEdges(vCheckEdges, pTeskPredicates, &guard);

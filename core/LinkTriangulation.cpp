@@ -118,6 +118,7 @@ void LinkTriangulation::putBack(std::uint32_t p) {
         vEdges.pop_back();
         if (edge.beyond != none) {
             const Triangle& t = vTriangles[edge.beyond >> 2];
+            ++numAsked;
             if (isInConflict(t, point)) {
                 const std::uint32_t i = edge.beyond & 3, j = next3(i), k = next3(j);
                 vFree.push_back(edge.beyond >> 2);

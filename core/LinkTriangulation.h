@@ -41,6 +41,8 @@ public:
     void find(const Point2& vertex, Point2* const* aLink, std::size_t numLink, bool bHull);
 
     std::size_t numTriangles() const { return numMade; }
+    // How many conflicts were asked about since construction.
+    std::uint64_t numQuestions() const { return numAsked; }
     const Triangle& triangle(std::size_t number) const { return vTriangles[number]; }
     bool isInfinite(const Triangle& t) const {
         return t.aCorners[0] >= infinity || t.aCorners[1] >= infinity || t.aCorners[2] >= infinity;
@@ -71,6 +73,7 @@ private:
     std::uint32_t numPositions = 0;
     std::uint32_t infinity = none; // its position, or none
     std::uint32_t numMade = 0;
+    std::uint64_t numAsked = 0;
     // Their sizes only grow, up to a limit: what is in use is counted apart.
     std::vector<Triangle> vTriangles;
     std::vector<Position> vPositions;

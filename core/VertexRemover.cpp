@@ -8,66 +8,90 @@
 namespace TESK_KIVO2D {
 namespace {
 
-// The next triangle around the vertex, and what will be asked for of this one.
-Triangle2* turn(const Triangle2* pT, const Point2* pVtx, bool bForwards) {
-    const int i = pT->getIntraTriangleIndex(pVtx);
-    prefetch(static_cast<const void*>(pT->getCorner(Triangle2::incIndexBy1(i))));
-    prefetch(pT->getOppositeTriangle(i));
-    return pT->getOppositeTriangle(bForwards ? Triangle2::incIndexBy1(i) : Triangle2::incIndexBy2(i));
-}
+constexpr std::size_t large = 4096; // memory for larger stars is not kept
 
 } // namespace
+
+// A triangle around a vertex.
+class VertexRemover::Turn {
+public:
+    Turn(const Point2* pCentre, Triangle2* pFirst) : pVtx(pCentre) { enter(pFirst); }
+
+    void enter(Triangle2* pNext) {
+        pT = pNext;
+        // All of it at once: it may lie on two cache lines, and the way on is known from both of them.
+        const Triangle2 copy = *pT;
+        const int i = copy.getIntraTriangleIndex(pVtx), j = Triangle2::incIndexBy1(i);
+        pNextT = copy.getOppositeTriangle(j);
+        pPreviousT = copy.getOppositeTriangle(Triangle2::incIndexBy1(j));
+        pFrom = copy.getCorner(j);
+        pOutside = copy.getOppositeTriangle(i);
+    }
+    Triangle2* triangle() const { return pT; }
+    Triangle2* next() const { return pNextT; }
+    Triangle2* previous() const { return pPreviousT; }
+    Spoke spoke() const {
+        prefetch(static_cast<const void*>(pFrom));
+        return {pT, pFrom, pOutside, 0};
+    }
+
+private:
+    const Point2* pVtx;
+    Triangle2 *pT, *pNextT, *pPreviousT, *pOutside;
+    Point2* pFrom;
+};
 
 bool VertexRemover::lookAround(Point2* pVtx) {
     pGoing = pVtx;
     collectStar();
-    collectLink();
-    return !bHull || !isLinkStraight();
+    for (const Spoke& spoke : vSpokes)
+        prefetchLinks(spoke.pOutside);
+    vLink.clear();
+    for (const Spoke& spoke : vSpokes)
+        vLink.push_back(spoke.pFrom);
+    if (!bHull) return true;
+    const Triangle2& end = *vSpokes.back().pT;
+    vLink.push_back(end.getCorner(Triangle2::incIndexBy2(end.getIntraTriangleIndex(pGoing))));
+    return !isLinkStraight();
 }
 
 // In both directions at once, so that two records are on their way from memory at any time.
 void VertexRemover::collectStar() {
-    vStar.assign(1, pGoing->getIncidentTriangle());
+    vSpokes.clear();
     vBackwards.clear();
     bHull = false;
-    Triangle2 *pForward = vStar.front(), *pBackward = pForward;
+    Turn forward(pGoing, pGoing->getIncidentTriangle()), backward = forward;
+    vSpokes.push_back(forward.spoke());
     for (;;) {
-        Triangle2* const pNext = turn(pForward, pGoing, true);
-        if (pNext == pBackward) break;
+        Triangle2* const pNext = forward.next();
+        if (pNext == backward.triangle()) break;
         bHull = pNext == nullptr;
         if (bHull) break;
-        vStar.push_back(pForward = pNext);
-        Triangle2* const pPrevious = turn(pBackward, pGoing, false);
-        if (pPrevious == pForward) break;
+        Triangle2* const pPrevious = backward.previous();
+        forward.enter(pNext);
+        vSpokes.push_back(forward.spoke());
+        if (pPrevious == pNext) break;
         bHull = pPrevious == nullptr;
         if (bHull) break;
-        vBackwards.push_back(pBackward = pPrevious);
+        backward.enter(pPrevious);
+        vBackwards.push_back(backward.spoke());
     }
     if (bHull) {
-        while ((pForward = turn(pForward, pGoing, true)) != nullptr)
-            vStar.push_back(pForward);
-        while ((pBackward = turn(pBackward, pGoing, false)) != nullptr)
-            vBackwards.push_back(pBackward);
+        while (Triangle2* const pNext = forward.next()) {
+            forward.enter(pNext);
+            vSpokes.push_back(forward.spoke());
+        }
+        while (Triangle2* const pPrevious = backward.previous()) {
+            backward.enter(pPrevious);
+            vBackwards.push_back(backward.spoke());
+        }
     }
-    vStar.insert(vStar.begin(), vBackwards.rbegin(), vBackwards.rend());
-}
-
-void VertexRemover::collectLink() {
-    vLink.clear();
-    vOutside.clear();
-    for (const Triangle2* const pT : vStar) {
-        const int i = pT->getIntraTriangleIndex(pGoing);
-        vLink.push_back(pT->getCorner(Triangle2::incIndexBy1(i)));
-        vOutside.push_back({pT->getOppositeTriangle(i), 0});
-    }
-    if (!bHull) return;
-    const Triangle2& end = *vStar.back();
-    vLink.push_back(end.getCorner(Triangle2::incIndexBy2(end.getIntraTriangleIndex(pGoing))));
+    vSpokes.insert(vSpokes.begin(), vBackwards.rbegin(), vBackwards.rend());
 }
 
 bool VertexRemover::isLinkStraight() const {
-    const auto isThere = [](const HalfEdge& outside) { return outside.pT != nullptr; };
-    if (std::any_of(vOutside.begin(), vOutside.end(), isThere)) return false;
+    const auto isInside = [](const Spoke& spoke) { return spoke.pOutside != nullptr; };
+    if (std::any_of(vSpokes.begin(), vSpokes.end(), isInside)) return false;
     for (std::size_t i = 2; i < vLink.size(); ++i) {
         if (tests.orientation(*vLink[i - 2], *vLink[i - 1], *vLink[i]) != ORIENTATION2_COLLINEAR)
             return false;
@@ -78,42 +102,40 @@ bool VertexRemover::isLinkStraight() const {
 void VertexRemover::prepare() {
     filling.find(*pGoing, vLink.data(), vLink.size(), bHull);
     assignRecords();
-    for (std::size_t i = 0; i < vOutside.size(); ++i) {
-        if (vOutside[i].pT != nullptr) vOutside[i].ith = vOutside[i].pT->getIntraTriangleIndex(vStar[i]);
+    for (Spoke& spoke : vSpokes) {
+        if (spoke.pOutside != nullptr) spoke.ithOutside = spoke.pOutside->getIntraTriangleIndex(spoke.pT);
     }
-    store.reserveRetired(vStar.size());
+    store.reserveRetired(vSpokes.size());
 }
 
 // There are always more triangles around the vertex than come in their place.
 void VertexRemover::assignRecords() {
     vRecords.clear();
-    auto record = vStar.begin();
+    numNew = 0;
     for (std::size_t number = 0; number < filling.numTriangles(); ++number) {
         const LinkTriangulation::Triangle& t = filling.triangle(number);
         if (filling.isInfinite(t)) {
             vRecords.push_back(nullptr);
             continue;
         }
-        vRecords.push_back(*record++);
+        vRecords.push_back(vSpokes[numNew++].pT);
         const Point2 &a = *vLink[t.aCorners[0]], &b = *vLink[t.aCorners[1]], &c = *vLink[t.aCorners[2]];
         // What the Delaunay edges at the vertex are for.
         KIVO_ASSERT(tests.orientation(a, b, c) == ORIENTATION2_CCW, "vRemainingT.size()==3");
     }
-    numNew = static_cast<std::size_t>(record - vStar.begin());
 }
 
 void VertexRemover::remove() {
     store.unlinkVertex(pGoing);
     linkInside();
     linkOutside();
-    Triangle2* const pLiving = numNew > 0 ? vStar.front() : vLink.front()->getIncidentTriangle();
-    for (std::size_t i = numNew; i < vStar.size(); ++i)
-        store.retireTriangle(vStar[i], pLiving);
-    constexpr std::size_t large = 4096;
-    if (vStar.size() <= large) return;
-    vStar = vBackwards = vRecords = {};
+    Triangle2* const pLiving = numNew > 0 ? vSpokes.front().pT : vLink.front()->getIncidentTriangle();
+    for (std::size_t i = numNew; i < vSpokes.size(); ++i)
+        store.retireTriangle(vSpokes[i].pT, pLiving);
+    if (vSpokes.size() <= large) return;
+    vSpokes = vBackwards = {};
     vLink = {};
-    vOutside = {};
+    vRecords = {};
 }
 
 void VertexRemover::linkInside() {
@@ -131,17 +153,17 @@ void VertexRemover::linkInside() {
 }
 
 void VertexRemover::linkOutside() {
-    for (std::size_t i = 0; i < vOutside.size(); ++i) {
-        const HalfEdge outside = vOutside[i];
+    for (std::size_t i = 0; i < vSpokes.size(); ++i) {
+        Triangle2* const pOutside = vSpokes[i].pOutside;
         const LinkTriangulation::Side side = filling.sideAt(i);
         Triangle2* const pInside = vRecords[side >> 2];
-        if (pInside != nullptr) pInside->setOppTriangle(static_cast<int>(side & 3), outside.pT);
-        if (outside.pT == nullptr) continue;
-        outside.pT->setOppTriangle(outside.ith, pInside);
+        if (pInside != nullptr) pInside->setOppTriangle(static_cast<int>(side & 3), pOutside);
+        if (pOutside == nullptr) continue;
+        pOutside->setOppTriangle(vSpokes[i].ithOutside, pInside);
         if (!bHull) continue;
         // A vertex that gets no new triangle keeps one outside.
-        outside.pT->becomeIncidentAt(Triangle2::incIndexBy1(outside.ith));
-        outside.pT->becomeIncidentAt(Triangle2::incIndexBy2(outside.ith));
+        pOutside->becomeIncidentAt(Triangle2::incIndexBy1(vSpokes[i].ithOutside));
+        pOutside->becomeIncidentAt(Triangle2::incIndexBy2(vSpokes[i].ithOutside));
     }
 }
 

@@ -2,12 +2,12 @@
 
 #include "Point2.h"
 #include "Triangle2.h"
-#include "core/HalfEdge.h"
 #include "core/LinkTriangulation.h"
 #include "core/MeshStore.h"
 #include "kernel/TeskTest.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -28,11 +28,14 @@ public:
     // What lookAround found. In counter-clockwise order; of a hull vertex from hull edge to hull edge, with
     // one vertex more than triangles.
     bool isOnHull() const { return bHull; }
-    const std::vector<Triangle2*>& star() const { return vStar; }
+    std::size_t degree() const { return vSpokes.size(); }
+    Triangle2* triangle(std::size_t i) const { return vSpokes[i].pT; }
     const std::vector<Point2*>& link() const { return vLink; }
 
     // Finds what to put in its place, and gets the memory. Changes nothing.
     void prepare();
+    // How many questions about circles and new hull edges that took so far.
+    std::uint64_t numQuestions() const { return filling.numQuestions(); }
     // Removes the vertex. Does not throw.
     void remove();
 
@@ -41,8 +44,16 @@ public:
     static void replace(Point2* pVtx, Point2* pByVtx);
 
 private:
+    // A triangle around the vertex, and the edge from the vertex that comes first in it.
+    struct Spoke {
+        Triangle2* pT;
+        Point2* pFrom;       // the other end of that edge
+        Triangle2* pOutside; // behind the edge of the link, or null
+        int ithOutside;      // of that edge, when prepared
+    };
+    class Turn;
+
     void collectStar();
-    void collectLink();
     bool isLinkStraight() const;
     void assignRecords();
     void linkInside();
@@ -53,11 +64,8 @@ private:
     LinkTriangulation filling;
     Point2* pGoing = nullptr;
     bool bHull = false;
-    std::vector<Triangle2*> vStar, vBackwards;
+    std::vector<Spoke> vSpokes, vBackwards;
     std::vector<Point2*> vLink;
-    // Behind the edge of the link from this vertex to the next: the triangle outside, and the index there. Or
-    // null.
-    std::vector<HalfEdge> vOutside;
     std::vector<Triangle2*> vRecords; // of the new triangles; null for those with the point at infinity
     std::size_t numNew = 0;           // of these, that are not null: the first ones of the star
 };

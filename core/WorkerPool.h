@@ -22,8 +22,8 @@ public:
     // Does a task, in the thread of this number below size(); the caller's is 0.
     using Task = std::function<void(std::size_t task, int thread)>;
     // Does the tasks 0 to numTasks - 1, each once; threads take them in this order as they become free. The
-    // caller takes its share, and calls whileWaiting, if given, every few milliseconds while only others still
-    // work. Returns when all are done.
+    // caller takes its share, and calls whileWaiting, if given, every few milliseconds while only others
+    // still work. Returns when all are done.
     //
     // A task that throws ends the run: tasks not begun are left out, the others are waited for, and the
     // exception is thrown in the caller, of several that of the lowest task. What whileWaiting throws ends it
