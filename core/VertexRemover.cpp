@@ -32,7 +32,7 @@ public:
     Triangle2* previous() const { return pPreviousT; }
     Spoke spoke() const {
         prefetch(static_cast<const void*>(pFrom));
-        return {pT, pFrom, pOutside, 0};
+        return {pT, pFrom, pOutside, 0, false};
     }
 
 private:
@@ -102,23 +102,35 @@ bool VertexRemover::isLinkStraight() const {
 void VertexRemover::prepare() {
     filling.find(*pGoing, vLink.data(), vLink.size(), bHull);
     assignRecords();
-    for (Spoke& spoke : vSpokes) {
-        if (spoke.pOutside != nullptr) spoke.ithOutside = spoke.pOutside->getIntraTriangleIndex(spoke.pT);
+    for (std::size_t i = 0; i < vSpokes.size(); ++i) {
+        Spoke& spoke = vSpokes[i];
+        spoke.bStays = vRecords[filling.sideAt(i) >> 2] == spoke.pT;
+        if (spoke.pOutside != nullptr && (!spoke.bStays || bHull))
+            spoke.ithOutside = spoke.pOutside->getIntraTriangleIndex(spoke.pT);
     }
-    store.reserveRetired(vSpokes.size());
+    store.reserveRetired(vSpare.size());
 }
 
-// There are always more triangles around the vertex than come in their place.
+// A triangle with an edge of the link gets the record of the one that had it, and what is outside of most
+// edges of the link, far away in memory, needs no other links. There are more records than new triangles.
 void VertexRemover::assignRecords() {
-    vRecords.clear();
-    numNew = 0;
-    for (std::size_t number = 0; number < filling.numTriangles(); ++number) {
-        const LinkTriangulation::Triangle& t = filling.triangle(number);
-        if (filling.isInfinite(t)) {
-            vRecords.push_back(nullptr);
-            continue;
+    vRecords.assign(filling.numTriangles(), nullptr);
+    vSpare.clear();
+    for (std::size_t i = 0; i < vSpokes.size(); ++i) {
+        const std::size_t number = filling.sideAt(i) >> 2;
+        if (vRecords[number] == nullptr && !filling.isInfinite(filling.triangle(number))) {
+            vRecords[number] = vSpokes[i].pT;
+        } else {
+            vSpare.push_back(vSpokes[i].pT);
         }
-        vRecords.push_back(vSpokes[numNew++].pT);
+    }
+    for (std::size_t number = 0; number < vRecords.size(); ++number) {
+        const LinkTriangulation::Triangle& t = filling.triangle(number);
+        if (filling.isInfinite(t)) continue;
+        if (vRecords[number] == nullptr) {
+            vRecords[number] = vSpare.back();
+            vSpare.pop_back();
+        }
         const Point2 &a = *vLink[t.aCorners[0]], &b = *vLink[t.aCorners[1]], &c = *vLink[t.aCorners[2]];
         // What the Delaunay edges at the vertex are for.
         KIVO_ASSERT(tests.orientation(a, b, c) == ORIENTATION2_CCW, "vRemainingT.size()==3");
@@ -129,13 +141,13 @@ void VertexRemover::remove() {
     store.unlinkVertex(pGoing);
     linkInside();
     linkOutside();
-    Triangle2* const pLiving = numNew > 0 ? vSpokes.front().pT : vLink.front()->getIncidentTriangle();
-    for (std::size_t i = numNew; i < vSpokes.size(); ++i)
-        store.retireTriangle(vSpokes[i].pT, pLiving);
+    Triangle2* const pSurvivor = vLink.front()->getIncidentTriangle();
+    for (Triangle2* const pT : vSpare)
+        store.retireTriangle(pT, pSurvivor);
     if (vSpokes.size() <= large) return;
     vSpokes = vBackwards = {};
     vLink = {};
-    vRecords = {};
+    vRecords = vSpare = {};
 }
 
 void VertexRemover::linkInside() {
@@ -158,12 +170,13 @@ void VertexRemover::linkOutside() {
         const LinkTriangulation::Side side = filling.sideAt(i);
         Triangle2* const pInside = vRecords[side >> 2];
         if (pInside != nullptr) pInside->setOppTriangle(static_cast<int>(side & 3), pOutside);
-        if (pOutside == nullptr) continue;
-        pOutside->setOppTriangle(vSpokes[i].ithOutside, pInside);
+        if (pOutside == nullptr || (vSpokes[i].bStays && !bHull)) continue;
+        const int ith = vSpokes[i].ithOutside;
+        pOutside->setOppTriangle(ith, pInside);
         if (!bHull) continue;
         // A vertex that gets no new triangle keeps one outside.
-        pOutside->becomeIncidentAt(Triangle2::incIndexBy1(vSpokes[i].ithOutside));
-        pOutside->becomeIncidentAt(Triangle2::incIndexBy2(vSpokes[i].ithOutside));
+        pOutside->becomeIncidentAt(Triangle2::incIndexBy1(ith));
+        pOutside->becomeIncidentAt(Triangle2::incIndexBy2(ith));
     }
 }
 

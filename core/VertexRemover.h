@@ -49,7 +49,8 @@ private:
         Triangle2* pT;
         Point2* pFrom;       // the other end of that edge
         Triangle2* pOutside; // behind the edge of the link, or null
-        int ithOutside;      // of that edge, when prepared
+        int ithOutside;      // of that edge, when prepared and needed
+        bool bStays;         // the record is to have that edge of the link still
     };
     class Turn;
 
@@ -67,7 +68,7 @@ private:
     std::vector<Spoke> vSpokes, vBackwards;
     std::vector<Point2*> vLink;
     std::vector<Triangle2*> vRecords; // of the new triangles; null for those with the point at infinity
-    std::size_t numNew = 0;           // of these, that are not null: the first ones of the star
+    std::vector<Triangle2*> vSpare;   // records of the star that are not used again
 };
 
 } // namespace TESK_KIVO2D
