@@ -41,6 +41,15 @@ void StartGrid::layOut(const Bbox2& newFrame, std::size_t numCells) {
     maxNumberY = std::nextafter(static_cast<double>(rows) * partsOfCell, 0);
 }
 
+void StartGrid::clear() {
+    frame = Bbox2();
+    maxNumberX = maxNumberY = 0;
+    numColumns = 1;
+    vCells.resize(1);
+    vCells[0] = 0;
+    dChildren.clear();
+}
+
 namespace {
 
 // Fills the gaps of a sequence from their ends: fill(i, j) gives element i what element j has. False when all

@@ -468,7 +468,12 @@ TEST(ParallelBatches, forWhichMemoryRunsOutAnywhereLeaveAllAsItWas) {
             } catch (const std::bad_alloc&) {
                 bStopped = true;
             }
-            if (bStopped) { std::fprintf(stderr,"%d %ld: %zu of %zu points, %zu tri 2d %d\n", round, numAll, begun.kivo.numberOfPoints(), begun.vOld.size(), begun.kivo.numberOfTriangles(), begun.kivo.is2D()); begun.expectAsBefore();}
+            if (bStopped) {
+                std::fprintf(stderr, "%d %ld: %zu of %zu points, %zu tri 2d %d\n", round, numAll,
+                             begun.kivo.numberOfPoints(), begun.vOld.size(), begun.kivo.numberOfTriangles(),
+                             begun.kivo.is2D());
+                begun.expectAsBefore();
+            }
             begun.expectCompleted();
             numStopped += bStopped;
         }
