@@ -5,6 +5,7 @@
 #include "bench/inputs.h"
 #include "bench/mesh_bench.h"
 #include "bench/peakMemory.h"
+#include "bench/removal_bench.h"
 #include "bench/rival.h"
 #include "bench/zone_bench.h"
 
@@ -155,6 +156,7 @@ int main(int argc, char** argv) {
     if (argc == 2 && std::strncmp(argv[1], peakOption, std::strlen(peakOption)) == 0)
         return bench::printPeakMemory(argv[1] + std::strlen(peakOption));
     addAll();
+    bench::addRemovalBenchmarks();
     bench::addConstraintBenchmarks();
     bench::addZoneBenchmarks();
     bench::addMeshBenchmarks();

@@ -49,6 +49,8 @@ double peakOfRival() {
 
 } // namespace
 
+double residentBytes() { return statusBytes("VmRSS"); }
+
 int printPeakMemory(const std::string& who) {
     if (who != "kivo" && who != "cgal") {
         std::fputs("--peak-memory takes kivo or cgal\n", stderr);

@@ -9,4 +9,7 @@ namespace bench {
 // is used now. Returns the process's exit code.
 int printPeakMemory(const std::string& who);
 
+// What the process holds now.
+double residentBytes();
+
 } // namespace bench

@@ -4,6 +4,8 @@
 #include <CGAL/Exact_predicates_inexact_constructions_kernel.h>
 #include <CGAL/Triangulation_hierarchy_2.h>
 
+#include <map>
+
 namespace bench::rival {
 namespace {
 
@@ -54,6 +56,34 @@ void Hierarchy::insertAll(const Coordinates& points) {
 
 bool Hierarchy::locate(double x, double y) const {
     return !pImpl->triangulation.is_infinite(pImpl->triangulation.locate(Kernel::Point_2(x, y)));
+}
+
+struct Removal::Impl {
+    Delaunay triangulation;
+    std::vector<Delaunay::Vertex_handle> going;
+};
+
+Removal::Removal(const Coordinates& points, std::size_t numGone) : pImpl(std::make_unique<Impl>()) {
+    const auto input = converted(points);
+    pImpl->triangulation.insert(input.begin(), input.end());
+    std::map<Kernel::Point_2, Delaunay::Vertex_handle> handles;
+    for (std::size_t i = 0; i < numGone; ++i)
+        handles[input[i]];
+    for (const auto handle : pImpl->triangulation.finite_vertex_handles()) {
+        const auto found = handles.find(handle->point());
+        if (found != handles.end()) found->second = handle;
+    }
+    for (std::size_t i = 0; i < numGone; ++i) {
+        pImpl->going.push_back(handles[input[i]]);
+        handles.erase(input[i]);
+    }
+}
+Removal::~Removal() = default;
+
+void Removal::removeAll() {
+    for (const Delaunay::Vertex_handle handle : pImpl->going) {
+        if (handle != Delaunay::Vertex_handle()) pImpl->triangulation.remove(handle);
+    }
 }
 
 } // namespace bench::rival

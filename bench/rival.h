@@ -35,4 +35,17 @@ private:
     std::unique_ptr<Impl> pImpl;
 };
 
+// A triangulation of all points, and handles to the first ones of them.
+class Removal {
+public:
+    Removal(const Coordinates& points, std::size_t numGone);
+    ~Removal();
+    // Of those, in the order of the points.
+    void removeAll();
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> pImpl;
+};
+
 } // namespace bench::rival

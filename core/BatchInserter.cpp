@@ -54,8 +54,7 @@ void BatchInserter::insertInSequence(std::span<const Point2> points, Point2** aH
 void BatchInserter::insertLowerDimensional() {
     Point2* corners[3];
     if (vOld.empty()) { // need not be stored for the moment
-        std::size_t numCollinear = 0;
-        if (findFirstTriangle(vertices.all(), numCollinear, dt.pTeskPredicates, corners)) {
+        if (FirstTriangleSearch().find(vertices.all(), dt.pTeskPredicates, corners)) {
             insertAllStored(corners);
         } else {
             storeNew();

@@ -23,9 +23,8 @@ RingedPart ChunkWorker::triangulate(std::span<Point2* const> vertices, std::span
     for (Point2* const pVtx : vertices)
         part.add(pVtx);
     MeshStore store(records);
-    std::size_t numCollinear = 0;
     Point2* corners[3];
-    if (!findFirstTriangle(vertices, numCollinear, tests, corners)) {
+    if (!FirstTriangleSearch().find(vertices, tests, corners)) {
         std::vector<Point2*> vLine(vertices.begin(), vertices.end());
         std::sort(vLine.begin(), vLine.end(), [](const Point2* p, const Point2* q) { return *p < *q; });
         makeLine(vLine.data(), vLine.size(), store);

@@ -131,7 +131,7 @@ void Dt2::returnToStored(std::vector<Point2*> vVertices) {
         MeshStore::unlinkVertex(pVtx);
     store.takeBackTriangles();
     hullLinks.clear();
-    vertexVault.returnToStored(std::move(vVertices));
+    vertexVault.becomeLowerDimensional(std::move(vVertices));
 }
 
 Triangle2* Dt2::locate(const Point2& q) {

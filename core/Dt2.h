@@ -59,6 +59,9 @@ public:
     // aHandles is null or receives a vertex a point.
     void insertVector(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) override;
 
+    // --- removal
+    void remove(Point2* pVtx);
+
     // --- constraints
     ConstraintGraph2* createConstraint(std::vector<Segment2>& vSegments, ConstraintInsertionStrategy cis,
                                        bool bOrientedSegments);
@@ -112,8 +115,10 @@ public:
     }
     ProgressHub& progressHub() override { return hub; }
 
-    // What insertions cost since construction, for tests and benchmarks.
+    // What insertions and removals cost since construction, for tests and benchmarks.
     const WorkCounts& workCounts() const { return work; }
+    // How many in-circle tests, or orientations on the hull, decided what takes the place of vertices.
+    std::uint64_t numRemovalTests() const { return vertexRemover.numQuestions(); }
     // How far the predicates had to go.
     const TeskTest::StageCounts& stageCounts() const { return pTeskPredicates.stageCounts(); }
 
@@ -133,6 +138,11 @@ private:
     InsertionSite insertionSite() { return {store, pTeskPredicates, hullLinks, pEdgeGuard, vCheckT}; }
     // Links the vertex in at the place that its walk found, and legalises.
     void place(Point2* pVtx, const WalkResult& found);
+    // Takes out a vertex whose star the remover has looked at.
+    void takeOutPrepared(Point2* pVtx);
+    // The same, of which no triangle is left.
+    void becomeLowerDimensional(Point2* pVtx);
+    void legalizeSpokes(Point2* pVtx);
     void draw(Visualizer2& vis, bool bWithConstraints) const;
     bool checkConstraintSegments(const std::string& label) const;
 
@@ -189,7 +199,7 @@ private:
     HC2 hc;
     std::vector<Triangle2*> vCheckT;
     std::vector<HalfEdge> vCheckEdges;
-    VertexRemover vertexRemover{store, pTeskPredicates, vCheckEdges};
+    VertexRemover vertexRemover{store, pTeskPredicates};
     HullLinks hullLinks;
     EdgeGuard* pEdgeGuard = nullptr; // null while no edge is fixed
     int numCPU = 1;

@@ -8,6 +8,11 @@
 #include "kernel/messages.h"
 #include "meshing/RefinementDriver.h"
 
+#include <algorithm>
+#include <functional>
+#include <sstream>
+#include <utility>
+
 namespace TESK_KIVO2D {
 
 WalkResult Dt2::find(const Point2& p, Triangle2* pNear) { return walk(pNear, p, pTeskPredicates); }
@@ -24,15 +29,105 @@ void Dt2::shift(Point2* pVtx, const Point2& to, const std::vector<Triangle2*>& v
     work.flips += legalizeEdges(vCheckEdges, pTeskPredicates, pEdgeGuard);
 }
 
+void Dt2::remove(Point2* pVtx) {
+    constexpr const char* location = "Dt2::remove()";
+    if (pVtx == nullptr) {
+        reportWarning("Dt2::remove(..)", "pVtx==NULL, illegal, return.");
+        return;
+    }
+    if (!mayRemove(location)) return;
+    const bool bOwn = store.isRecord(pVtx); // else nothing is read of it
+    if (bOwn && pConstraintMgr->isConstraint(pVtx)) {
+        reportWarning(location, "Illegal: Can't remove a constraint vertex");
+        std::ostringstream text;
+        text << *pVtx << "\n";
+        printErrorText(text.str());
+        return;
+    }
+    if (bOwn && !is2D() && vertexVault.takeOutStored(pVtx)) {
+        wasRemoved(pVtx, true);
+        return;
+    }
+    if (!bOwn || pVtx->getIncidentTriangle() == nullptr) {
+        reportWarning(location, "vertex does not belong to the triangulation, return");
+        return;
+    }
+    if (vertexRemover.lookAround(pVtx)) {
+        takeOutPrepared(pVtx);
+    } else {
+        becomeLowerDimensional(pVtx);
+    }
+    wasRemoved(pVtx, true);
+}
+
 Point2* Dt2::takeOut(Point2* pVtx) {
-    vCheckEdges.clear();
-    if (!vertexRemover.prepare(pVtx)) return nullptr;
-    Point2* const pNeighbour = vertexRemover.remove();
-    if (vertexRemover.isOnHull()) hullLinks.clear();
-    vertexVault.removed(pVtx, pNeighbour);
-    ++work.moves;
-    work.flips += legalizeEdges(vCheckEdges, pTeskPredicates, pEdgeGuard);
+    if (!vertexRemover.lookAround(pVtx)) return nullptr;
+    if (pConstraintMgr->isConstraint(pVtx)) {
+        legalizeSpokes(pVtx);
+        vertexRemover.lookAround(pVtx);
+    }
+    Point2* const pNeighbour = vertexRemover.link().front();
+    takeOutPrepared(pVtx);
     return pNeighbour;
+}
+
+void Dt2::takeOutPrepared(Point2* pVtx) {
+    vertexRemover.prepare();
+    const std::vector<Point2*>& vLink = vertexRemover.link();
+    vertexVault.removed(pVtx, vLink.front());
+    if (vertexRemover.isOnHull()) {
+        hullLinks.forget(pVtx);
+        for (const Point2* const pNeighbour : vLink)
+            hullLinks.forget(pNeighbour);
+    }
+    vertexRemover.remove();
+    ++work.moves;
+}
+
+void Dt2::becomeLowerDimensional(Point2* pVtx) {
+    std::vector<Point2*> vLeft = vertexRemover.link();
+    std::sort(vLeft.begin(), vLeft.end(), std::less<>());
+    store.reserveRetired(vertexRemover.degree());
+    for (std::size_t i = 0; i < vertexRemover.degree(); ++i)
+        store.retireTriangle(vertexRemover.triangle(i));
+    MeshStore::unlinkVertex(pVtx);
+    for (Point2* const pLeft : vLeft)
+        MeshStore::unlinkVertex(pLeft);
+    hullLinks.clear();
+    vertexVault.becomeLowerDimensional(std::move(vLeft));
+    if (!pConstraintMgr->empty()) pConstraintMgr->applyLater();
+    ++work.moves;
+}
+
+namespace {
+
+// Fixed edges, but for those at one vertex.
+class AllButSpokes : public EdgeGuard {
+public:
+    AllButSpokes(const EdgeGuard& itsGuard, const Point2* pItsHub) : guard(itsGuard), pHub(pItsHub) {}
+    bool isFixed(const Point2* p, const Point2* q) const override {
+        return p != pHub && q != pHub && guard.isFixed(p, q);
+    }
+    void wasSplit(Point2*, Point2*, Point2*) override {}
+
+private:
+    const EdgeGuard& guard;
+    const Point2* pHub;
+};
+
+} // namespace
+
+// Fixed edges at the vertex are none any more: it is about to go, and all edges at it must be legal.
+void Dt2::legalizeSpokes(Point2* pVtx) {
+    vCheckEdges.clear();
+    constexpr std::size_t roomForFlips = 64;
+    vCheckEdges.reserve(16 * vertexRemover.degree() + roomForFlips);
+    for (std::size_t k = 0; k < vertexRemover.degree(); ++k) {
+        for (int i = 0; i < 3; ++i)
+            vCheckEdges.push_back({vertexRemover.triangle(k), i});
+    }
+    const AllButSpokes guard(*pConstraintMgr, pVtx);
+    work.flips += legalizeEdges(vCheckEdges, pTeskPredicates, &guard);
 }
 
 void Dt2::prepareToPutIn(const Point2& at) {

@@ -46,6 +46,8 @@ void Kivo_2D::insert(int numPoints, double* aCoordinates, Point2** aHandles) {
     pDt->insertVector(vPoints.data(), num, aHandles);
 }
 
+void Kivo_2D::remove(Point2* pVtx) { pDt->remove(pVtx); }
+
 double Kivo_2D::measureTrianguluationTime(std::vector<Point2>& vPoints) {
     const auto start = std::chrono::steady_clock::now();
     insert(vPoints);

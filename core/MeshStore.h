@@ -90,10 +90,26 @@ public:
         pT->setProperties(p0, p1, p2);
         return pT;
     }
-    // Gives the record back for the next triangle.
-    void retireTriangle(Triangle2* pT) {
+    // Gives the record back for the next triangle. Until then it leads to one that lives, or did at least for
+    // longer than this one; see survivorOf.
+    void retireTriangle(Triangle2* pT, Triangle2* pSurvivor = nullptr) {
         pT->clearProperties();
+        pT->setOppTriangle(0, pSurvivor);
         vDeadT.push_back(pT);
+    }
+    // Of a triangle that was remembered from earlier: itself while it lives, whatever it has become since;
+    // one that was near it; or null.
+    static Triangle2* survivorOf(Triangle2* pT) {
+        const auto isDead = [](const Triangle2* p) { return p != nullptr && p->getCorner(0) == nullptr; };
+        Triangle2* pSurvivor = pT;
+        while (isDead(pSurvivor))
+            pSurvivor = pSurvivor->getOppositeTriangle(0);
+        while (isDead(pT)) { // next time the way is short
+            Triangle2* const pNext = pT->getOppositeTriangle(0);
+            pT->setOppTriangle(0, pSurvivor);
+            pT = pNext;
+        }
+        return pSurvivor;
     }
 
     // Makes sure that so many triangles can be given back without asking for memory.
@@ -131,6 +147,8 @@ public:
         });
     }
 
+    // True for a vertex that was made here, whether it is still in use or not. Any address may be asked for.
+    bool isRecord(const Point2* pVtx) const { return vertexPool.isRecord(pVtx); }
     // The vertex record made first, or null.
     const Point2* firstVertex() const { return vertexPool.first(); }
 

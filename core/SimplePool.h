@@ -117,6 +117,17 @@ public:
         joinBlocks(
             vBlocks.size(), [this](std::size_t i) { return endOf(i); }, f);
     }
+    // True for the address of a record that was handed out. O(number of blocks), which is that of a
+    // logarithm.
+    bool isRecord(const void* p) const {
+        bool bFound = false;
+        forEachRun([&](const T* pBegin, std::size_t num) {
+            const auto offset =
+                reinterpret_cast<std::uintptr_t>(p) - reinterpret_cast<std::uintptr_t>(pBegin);
+            bFound = bFound || (offset < num * sizeof(T) && offset % sizeof(T) == 0);
+        });
+        return bFound;
+    }
     // Changes whenever more is reserved.
     std::size_t numberOfBlocks() const { return vBlocks.size(); }
     // Number of records handed out so far.

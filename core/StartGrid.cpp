@@ -6,17 +6,6 @@
 
 namespace TESK_KIVO2D {
 
-void StartGrid::clear() noexcept {
-    vCells.resize(1);
-    vCells.shrink_to_fit(); // or not, when memory has run out
-    vCells.front() = 0;
-    dChildren.clear();
-    frame = Bbox2();
-    axisX = axisY = GridAxis();
-    maxNumberX = maxNumberY = 0;
-    numColumns = 1;
-}
-
 void StartGrid::layOut(const Bbox2& newFrame, std::size_t numCells) {
     // Halves, since the ranges of the largest frames are infinite.
     const double num = static_cast<double>(std::max<std::size_t>(numCells, 1));
@@ -50,6 +39,15 @@ void StartGrid::layOut(const Bbox2& newFrame, std::size_t numCells) {
     // The next number down: from 2^53 on, less than one is lost to rounding.
     maxNumberX = std::nextafter(static_cast<double>(columns) * partsOfCell, 0);
     maxNumberY = std::nextafter(static_cast<double>(rows) * partsOfCell, 0);
+}
+
+void StartGrid::clear() {
+    frame = Bbox2();
+    maxNumberX = maxNumberY = 0;
+    numColumns = 1;
+    vCells.resize(1);
+    vCells[0] = 0;
+    dChildren.clear();
 }
 
 namespace {

@@ -20,7 +20,8 @@ namespace TESK_KIVO2D {
 // A cell that proves too coarse, because it was visited before and still a walk from its triangle was long,
 // is split into 4 x 4, and these again, so that clusters get cells of their own size. A triangle stays a good
 // start while it lives, since splits and flips leave its record where it was; the latest insertion in a cell
-// renews it. Removals leave dead triangles in cells, and some that live again elsewhere.
+// renews it. Removals leave dead triangles in cells, which lead to others near them until their records live
+// again elsewhere.
 class StartGrid {
 public:
     // A cell, for the moment: laying out or refining ends it.
@@ -33,6 +34,8 @@ public:
             const std::uintptr_t visits = std::min(*pEntry & manyVisits, manyVisits - oneVisit) + oneVisit;
             *pEntry = reinterpret_cast<std::uintptr_t>(pT) | visits;
         }
+        // Does not.
+        void renew(Triangle2* pT) { *pEntry = reinterpret_cast<std::uintptr_t>(pT) | (*pEntry & marks); }
         bool hadManyVisits() const { return (*pEntry & manyVisits) == manyVisits; }
         bool operator==(const Cell& other) const { return pEntry == other.pEntry; }
 
@@ -43,10 +46,10 @@ public:
         int numDigitsLeft = 0; // for the numbering of parts
     };
 
-    // One cell without a triangle, as at first. Needs no memory.
-    void clear() noexcept;
     // Lays out about so many cells over the frame, without any triangle.
     void layOut(const Bbox2& newFrame, std::size_t numCells);
+    // One cell without a triangle is left. Does not throw.
+    void clear();
     // Gives cells without a triangle that of the nearest part of a neighbour. Afterwards every cell has one,
     // if any has.
     void fillGaps();

@@ -1,67 +1,183 @@
 #include "core/VertexRemover.h"
 
+#include "core/prefetch.h"
 #include "kernel/assertion.h"
 
+#include <algorithm>
+
 namespace TESK_KIVO2D {
+namespace {
 
-// Fills vStar and vCorners: triangle i has corners i and i + 1, and behind the edge between them lies what
-// is outside.
-void VertexRemover::lookAround() {
-    vStar.clear();
-    vCorners.clear();
-    const auto turn = [this](const Triangle2* pT, bool bForwards) {
-        const int i = pT->getIntraTriangleIndex(pGoing);
-        return pT->getOppositeTriangle(bForwards ? Triangle2::incIndexBy1(i) : Triangle2::incIndexBy2(i));
-    };
-    Triangle2* const pAny = pGoing->getIncidentTriangle();
-    Triangle2* pFirst = pAny;
-    for (Triangle2* pT = pAny; pT != nullptr;) { // to where the fan begins, if it has a beginning
-        pFirst = pT;
-        pT = turn(pT, false);
-        if (pT == pAny) break;
-    }
-    Triangle2* pT = pFirst;
-    do {
-        const int i = pT->getIntraTriangleIndex(pGoing);
-        Triangle2* const pOutside = pT->getOppositeTriangle(i);
-        const int ithOutside = pOutside != nullptr ? pOutside->getIntraTriangleIndex(pT) : 0;
-        const std::size_t num = vStar.size();
-        vStar.push_back(pT);
-        vCorners.push_back(
-            {pT->getCorner(Triangle2::incIndexBy1(i)), {pOutside, ithOutside}, num - 1, num + 1});
-        pT = pT->getOppositeTriangle(Triangle2::incIndexBy1(i));
-    } while (pT != nullptr && pT != pFirst);
-    bHull = pT == nullptr;
-    const std::size_t last = vStar.size() - 1;
-    if (bHull) {
-        const Triangle2& end = *vStar[last];
-        Point2* const pLast = end.getCorner(Triangle2::incIndexBy2(end.getIntraTriangleIndex(pGoing)));
-        vCorners.push_back({pLast, {nullptr, 0}, last, 0});
-    } else {
-        vCorners[0].previous = last;
-        vCorners[last].next = 0;
-    }
-}
+constexpr std::size_t large = 4096; // memory for larger stars is not kept
 
-bool VertexRemover::prepare(Point2* pVtx) {
+} // namespace
+
+// A triangle around a vertex.
+class VertexRemover::Turn {
+public:
+    Turn(const Point2* pCentre, Triangle2* pFirst) : pVtx(pCentre) { enter(pFirst); }
+
+    void enter(Triangle2* pNext) {
+        pT = pNext;
+        // All of it at once: it may lie on two cache lines, and the way on is known from both of them.
+        const Triangle2 copy = *pT;
+        const int i = copy.getIntraTriangleIndex(pVtx), j = Triangle2::incIndexBy1(i);
+        pNextT = copy.getOppositeTriangle(j);
+        pPreviousT = copy.getOppositeTriangle(Triangle2::incIndexBy1(j));
+        pFrom = copy.getCorner(j);
+        pOutside = copy.getOppositeTriangle(i);
+    }
+    Triangle2* triangle() const { return pT; }
+    Triangle2* next() const { return pNextT; }
+    Triangle2* previous() const { return pPreviousT; }
+    Spoke spoke() const {
+        prefetch(static_cast<const void*>(pFrom));
+        return {pT, pFrom, pOutside, 0, false};
+    }
+
+private:
+    const Point2* pVtx;
+    Triangle2 *pT, *pNextT, *pPreviousT, *pOutside;
+    Point2* pFrom;
+};
+
+bool VertexRemover::lookAround(Point2* pVtx) {
     pGoing = pVtx;
-    lookAround();
-    store.reserveRetired(vStar.size());
-    constexpr std::size_t roomForFlips = 64;
-    vCheckEdges.reserve(vCheckEdges.size() + 16 * vStar.size() + roomForFlips);
+    collectStar();
+    for (const Spoke& spoke : vSpokes)
+        prefetchLinks(spoke.pOutside);
+    vLink.clear();
+    for (const Spoke& spoke : vSpokes)
+        vLink.push_back(spoke.pFrom);
     if (!bHull) return true;
-    for (std::size_t i = 0; i < vStar.size(); ++i) {
-        if (vCorners[i].outside.pT != nullptr || (i > 0 && isEar(i))) return true;
-    }
-    return false;
+    const Triangle2& end = *vSpokes.back().pT;
+    vLink.push_back(end.getCorner(Triangle2::incIndexBy2(end.getIntraTriangleIndex(pGoing))));
+    return !isLinkStraight();
 }
 
-bool VertexRemover::isEar(std::size_t i) const {
-    const Point2 &a = *vCorners[vCorners[i].previous].pVtx, &b = *vCorners[i].pVtx,
-                 &c = *vCorners[vCorners[i].next].pVtx;
-    if (tests.orientation(a, b, c) != ORIENTATION2_CCW) return false;
-    // On the hull the neighbours span less than a half turn around the vertex.
-    return bHull || tests.orientation(a, c, *pGoing) != ORIENTATION2_CW;
+// In both directions at once, so that two records are on their way from memory at any time.
+void VertexRemover::collectStar() {
+    vSpokes.clear();
+    vBackwards.clear();
+    bHull = false;
+    Turn forward(pGoing, pGoing->getIncidentTriangle()), backward = forward;
+    vSpokes.push_back(forward.spoke());
+    for (;;) {
+        Triangle2* const pNext = forward.next();
+        if (pNext == backward.triangle()) break;
+        bHull = pNext == nullptr;
+        if (bHull) break;
+        Triangle2* const pPrevious = backward.previous();
+        forward.enter(pNext);
+        vSpokes.push_back(forward.spoke());
+        if (pPrevious == pNext) break;
+        bHull = pPrevious == nullptr;
+        if (bHull) break;
+        backward.enter(pPrevious);
+        vBackwards.push_back(backward.spoke());
+    }
+    if (bHull) {
+        while (Triangle2* const pNext = forward.next()) {
+            forward.enter(pNext);
+            vSpokes.push_back(forward.spoke());
+        }
+        while (Triangle2* const pPrevious = backward.previous()) {
+            backward.enter(pPrevious);
+            vBackwards.push_back(backward.spoke());
+        }
+    }
+    vSpokes.insert(vSpokes.begin(), vBackwards.rbegin(), vBackwards.rend());
+}
+
+bool VertexRemover::isLinkStraight() const {
+    const auto isInside = [](const Spoke& spoke) { return spoke.pOutside != nullptr; };
+    if (std::any_of(vSpokes.begin(), vSpokes.end(), isInside)) return false;
+    for (std::size_t i = 2; i < vLink.size(); ++i) {
+        if (tests.orientation(*vLink[i - 2], *vLink[i - 1], *vLink[i]) != ORIENTATION2_COLLINEAR)
+            return false;
+    }
+    return true;
+}
+
+void VertexRemover::prepare() {
+    filling.find(*pGoing, vLink.data(), vLink.size(), bHull);
+    assignRecords();
+    for (std::size_t i = 0; i < vSpokes.size(); ++i) {
+        Spoke& spoke = vSpokes[i];
+        spoke.bStays = vRecords[filling.sideAt(i) >> 2] == spoke.pT;
+        if (spoke.pOutside != nullptr && (!spoke.bStays || bHull))
+            spoke.ithOutside = spoke.pOutside->getIntraTriangleIndex(spoke.pT);
+    }
+    store.reserveRetired(vSpare.size());
+}
+
+// A triangle with an edge of the link gets the record of the one that had it, and what is outside of most
+// edges of the link, far away in memory, needs no other links. There are more records than new triangles.
+void VertexRemover::assignRecords() {
+    vRecords.assign(filling.numTriangles(), nullptr);
+    vSpare.clear();
+    for (std::size_t i = 0; i < vSpokes.size(); ++i) {
+        const std::size_t number = filling.sideAt(i) >> 2;
+        if (vRecords[number] == nullptr && !filling.isInfinite(filling.triangle(number))) {
+            vRecords[number] = vSpokes[i].pT;
+        } else {
+            vSpare.push_back(vSpokes[i].pT);
+        }
+    }
+    for (std::size_t number = 0; number < vRecords.size(); ++number) {
+        const LinkTriangulation::Triangle& t = filling.triangle(number);
+        if (filling.isInfinite(t)) continue;
+        if (vRecords[number] == nullptr) {
+            vRecords[number] = vSpare.back();
+            vSpare.pop_back();
+        }
+        const Point2 &a = *vLink[t.aCorners[0]], &b = *vLink[t.aCorners[1]], &c = *vLink[t.aCorners[2]];
+        // What the Delaunay edges at the vertex are for.
+        KIVO_ASSERT(tests.orientation(a, b, c) == ORIENTATION2_CCW, "vRemainingT.size()==3");
+    }
+}
+
+void VertexRemover::remove() {
+    store.unlinkVertex(pGoing);
+    linkInside();
+    linkOutside();
+    Triangle2* const pSurvivor = vLink.front()->getIncidentTriangle();
+    for (Triangle2* const pT : vSpare)
+        store.retireTriangle(pT, pSurvivor);
+    if (vSpokes.size() <= large) return;
+    vSpokes = vBackwards = {};
+    vLink = {};
+    vRecords = vSpare = {};
+}
+
+void VertexRemover::linkInside() {
+    for (std::size_t number = 0; number < vRecords.size(); ++number) {
+        if (vRecords[number] == nullptr) continue;
+        const LinkTriangulation::Triangle& t = filling.triangle(number);
+        const auto neighbour = [&](int i) {
+            const LinkTriangulation::Side side = t.aNeighbours[i];
+            return side == LinkTriangulation::none ? nullptr : vRecords[side >> 2];
+        };
+        vRecords[number]->setPropertiesAndOppT(vLink[t.aCorners[0]], vLink[t.aCorners[1]],
+                                               vLink[t.aCorners[2]], neighbour(0), neighbour(1),
+                                               neighbour(2));
+    }
+}
+
+void VertexRemover::linkOutside() {
+    for (std::size_t i = 0; i < vSpokes.size(); ++i) {
+        Triangle2* const pOutside = vSpokes[i].pOutside;
+        const LinkTriangulation::Side side = filling.sideAt(i);
+        Triangle2* const pInside = vRecords[side >> 2];
+        if (pInside != nullptr) pInside->setOppTriangle(static_cast<int>(side & 3), pOutside);
+        if (pOutside == nullptr || (vSpokes[i].bStays && !bHull)) continue;
+        const int ith = vSpokes[i].ithOutside;
+        pOutside->setOppTriangle(ith, pInside);
+        if (!bHull) continue;
+        // A vertex that gets no new triangle keeps one outside.
+        pOutside->becomeIncidentAt(Triangle2::incIndexBy1(ith));
+        pOutside->becomeIncidentAt(Triangle2::incIndexBy2(ith));
+    }
 }
 
 void VertexRemover::replace(Point2* pVtx, Point2* pByVtx) {
@@ -82,80 +198,6 @@ void VertexRemover::replace(Point2* pVtx, Point2* pByVtx) {
             pT = step(pT, false);
     }
     MeshStore::unlinkVertex(pVtx);
-}
-
-Point2* VertexRemover::remove() {
-    for (Triangle2* const pT : vStar)
-        store.retireTriangle(pT);
-    store.unlinkVertex(pGoing);
-    // A neighbour that gets no new triangle keeps one outside.
-    for (const Corner& corner : vCorners) {
-        if (corner.outside.pT == nullptr) continue;
-        for (const int i : {0, 1, 2})
-            corner.outside.pT->becomeIncidentAt(i);
-        corner.outside.pT->setOppTriangle(corner.outside.ith, nullptr);
-    }
-    if (bHull) {
-        fillNotch();
-    } else {
-        fillHole();
-    }
-    return vCorners[0].pVtx;
-}
-
-void VertexRemover::fillHole() {
-    std::size_t i = 0, numLeft = vCorners.size(), numFailed = 0;
-    while (numLeft > 3) {
-        if (isEar(i)) {
-            cutOff(i);
-            i = vCorners[i].previous; // may have become one
-            --numLeft;
-            numFailed = 0;
-        } else {
-            i = vCorners[i].next;
-            ++numFailed;
-            KIVO_ASSERT(numFailed <= numLeft, "vRemainingT.size()==3");
-        }
-    }
-    makeTriangle(vCorners[i].previous, i, vCorners[i].next);
-}
-
-// As in the scan of Graham 1972.
-void VertexRemover::fillNotch() {
-    const std::size_t last = vCorners.size() - 1;
-    for (std::size_t i = 1; i != last;) {
-        if (isEar(i)) {
-            cutOff(i);
-            i = vCorners[i].previous;
-            if (i == 0) i = vCorners[i].next;
-        } else {
-            i = vCorners[i].next;
-        }
-    }
-}
-
-void VertexRemover::cutOff(std::size_t i) {
-    const std::size_t a = vCorners[i].previous, c = vCorners[i].next;
-    makeTriangle(a, i, c);
-    vCorners[a].next = c;
-    vCorners[c].previous = a;
-}
-
-// The hole's edge from a to c is that of the new triangle from now on.
-void VertexRemover::makeTriangle(std::size_t a, std::size_t b, std::size_t c) {
-    Triangle2* const pT = store.createTriangle(vCorners[a].pVtx, vCorners[b].pVtx, vCorners[c].pVtx);
-    const auto join = [pT](int ith, HalfEdge outside) {
-        if (outside.pT == nullptr) return;
-        pT->setOppTriangle(ith, outside.pT);
-        outside.pT->setOppTriangle(outside.ith, pT);
-    };
-    join(2, vCorners[a].outside);
-    join(0, vCorners[b].outside);
-    const bool bLast = vCorners[c].next == a;
-    if (!bHull && bLast) join(1, vCorners[c].outside);
-    vCorners[a].outside = {pT, 1};
-    for (const int i : {0, 1, 2})
-        vCheckEdges.push_back({pT, i});
 }
 
 } // namespace TESK_KIVO2D

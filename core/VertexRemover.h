@@ -2,60 +2,73 @@
 
 #include "Point2.h"
 #include "Triangle2.h"
-#include "core/HalfEdge.h"
+#include "core/LinkTriangulation.h"
 #include "core/MeshStore.h"
 #include "kernel/TeskTest.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace TESK_KIVO2D {
 
-// Takes vertices out of a triangulation. The triangles around the vertex go, and ears are cut off the hole,
-// or off the notch in the hull, until it is filled.
+// Takes vertices out of a triangulation. The triangles around the vertex go, and those of LinkTriangulation
+// come, in the same records. All is known before the first link changes.
 //
-// An ear is a triangle (a, b, c) of neighbours that follow each other, counter-clockwise, without the vertex
-// strictly inside. What is left of the hole is then seen from the vertex as before, and while it has more
-// than three corners it has an ear.
+// Edges at the vertex must be Delaunay; then all edges are afterwards that were before. Its link may hold
+// fixed edges, which stay.
 class VertexRemover {
 public:
-    // The edges of new triangles, which are not legal yet, go onto the stack.
-    VertexRemover(MeshStore& records, TeskTest& predicates, std::vector<HalfEdge>& vToCheck)
-        : store(records), tests(predicates), vCheckEdges(vToCheck) {}
+    VertexRemover(MeshStore& records, TeskTest& predicates)
+        : store(records), tests(predicates), filling(predicates) {}
 
-    // Makes ready to remove this vertex. False when no triangle would be left without it. Changes nothing.
-    bool prepare(Point2* pVtx);
-    // Of the vertex that was made ready.
+    // Looks at the triangles around the vertex. False when no triangle would be left without it: then all
+    // triangles are around it, and all other vertices are its link. Changes nothing.
+    bool lookAround(Point2* pVtx);
+    // What lookAround found. In counter-clockwise order; of a hull vertex from hull edge to hull edge, with
+    // one vertex more than triangles.
     bool isOnHull() const { return bHull; }
+    std::size_t degree() const { return vSpokes.size(); }
+    Triangle2* triangle(std::size_t i) const { return vSpokes[i].pT; }
+    const std::vector<Point2*>& link() const { return vLink; }
+
+    // Finds what to put in its place, and gets the memory. Changes nothing.
+    void prepare();
+    // How many questions about circles and new hull edges that took so far.
+    std::uint64_t numQuestions() const { return filling.numQuestions(); }
+    // Removes the vertex. Does not throw.
+    void remove();
+
     // Puts a vertex that is part of nothing in the place of another one, which is part of nothing then. Does
     // not throw.
     static void replace(Point2* pVtx, Point2* pByVtx);
-    // Removes the vertex that was made ready, and returns one of its neighbours. Does not throw.
-    Point2* remove();
 
 private:
-    // A corner of the hole, and what lies outside of the edge to the next one: a triangle with that edge
-    // opposite its corner ith, or null.
-    struct Corner {
-        Point2* pVtx;
-        HalfEdge outside;
-        std::size_t previous, next;
+    // A triangle around the vertex, and the edge from the vertex that comes first in it.
+    struct Spoke {
+        Triangle2* pT;
+        Point2* pFrom;       // the other end of that edge
+        Triangle2* pOutside; // behind the edge of the link, or null
+        int ithOutside;      // of that edge, when prepared and needed
+        bool bStays;         // the record is to have that edge of the link still
     };
+    class Turn;
 
-    void lookAround();
-    bool isEar(std::size_t i) const;
-    void fillHole();
-    void fillNotch();
-    void cutOff(std::size_t i);
-    void makeTriangle(std::size_t a, std::size_t b, std::size_t c);
+    void collectStar();
+    bool isLinkStraight() const;
+    void assignRecords();
+    void linkInside();
+    void linkOutside();
 
     MeshStore& store;
     TeskTest& tests;
-    std::vector<HalfEdge>& vCheckEdges;
+    LinkTriangulation filling;
     Point2* pGoing = nullptr;
     bool bHull = false;
-    std::vector<Triangle2*> vStar; // counter-clockwise, on the hull from hull edge to hull edge
-    std::vector<Corner> vCorners;  // counter-clockwise
+    std::vector<Spoke> vSpokes, vBackwards;
+    std::vector<Point2*> vLink;
+    std::vector<Triangle2*> vRecords; // of the new triangles; null for those with the point at infinity
+    std::vector<Triangle2*> vSpare;   // records of the star that are not used again
 };
 
 } // namespace TESK_KIVO2D

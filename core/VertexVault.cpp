@@ -1,6 +1,5 @@
 #include "core/VertexVault.h"
 
-#include "core/firstTriangle.h"
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
 
@@ -57,8 +56,17 @@ std::size_t VertexVault::CoordinateHash::operator()(const Point2* p) const {
 }
 
 void VertexVault::fillLookup() {
-    for (; numLookup < vStored.size(); ++numLookup)
-        sLookup.insert(vStored[numLookup]);
+    for (; numLookup < vStored.size(); ++numLookup) {
+        if (vStored[numLookup] != nullptr) mLookup.emplace(vStored[numLookup], numLookup);
+    }
+}
+
+void VertexVault::closeGaps() const {
+    vStored.erase(std::remove(vStored.begin(), vStored.end(), nullptr), vStored.end());
+    numGone = 0;
+    mLookup.clear(); // they stand elsewhere
+    numLookup = 0;
+    search = {}; // they are looked at again, which takes no longer than this
 }
 
 void VertexVault::reserveStored(std::size_t num) {
@@ -68,33 +76,43 @@ void VertexVault::reserveStored(std::size_t num) {
 
 Point2* VertexVault::findStored(const Point2& p) {
     fillLookup(); // on demand: most clients begin with one batch and never ask
-    const auto found = sLookup.find(&p);
-    return found == sLookup.end() ? nullptr : const_cast<Point2*>(*found);
+    const auto found = mLookup.find(&p);
+    return found == mLookup.end() ? nullptr : vStored[found->second];
+}
+
+bool VertexVault::takeOutStored(const Point2* pVtx) {
+    fillLookup();
+    const auto found = mLookup.find(pVtx);
+    if (found == mLookup.end() || found->first != pVtx) return false;
+    vStored[found->second] = nullptr;
+    mLookup.erase(found);
+    if (++numGone > vStored.size() / 2) closeGaps();
+    return true;
 }
 
 bool VertexVault::findFirstTriangle(TeskTest& tests, Point2* (&corners)[3]) {
     KIVO_ASSERT(!bFullDimensional, "!bFullDimensional");
-    return TESK_KIVO2D::findFirstTriangle(vStored, numCollinear, tests, corners);
-}
-
-void VertexVault::returnToStored(std::vector<Point2*> vVertices) {
-    bFullDimensional = false;
-    vStored = std::move(vVertices);
-    sLookup = {};
-    numLookup = 0;
-    numCollinear = 0;
-    numActive = 0;
-    extent = Bbox2();
-    pLatest = nullptr;
-    startGrid.clear();
-    numOfNextLayout = 0;
+    return search.find(vStored, tests, corners);
 }
 
 std::vector<Point2*> VertexVault::becomeFullDimensional(const Point2* pCorner) {
     bFullDimensional = true;
     pLatest = pCorner;
-    sLookup = {};
+    if (numGone > 0) closeGaps();
+    mLookup = {};
+    numLookup = 0;
+    search = {};
     return std::exchange(vStored, {});
+}
+
+void VertexVault::becomeLowerDimensional(std::vector<Point2*> vVertices) {
+    bFullDimensional = false;
+    vStored.swap(vVertices);
+    numActive = 0;
+    pLatest = nullptr;
+    extent = Bbox2();
+    startGrid.clear();
+    numOfNextLayout = 0;
 }
 
 StartGrid::Cell VertexVault::startCell(const Point2& p, const MeshStore& store) {
@@ -113,9 +131,10 @@ StartGrid::Cell VertexVault::startCell(const Point2& p, const MeshStore& store) 
 Triangle2* VertexVault::getCloT(StartGrid::Cell cell, const Point2& p) const {
     // None while the first batch runs, or after memory ran out. In a part of the plane that is new, such as
     // ahead of a sweep, all cells are out of date. And a triangle may have died with its vertex.
-    Triangle2* const pT = cell.triangle();
-    const bool bUsable = pT != nullptr && pT->getCorner(0) != nullptr &&
-                         distance(*pT->getCorner(0), p) <= distance(*pLatest, p);
+    Triangle2* const pCellT = cell.triangle();
+    Triangle2* const pT = MeshStore::survivorOf(pCellT);
+    if (pT != pCellT) cell.renew(pT);
+    const bool bUsable = pT != nullptr && distance(*pT->getCorner(0), p) <= distance(*pLatest, p);
     return bUsable ? pT : pLatest->getIncidentTriangle();
 }
 

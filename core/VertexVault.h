@@ -5,11 +5,12 @@
 #include "Triangle2.h"
 #include "core/MeshStore.h"
 #include "core/StartGrid.h"
+#include "core/firstTriangle.h"
 #include "kernel/TeskTest.h"
 
 #include <cstddef>
 #include <span>
-#include <unordered_set>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -22,24 +23,30 @@ class VertexVault {
 public:
     // False until the first triangle exists.
     bool is2D() const { return bFullDimensional; }
-    std::size_t numberOfPoints() const { return bFullDimensional ? numActive : vStored.size(); }
+    std::size_t numberOfPoints() const { return bFullDimensional ? numActive : vStored.size() - numGone; }
 
     // --- while not 2-D
-    const std::vector<Point2*>& stored() const { return vStored; }
+    // O(1), unless vertices have been taken out since the latest call.
+    const std::vector<Point2*>& stored() const {
+        if (numGone > 0) closeGaps();
+        return vStored;
+    }
     void store(Point2* pVtx) { vStored.push_back(pVtx); }
     // Makes sure that storing so many more cannot fail.
     void reserveStored(std::size_t num);
     // The stored vertex at these coordinates, or null. Expected O(1).
     Point2* findStored(const Point2& p);
+    // Takes this very vertex out of the list; false when it is not there. Expected O(1), and O(n) once in n
+    // times.
+    bool takeOutStored(const Point2* pVtx);
     // The first two stored vertices and the first one that is not on their line, counter-clockwise, or false.
     // Each vertex is looked at once over all calls.
     bool findFirstTriangle(TeskTest& tests, Point2* (&corners)[3]);
     // Ends this state; the stored vertices are the caller's to insert, a corner of the first triangle at
     // once.
     std::vector<Point2*> becomeFullDimensional(const Point2* pCorner);
-
-    // Begins this state with these vertices, which are not part of triangles any more.
-    void returnToStored(std::vector<Point2*> vVertices);
+    // Begins this state again with these vertices, which are part of no triangle any more. Does not throw.
+    void becomeLowerDimensional(std::vector<Point2*> vVertices);
 
     // --- 2-D
     // A triangle near the point: a start for walks.
@@ -74,6 +81,7 @@ public:
 
 private:
     void fillLookup();
+    void closeGaps() const;
     void layOutGrid(const Bbox2& frame, std::size_t numCells, const MeshStore& store);
 
     struct CoordinateHash {
@@ -82,13 +90,17 @@ private:
     struct CoordinateEqual {
         bool operator()(const Point2* p, const Point2* q) const { return *p == *q; }
     };
+    // The stored vertices and where they stand.
+    using Lookup = std::unordered_map<const Point2*, std::size_t, CoordinateHash, CoordinateEqual>;
 
     bool bFullDimensional = false;
-    std::vector<Point2*> vStored; // all different, in the order in which they came
-    std::unordered_set<const Point2*, CoordinateHash, CoordinateEqual>
-        sLookup; // of the first numLookup stored ones
-    std::size_t numLookup = 0;
-    std::size_t numCollinear = 0; // stored vertices known to lie on the line of the first two
+    // All different, in the order in which they came; null where one was taken out. Closing these gaps
+    // changes nothing for anybody else.
+    mutable std::vector<Point2*> vStored;
+    mutable std::size_t numGone = 0; // the nulls
+    mutable Lookup mLookup;          // of the first numLookup stored ones
+    mutable std::size_t numLookup = 0;
+    mutable FirstTriangleSearch search; // in them
     std::size_t numActive = 0;
     Bbox2 extent; // of the active vertices
     // The active vertex that came last.

@@ -18,13 +18,17 @@ HullEdge nextHullEdge(HullEdge edge);
 // Steps along the hull in O(1) where nextHullEdge would take as long as a vertex has triangles: a million
 // points on a line with one beside it make a fan of a million. A step that first meets a large fan goes all
 // around it and keeps what it found for this vertex, its hub; so a vertex pays for that twice at most, and
-// others cost nothing. Removing a hull vertex must clear the links.
+// others cost nothing. The vertices around one that leaves the hull must be forgotten, and it too.
 class HullLinks {
 public:
     HullEdge next(HullEdge edge) { return step(edge, true); }
     HullEdge previous(HullEdge edge) { return step(edge, false); }
     // The vertex now lies between these two on the hull.
     void inserted(const Point2* pBefore, const Point2* pVtx, const Point2* pAfter);
+    void forget(const Point2* pVtx) {
+        if (!mNext.empty()) mNext.erase(pVtx);
+        if (!mPrevious.empty()) mPrevious.erase(pVtx);
+    }
     void clear() {
         mNext.clear();
         mPrevious.clear();

@@ -23,6 +23,13 @@ inline void prefetch(const Triangle2* pT) {
     prefetch(reinterpret_cast<const void*>(address + sizeof(Triangle2) - 1));
 }
 
+// Only its neighbours' addresses.
+inline void prefetchLinks(const Triangle2* pT) {
+    const auto end = reinterpret_cast<std::uintptr_t>(pT) + sizeof(Triangle2);
+    prefetch(reinterpret_cast<const void*>(end - 3 * sizeof(void*)));
+    prefetch(reinterpret_cast<const void*>(end - 1));
+}
+
 inline void prefetchNeighbours(const Triangle2* pT) {
     for (int i = 0; i < 3; ++i)
         prefetch(pT->getOppositeTriangle(i));

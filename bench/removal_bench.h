@@ -1,0 +1,8 @@
+#pragma once
+
+namespace bench {
+
+// Registers the measurements of removal.
+void addRemovalBenchmarks();
+
+} // namespace bench
