@@ -161,8 +161,7 @@ std::size_t VertexVault::addedAll(std::span<Point2* const> vertices, const MeshS
     if (!bCovers || numActive >= numOfNextLayout) {
         try {
             layOutGrid(withMargin(extent), numActive / 2, store);
-        } catch (
-            const std::bad_alloc&) { // all are in: not a failure of the batch, and the next one tries again
+        } catch (const std::bad_alloc&) { // all are in, so the batch has not failed; the next one tries again
         }
     } else {
         GridFiller filler(startGrid);

@@ -173,7 +173,6 @@ struct Listing {
 };
 
 Listing listingOf(const Kivo_2D& kivo) {
-    const CapturedMessages messages;
     Listing listing{oracle::triangleList(kivo), {}, ""};
     std::vector<Point2*> vVertices;
     kivo.getVertexPointers(vVertices);
