@@ -117,7 +117,11 @@ const Kind aKinds[] = {
     {"fourTimesEach", [](Rng& r, int, int num) { return numbered(doubles::below(r, num / 4 + 1)); }},
     {"allTheSame", [](Rng&, int, int) { return Point2(3, 4); }},
     {"tiny", [](Rng& r, int, int) { return inBox(r, 0, 1e-300); }},
-    {"huge", [](Rng& r, int, int) { return inBox(r, 0, 1.7e308); }},
+    {"huge",
+     [](Rng& r, int, int) {
+         const Point2 p = inBox(r, -1, 1);
+         return Point2(1.7e308 * p.x(), 1.7e308 * p.y());
+     }},
     {"farAway", [](Rng& r, int, int) { return inBox(r, 5e6, 5e6 + 10); }},
     {"subnormal", [](Rng& r, int, int) { return nastySets::latticePoint(r, 30, 0x1p-1074); }},
     {"notAllFinite",
