@@ -14,6 +14,8 @@
 
 namespace TESK_KIVO2D {
 
+class WorkerPool;
+
 // Where walks start: a grid of square cells over the vertices' box, about one a vertex, with a triangle near
 // each. Looking one up costs one or two cache misses; a search tree over the vertices costs ten.
 //
@@ -47,7 +49,12 @@ public:
     void layOut(const Bbox2& newFrame, std::size_t numCells);
     // Gives cells without a triangle that of the nearest part of a neighbour. Afterwards every cell has one,
     // if any has.
-    void fillGaps();
+    void fillGaps(WorkerPool& workers);
+
+    // Cells of a row may be changed while another thread changes those of other rows, if each of the threads
+    // refines in a lane of its own.
+    std::uint64_t rowOf(double y) const { return axisY.cell(y, maxNumberY) >> numPartDigits; }
+    void setLanes(std::size_t num) { vLanes.resize(std::max(num, vLanes.size())); }
 
     bool covers(const Point2& p) const { return frame.isInBox(p); }
     std::size_t numberOfCells() const { return vCells.size(); }
@@ -67,7 +74,7 @@ public:
 
     // Splits a cell, whose triangle all parts get, without a visit so far. A cell as small as rounding allows
     // stays, and so does every cell when memory runs out.
-    void refine(Cell cell);
+    void refine(Cell cell, std::size_t lane = 0);
 
 private:
     // The number of a coordinate is that of its column or row, and 44 binary digits that name the parts.
@@ -88,7 +95,8 @@ private:
     double maxNumberX = 0, maxNumberY = 0;
     std::size_t numColumns = 1;
     std::vector<std::uintptr_t> vCells = {0}; // row by row
-    std::deque<Children> dChildren;           // in no order; their addresses stay
+    std::vector<std::deque<Children>> vLanes =
+        std::vector<std::deque<Children>>(1); // of children in no order; their addresses stay
 };
 
 } // namespace TESK_KIVO2D
