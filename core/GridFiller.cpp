@@ -40,7 +40,7 @@ VertexSlices::Slice VertexSlices::scanned(std::size_t slice) const {
 void VertexSlices::fill(StartGrid& grid) const {
     // Several bands of rows a thread, since the slices at their ends make them different amounts of work.
     const auto size = static_cast<std::size_t>(workers.size());
-    const std::size_t numBands = size == 1 ? 1 : std::min(4 * size, maxBands);
+    const std::size_t numBands = size == 1 ? 1 : std::min(2 * size, maxBands);
     const std::array<std::uint64_t, maxBands + 1> limits = rowLimits(grid, numBands);
     grid.setLanes(numBands);
     workers.run(numBands, [&](std::size_t i, int) { fillRows(grid, limits[i], limits[i + 1], i); });
