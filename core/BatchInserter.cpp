@@ -128,7 +128,7 @@ void BatchInserter::rescueOld(Triangle2* pStart) {
 
 void BatchInserter::settle() {
     dt.vertexVault.sortRedundant();
-    numIn = dt.vertexVault.addedAll(vertices.all(), dt.store);
+    numIn = dt.vertexVault.addedAll(vertices.all(), dt.store, workers);
 }
 
 void BatchInserter::resolveHandles(std::span<Point2*> handles) const {

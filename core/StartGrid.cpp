@@ -1,10 +1,17 @@
 #include "core/StartGrid.h"
 
+#include "core/WorkerPool.h"
+
 #include <algorithm>
 #include <cmath>
 #include <new>
 
 namespace TESK_KIVO2D {
+
+StartGrid::Cells::Cells(std::size_t num)
+    : numCells(num), aCells(static_cast<std::uintptr_t*>(std::calloc(num, sizeof(std::uintptr_t)))) {
+    if (aCells == nullptr) throw std::bad_alloc();
+}
 
 void StartGrid::layOut(const Bbox2& newFrame, std::size_t numCells) {
     // Halves, since the ranges of the largest frames are infinite.
@@ -28,9 +35,9 @@ void StartGrid::layOut(const Bbox2& newFrame, std::size_t numCells) {
     cellsY = std::min(cellsY, maxCellsOfAxis);
     const auto columns = static_cast<std::size_t>(std::max(std::ceil(cellsX), 1.0));
     const auto rows = static_cast<std::size_t>(std::max(std::ceil(cellsY), 1.0));
-    std::vector<std::uintptr_t> vNewCells(columns * rows);
-    vCells.swap(vNewCells);
-    dChildren.clear();
+    cells = Cells(columns * rows);
+    for (std::deque<Children>& dChildren : vLanes)
+        dChildren.clear();
     frame = newFrame;
     numColumns = columns;
     const double partsOfCell = std::ldexp(1.0, numPartDigits);
@@ -45,9 +52,9 @@ void StartGrid::clear() {
     frame = Bbox2();
     maxNumberX = maxNumberY = 0;
     numColumns = 1;
-    vCells.resize(1);
-    vCells[0] = 0;
-    dChildren.clear();
+    cells.shrinkToOne();
+    for (std::deque<Children>& dChildren : vLanes)
+        dChildren.clear();
 }
 
 namespace {
@@ -84,27 +91,33 @@ std::uintptr_t StartGrid::partOf(std::uintptr_t entry, std::size_t column, std::
 }
 
 // A gap takes the part that is nearest to it.
-void StartGrid::fillGaps() {
+void StartGrid::fillGaps(WorkerPool& workers) {
     constexpr std::size_t first = 0, middle = childWidth / 2, last = childWidth - 1;
-    const std::size_t width = numColumns, height = vCells.size() / numColumns;
-    for (std::size_t y = 0; y < height; ++y) {
-        std::uintptr_t* const aRow = &vCells[y * width];
-        fillFromEnds(
-            width, [&](std::size_t i) { return aRow[i] == 0; },
-            [&](std::size_t i, std::size_t j) { aRow[i] = partOf(aRow[j], j < i ? last : first, middle); });
-    }
+    const std::size_t width = numColumns, height = cells.size() / numColumns;
+    constexpr std::size_t rowsOfTask = 32;
+    workers.run((height + rowsOfTask - 1) / rowsOfTask, [&](std::size_t task, int) {
+        const std::size_t end = std::min((task + 1) * rowsOfTask, height);
+        for (std::size_t y = task * rowsOfTask; y < end; ++y) {
+            std::uintptr_t* const aRow = &cells[y * width];
+            fillFromEnds(
+                width, [&](std::size_t i) { return aRow[i] == 0; },
+                [&](std::size_t i, std::size_t j) {
+                    aRow[i] = partOf(aRow[j], j < i ? last : first, middle);
+                });
+        }
+    });
     fillFromEnds(
-        height, [&](std::size_t y) { return vCells[y * width] == 0; },
+        height, [&](std::size_t y) { return cells[y * width] == 0; },
         [&](std::size_t y, std::size_t from) {
             for (std::size_t x = 0; x < width; ++x)
-                vCells[y * width + x] = partOf(vCells[from * width + x], middle, from < y ? last : first);
+                cells[y * width + x] = partOf(cells[from * width + x], middle, from < y ? last : first);
         });
 }
 
-void StartGrid::refine(Cell cell) {
+void StartGrid::refine(Cell cell, std::size_t lane) {
     if (cell.numDigitsLeft < childDigits) return; // no part of it has a number
     try {
-        Children& children = dChildren.emplace_back();
+        Children& children = vLanes[lane].emplace_back();
         children.fill(*cell.pEntry & ~marks);
         *cell.pEntry = reinterpret_cast<std::uintptr_t>(&children) + isRefined;
     } catch (const std::bad_alloc&) { // longer walks are no reason to fail

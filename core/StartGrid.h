@@ -9,10 +9,14 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <deque>
+#include <memory>
 #include <vector>
 
 namespace TESK_KIVO2D {
+
+class WorkerPool;
 
 // Where walks start: a grid of square cells over the vertices' box, about one a vertex, with a triangle near
 // each. Looking one up costs one or two cache misses; a search tree over the vertices costs ten.
@@ -52,16 +56,21 @@ public:
     void clear();
     // Gives cells without a triangle that of the nearest part of a neighbour. Afterwards every cell has one,
     // if any has.
-    void fillGaps();
+    void fillGaps(WorkerPool& workers);
+
+    // Cells of a row may be changed while another thread changes those of other rows, if each of the threads
+    // refines in a lane of its own.
+    std::uint64_t rowOf(double y) const { return axisY.cell(y, maxNumberY) >> numPartDigits; }
+    void setLanes(std::size_t num) { vLanes.resize(std::max(num, vLanes.size())); }
 
     bool covers(const Point2& p) const { return frame.isInBox(p); }
-    std::size_t numberOfCells() const { return vCells.size(); }
+    std::size_t numberOfCells() const { return cells.size(); }
 
     // The cell of any point; those outside the frame have one at its border.
     Cell cellOf(const Point2& p) {
         const std::uint64_t x = axisX.cell(p.x(), maxNumberX), y = axisY.cell(p.y(), maxNumberY);
         int digitsLeft = numPartDigits;
-        std::uintptr_t* pEntry = &vCells[(y >> digitsLeft) * numColumns + (x >> digitsLeft)];
+        std::uintptr_t* pEntry = &cells[(y >> digitsLeft) * numColumns + (x >> digitsLeft)];
         while ((*pEntry & isRefined) != 0) {
             digitsLeft -= childDigits;
             Children& children = *reinterpret_cast<Children*>(*pEntry - isRefined);
@@ -72,7 +81,7 @@ public:
 
     // Splits a cell, whose triangle all parts get, without a visit so far. A cell as small as rounding allows
     // stays, and so does every cell when memory runs out.
-    void refine(Cell cell);
+    void refine(Cell cell, std::size_t lane = 0);
 
 private:
     // The number of a coordinate is that of its column or row, and 44 binary digits that name the parts.
@@ -86,14 +95,37 @@ private:
     static_assert(alignof(Triangle2) > marks);
     using Children = std::array<std::uintptr_t, childWidth * childWidth>;
 
+    // All of it zero at first. The system hands out such memory when it is used, so that threads that fill
+    // the cells share that work.
+    class Cells {
+    public:
+        // Throws std::bad_alloc.
+        explicit Cells(std::size_t num);
+        std::size_t size() const { return numCells; }
+        std::uintptr_t& operator[](std::size_t i) { return aCells[i]; }
+        // One cell is left, which is zero, in the same memory.
+        void shrinkToOne() {
+            numCells = 1;
+            aCells[0] = 0;
+        }
+
+    private:
+        struct Free {
+            void operator()(std::uintptr_t* p) const { std::free(p); }
+        };
+        std::size_t numCells;
+        std::unique_ptr<std::uintptr_t[], Free> aCells;
+    };
+
     static std::uintptr_t partOf(std::uintptr_t entry, std::size_t column, std::size_t row);
 
     Bbox2 frame;
     GridAxis axisX, axisY;
     double maxNumberX = 0, maxNumberY = 0;
     std::size_t numColumns = 1;
-    std::vector<std::uintptr_t> vCells = {0}; // row by row
-    std::deque<Children> dChildren;           // in no order; their addresses stay
+    Cells cells = Cells(1); // row by row
+    std::vector<std::deque<Children>> vLanes =
+        std::vector<std::deque<Children>>(1); // of children in no order; their addresses stay
 };
 
 } // namespace TESK_KIVO2D

@@ -1,5 +1,7 @@
 #include "core/VertexVault.h"
 
+#include "core/GridFiller.h"
+#include "core/WorkerPool.h"
 #include "kernel/assertion.h"
 #include "kernel/messages.h"
 
@@ -22,31 +24,6 @@ Bbox2 withMargin(Bbox2 box) {
     box.enlargeRanges(1.125);
     return box;
 }
-
-// Enters vertices of which near ones follow each other, and refines cells that get many in a row.
-class GridFiller {
-public:
-    explicit GridFiller(StartGrid& startGrid) : grid(startGrid) {}
-
-    void enter(const Point2& vertex) {
-        constexpr int many = 16;
-        StartGrid::Cell cell = grid.cellOf(vertex);
-        if (!(cell == last)) {
-            numInRow = 0;
-        } else if (++numInRow == many) {
-            grid.refine(cell);
-            cell = grid.cellOf(vertex);
-            numInRow = 0;
-        }
-        cell.setTriangle(vertex.getIncidentTriangle());
-        last = cell;
-    }
-
-private:
-    StartGrid& grid;
-    StartGrid::Cell last;
-    int numInRow = 0;
-};
 
 } // namespace
 
@@ -147,29 +124,30 @@ void VertexVault::added(StartGrid::Cell start, const Point2* pVtx, int numSteps)
     if (numSteps > longWalk && start.hadManyVisits()) startGrid.refine(start);
 }
 
-std::size_t VertexVault::addedAll(std::span<Point2* const> vertices, const MeshStore& store) {
-    const std::size_t numBefore = numActive;
-    for (const Point2* pVtx : vertices) {
-        if (pVtx->getIncidentTriangle() == nullptr) continue;
-        ++numActive;
-        extent.add(*pVtx);
-        pLatest = pVtx;
-    }
-    const std::size_t numIn = numActive - numBefore;
-    if (numIn == 0) return 0;
+std::size_t VertexVault::addedAll(std::span<Point2* const> vertices, const MeshStore& store,
+                                  WorkerPool& workers) {
+    const VertexSlices slices(vertices, workers);
+    if (slices.numIn() == 0) return 0;
+    numActive += slices.numIn();
+    extent.add(slices.extent().getMinPoint());
+    extent.add(slices.extent().getMaxPoint());
+    pLatest = slices.last();
     const bool bCovers = startGrid.covers(extent.getMinPoint()) && startGrid.covers(extent.getMaxPoint());
-    if (!bCovers || numActive >= numOfNextLayout) {
-        try {
+    try {
+        if (bCovers && numActive < numOfNextLayout) {
+            slices.fill(startGrid);
+        } else if (slices.numIn() < numActive) {
             layOutGrid(withMargin(extent), numActive / 2, store);
-        } catch (const std::bad_alloc&) { // all are in, so the batch has not failed; the next one tries again
+        } else { // there are no others
+            startGrid.layOut(withMargin(extent), numActive / 2);
+            numOfNextLayout = 2 * numActive;
+            slices.fill(startGrid);
+            startGrid.fillGaps(workers);
         }
-    } else {
-        GridFiller filler(startGrid);
-        for (const Point2* pVtx : vertices) {
-            if (pVtx->getIncidentTriangle() != nullptr) filler.enter(*pVtx);
-        }
+    } catch (const std::bad_alloc&) { // all are in, so the batch has not failed; the next one tries again
+        numOfNextLayout = 0;
     }
-    return numIn;
+    return slices.numIn();
 }
 
 void VertexVault::layOutGrid(const Bbox2& frame, std::size_t numCells, const MeshStore& store) {
@@ -177,7 +155,8 @@ void VertexVault::layOutGrid(const Bbox2& frame, std::size_t numCells, const Mes
     numOfNextLayout = 2 * numActive;
     GridFiller filler(startGrid);
     store.forEachVertex([&](Point2* pVtx) { filler.enter(*pVtx); });
-    startGrid.fillGaps();
+    WorkerPool callerOnly(1);
+    startGrid.fillGaps(callerOnly);
 }
 
 void VertexVault::sortRedundant() {

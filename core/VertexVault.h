@@ -16,6 +16,8 @@
 
 namespace TESK_KIVO2D {
 
+class WorkerPool;
+
 // Knows the vertices of a triangulation. While they all lie on one line it keeps them in a list, in the order
 // in which they came, and looks for the first triangle among them. Afterwards it counts them and keeps a grid
 // of start triangles over their box. The records belong to the MeshStore.
@@ -66,7 +68,7 @@ public:
     void moved(const Point2* pVtx) { extent.add(*pVtx); }
     // The vertices have been linked in; near ones follow each other. Those without a triangle are left out.
     // Returns how many have one.
-    std::size_t addedAll(std::span<Point2* const> vertices, const MeshStore& store);
+    std::size_t addedAll(std::span<Point2* const> vertices, const MeshStore& store, WorkerPool& workers);
 
     // --- duplicates that a batch met: registered during it, resolved at its end
     bool dupIsClean() const { return mRedundant2UniqueVtx.empty(); }

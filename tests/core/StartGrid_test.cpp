@@ -2,12 +2,16 @@
 
 #include "Kivo_2D.h"
 #include "core/Dt2.h"
+#include "core/GridFiller.h"
+#include "core/WorkerPool.h"
 #include "tests/support/boxOf.h"
 #include "tests/support/doubles.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
+#include <tuple>
+#include <vector>
 
 using namespace TESK_KIVO2D;
 
@@ -16,6 +20,19 @@ namespace {
 double stepsPerInsertion(const Kivo_2D& kivo) {
     const WorkCounts& work = kivo.getImpl()->workCounts();
     return static_cast<double>(work.walkSteps) / static_cast<double>(work.insertions);
+}
+
+// What there is to see of the grid at the vertices.
+std::vector<std::tuple<const Triangle2*, bool, bool>> seenAt(const std::vector<Point2*>& vVertices,
+                                                             StartGrid& grid) {
+    std::vector<std::tuple<const Triangle2*, bool, bool>> vSeen;
+    StartGrid::Cell last;
+    for (const Point2* const pVtx : vVertices) {
+        const StartGrid::Cell cell = grid.cellOf(*pVtx);
+        vSeen.emplace_back(cell.triangle(), cell.hadManyVisits(), cell == last);
+        last = cell;
+    }
+    return vSeen;
 }
 
 } // namespace
@@ -65,7 +82,8 @@ TEST(StartGrid, fillsGapsFromTheNearestInTheRow) {
     grid.cellOf(Point2(1.5, 3.5)).setTriangle(&left);
     grid.cellOf(Point2(6.5, 3.5)).setTriangle(&right);
     grid.refine(grid.cellOf(Point2(6.5, 3.5)));
-    grid.fillGaps();
+    WorkerPool pool(2);
+    grid.fillGaps(pool);
     for (int y = 0; y < 8; ++y) {
         for (int x = 0; x < 8; ++x)
             EXPECT_EQ(x < 4 ? &left : &right, grid.cellOf(Point2(x + 0.5, y + 0.5)).triangle())
@@ -76,13 +94,51 @@ TEST(StartGrid, fillsGapsFromTheNearestInTheRow) {
     EXPECT_EQ(&right, grid.cellOf(Point2(6.5, 3.5)).triangle());
 }
 
+// Clusters of the size of a cell and less at many places, so that cells are refined everywhere.
+TEST(StartGrid, isFilledInThreadsAsByOne) {
+    doubles::Rng rng(6);
+    doubles::Points v;
+    for (int i = 0; i < 150000; ++i) {
+        const double x = doubles::below(rng, 40), size = std::ldexp(1.0, -doubles::below(rng, 12));
+        v.emplace_back(x + size * doubles::uniform(rng), x * x / 40 + size * doubles::uniform(rng));
+    }
+    Kivo_2D kivo;
+    kivo.insert(v);
+    std::vector<Point2*> vVertices;
+    kivo.getVertexPointers(vVertices);
+    Point2 loose(1, 1); // is left out, wherever it is
+    vVertices.insert(vVertices.begin() + 70000, 10000, &loose);
+    Bbox2 box;
+    StartGrid expected;
+    expected.layOut(boxOf(0, 0, 41, 40), 20000);
+    GridFiller filler(expected);
+    for (const Point2* const pVtx : vVertices) {
+        if (pVtx == &loose) continue;
+        filler.enter(*pVtx);
+        box.add(*pVtx);
+    }
+    for (const int numThreads : {1, 2, 3, 8}) {
+        WorkerPool pool(numThreads);
+        const VertexSlices slices(vVertices, pool);
+        EXPECT_EQ(vVertices.size() - 10000, slices.numIn());
+        EXPECT_EQ(vVertices.back(), slices.last());
+        EXPECT_EQ(box.getMinPoint(), slices.extent().getMinPoint());
+        EXPECT_EQ(box.getMaxPoint(), slices.extent().getMaxPoint());
+        StartGrid grid;
+        grid.layOut(boxOf(0, 0, 41, 40), 20000);
+        slices.fill(grid);
+        EXPECT_TRUE(seenAt(vVertices, expected) == seenAt(vVertices, grid)) << numThreads;
+    }
+}
+
 TEST(StartGrid, tellsPointsApartAlongTheLongestRowsToo) {
     StartGrid grid;
     Triangle2 t;
     for (const bool bUpright : {false, true}) {
         grid.layOut(bUpright ? boxOf(0, 0, 1e-9, 1) : boxOf(0, 0, 1, 1e-9), std::size_t(3) << 20);
         grid.cellOf(Point2(0, 0)).setTriangle(&t);
-        grid.fillGaps();
+        WorkerPool pool(2);
+        grid.fillGaps(pool);
         const auto cellAt = [&](double v) { return grid.cellOf(bUpright ? Point2(0, v) : Point2(v, 0)); };
         for (int i = 1; i < 16; ++i)
             EXPECT_FALSE(cellAt(i / 16.0) == cellAt((i - 1) / 16.0)) << i;
@@ -99,7 +155,8 @@ TEST(StartGrid, hasCellsForEveryFrame) {
         grid.layOut(box, 1000);
         EXPECT_GE(2002u, grid.numberOfCells());
         grid.cellOf(Point2(0, 0)).setTriangle(&t);
-        grid.fillGaps();
+        WorkerPool pool(2);
+        grid.fillGaps(pool);
         for (const double x : coords) {
             for (const double y : coords)
                 EXPECT_EQ(&t, grid.cellOf(Point2(x, y)).triangle());
