@@ -465,7 +465,8 @@ TEST(ParallelBatches, forWhichMemoryRunsOutAnywhereLeaveAllAsItWas) {
     for (int round = 0; round < 12; ++round) {
         int numStopped = 0;
         bool bRanOut = true;
-        for (long numAll = 0; bRanOut && !testing::Test::HasFailure(); numAll += 1 + numAll / (isSanitized ? 8 : 50)) {
+        for (long numAll = 0; bRanOut && !testing::Test::HasFailure();
+             numAll += 1 + numAll / (isSanitized ? 8 : 50)) {
             SCOPED_TRACE(testing::Message() << round << ", after " << numAll);
             const CapturedMessages messages;
             Begun begun(rng, round);
