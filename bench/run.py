@@ -32,6 +32,8 @@ TARGETS = [
     ("oneByOne/uniform/1000000", "batch/uniform/1000000/cgal", "CGAL batch", 3.0, 1.5),
     ("oneByOne/uniform/1000000", "oneByOne/uniform/1000000/cgal", "CGAL hierarchy", 0.6, 0.35),
     ("locate/uniform/1000000", "locate/uniform/1000000/cgal", "CGAL hierarchy", 0.5, 0.3),
+    *[(f"remove/{kind}/1000000", f"remove/{kind}/1000000/cgal", "CGAL Delaunay, 100,000 vertices", 0.8, 0.5)
+      for kind in ["uniform", "clusters", "grid"]],
     *[(f"{task}/{kind}/{num}", f"constraints/{kind}/{num}/cgal", "CGAL constrained", 0.7, 0.45) for task, kind, num in [
         ("constraints", "ring", MILLION),
         ("constraints", "polygons", MILLION),

@@ -35,6 +35,7 @@ void BatchInserter::insert(const Point2* aPoints, std::size_t numPoints, Point2*
 
 // Makes one vertex for all points with the same coordinates, with the custom index of the first of them.
 void BatchInserter::registerVertices(const Point2* aPoints, std::size_t numPoints, Point2** aHandles) {
+    dt.store.prepareBatch(numPoints);
     dt.store.reserveTriangles(2 * numPoints);
     const HilbertOrder order(PointSource(aPoints, numPoints), dt.hc, dt.store.spareMemory());
     const std::span<const KeyedIndex> entries = order.entries();
