@@ -24,7 +24,7 @@ run() { # TARGET
 
 # All at once: most machines have a core for each or nearly so.
 declare -A jobs
-for target in segment_soup_fuzz zone_soup_fuzz mesh_fuzz point_file_fuzz; do
+for target in segment_soup_fuzz zone_soup_fuzz mesh_fuzz removal_fuzz point_file_fuzz; do
     (run "$target") >"$work/$target.log" 2>&1 &
     jobs[$target]=$!
 done
