@@ -83,7 +83,7 @@ void rounds(benchmark::State& state, const std::string& kind, std::size_t num) {
             std::shuffle(vHandles.begin(), vHandles.end(), std::mt19937_64(static_cast<unsigned>(round)));
             for (Point2* const pVtx : vHandles)
                 kivo.remove(pVtx);
-            const char* const name = round == 3 ? "MB after 3" : "MB after 10";
+            const char* const name = round == 3 ? "MBafter3" : "MBafter10";
             if (round == 3 || round == 10) state.counters[name] = residentBytes() / 1e6;
         }
     }

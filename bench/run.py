@@ -32,6 +32,8 @@ TARGETS = [
     ("oneByOne/uniform/1000000", "batch/uniform/1000000/cgal", "CGAL batch", 3.0, 1.5),
     ("oneByOne/uniform/1000000", "oneByOne/uniform/1000000/cgal", "CGAL hierarchy", 0.6, 0.35),
     ("locate/uniform/1000000", "locate/uniform/1000000/cgal", "CGAL hierarchy", 0.5, 0.3),
+    *[(f"remove/{kind}/1000000", f"remove/{kind}/1000000/cgal", "CGAL Delaunay, 100,000 vertices", 0.8, 0.5)
+      for kind in ["uniform", "clusters", "grid"]],
     *[(f"{task}/{kind}/{num}", f"constraints/{kind}/{num}/cgal", "CGAL constrained", 0.7, 0.45) for task, kind, num in [
         ("constraints", "ring", MILLION),
         ("constraints", "polygons", MILLION),
@@ -241,6 +243,22 @@ def mesh_table(runs):
     return table(head, rows, 1)
 
 
+def hub_table(runs):
+    rows = []
+    for name, measured in runs.items():
+        if name.startswith("removeHub/"):
+            degree = measured[0]["degree"]
+            times = [text_of(median(runs, name, key) * 1e6 / degree) for key in ("real_time", "userMs")]
+            rows.append([name.split("/")[1], f"{degree:,.0f}", *times])
+    return table(["neighbours", "how many", "ns a neighbour", "CPU user"], rows, 1)
+
+
+def rounds_table(runs):
+    rows = [[text_of(run[key], 1) for key in ("MBafter3", "MBafter10")] for name, measured in runs.items()
+            if name.startswith("removalRounds/") for run in measured[:1]]
+    return table(["MB after 3 rounds", "after 10"], rows, 0)
+
+
 def crossings_table(runs):
     rows = [[name, f"{measured[0]['crossings']:,.0f}"] for name, measured in runs.items()
             if name.startswith("constraints/crossings/")]
@@ -277,6 +295,10 @@ def sections(program, runs, with_peak):
            long_segment_table(runs))
     yield ("Meshing: nanoseconds a triangle", "Refinement alone, of domains that are triangulated already, under a "
            "limit of area (Kivo 2D) or of edges (CGAL) that gives about a million triangles.", mesh_table(runs))
+    yield ("Removal of a vertex with a million neighbours", "An inner one, one beyond a convex chain, and one beside a "
+           "line, which leaves no triangle.", hub_table(runs))
+    yield ("Memory of removal", "A million uniform points inserted and all removed in random order, again and again.",
+           rounds_table(runs))
     yield ("Crossings of constraints", "Vertices beyond those of the input.", crossings_table(runs))
     if with_peak:
         yield ("Peak memory: bytes a point", "A batch of ten million uniform points in a process of its own, beyond "

@@ -32,6 +32,7 @@ void BatchInserter::insertInSequence(std::span<const Point2> points, Point2** aH
     const std::span<Point2*> handles(aHandles, aHandles != nullptr ? points.size() : 0);
     const std::vector<Point2*>& vStored = dt.vertexVault.stored(); // none when 2-D
     takeOld(vStored);
+    dt.store.prepareBatch(points.size());
     dt.store.reserveTriangles(2 * (vOld.size() + points.size()));
     dt.vertexVault.reserveStored(dt.is2D() ? 0 : points.size());
     vertices = BatchVertices(points, vStored, dt.hc, dt.store, workers, aHandles);
@@ -153,6 +154,7 @@ void BatchInserter::insertInChunks(std::span<const Point2> points, Point2** aHan
     std::vector<Point2*> vBefore = dt.vertexVault.stored();
     if (dt.is2D()) dt.getVertexPointers(vBefore);
     const std::size_t numAll = vBefore.size() + points.size();
+    dt.store.prepareBatch(points.size());
     dt.store.reserveTrianglesInAll(2 * numAll);
     vBefore.reserve(numAll); // so that all can be stored
     takeOld(vBefore);

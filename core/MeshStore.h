@@ -53,6 +53,11 @@ public:
         }
     }
 
+    // Puts records that came back into the order in which they were made, if that pays for so many new
+    // vertices: the records of neighbours lie beside each other again then, and they are reached far faster.
+    // Takes less than the insertion of these vertices.
+    void prepareBatch(std::size_t numVertices);
+
     // Makes sure that the next num calls of createTriangle cannot fail. Called before links are touched, so
     // that memory that runs out leaves the mesh as it was.
     void reserveTriangles(std::size_t num) {

@@ -32,7 +32,7 @@ def soup(mode, rows, per_call):
 
 def main():
     data, corpus = Path(sys.argv[1]), Path(sys.argv[2])
-    for target in ("point_file_fuzz", "segment_soup_fuzz", "zone_soup_fuzz", "mesh_fuzz"):
+    for target in ("point_file_fuzz", "segment_soup_fuzz", "zone_soup_fuzz", "mesh_fuzz", "removal_fuzz"):
         (corpus / target).mkdir(parents=True, exist_ok=True)
     for path in sorted(data.glob("*.xy")):
         rows, segments = numbers(path), numbers(path.with_suffix(".seg"))
