@@ -2,6 +2,7 @@
 // randomisation, and compares the files that its runs write.
 #include "Kivo_2D.h"
 
+#include "core/Dt2.h"
 #include "tests/support/doubles.h"
 
 #include <gtest/gtest.h>
@@ -25,12 +26,15 @@ std::string bytesOf(const std::filesystem::path& path) {
 }
 
 // Everything whose order could leak: vertices, triangles, hull, files, drawings, messages; with expected
-// counts that are far too small, single insertions between batches, duplicates and cocircular points.
+// counts that are far too small, single insertions between batches, duplicates and cocircular points. The
+// first batch goes by chunks in threads, later ones add fewer points than there are.
 void writeEverything(const std::string& folder) {
     std::string text;
     setMessageSink([&](MessageChannel, const std::string& message) { text += message; });
     doubles::Rng rng(11);
     Kivo_2D kivo(3);
+    kivo.setNumCPU(3);
+    kivo.getImpl()->setBatchLimits(1000, 100);
     for (int round = 0; round < 4; ++round) {
         std::vector<Point2> v;
         for (int i = 0; i < 4000; ++i) {

@@ -1,6 +1,7 @@
 // Two objects in two threads: what they share must be safe. Run under a thread sanitizer.
 #include "Kivo_2D.h"
 
+#include "core/Dt2.h"
 #include "kernel/intersection.h"
 #include "tests/support/capture.h"
 #include "tests/support/doubles.h"
@@ -22,12 +23,15 @@ struct Outcome {
     std::string drawing;
 };
 
-// A whole triangulation with near-degenerate input, so that the exact stages run, and everything that holds
-// state of the process: messages, drawings, colours, the free predicates, the shared rationals, the timer.
+// A whole triangulation with near-degenerate input, so that the exact stages run, by chunks in threads of its
+// own, and everything that holds state of the process: messages, drawings, colours, the free predicates, the
+// shared rationals, the timer.
 Outcome wholeTriangulation(const std::string& file) {
     Outcome outcome;
     doubles::Rng rng(5);
     Kivo_2D kivo(10);
+    kivo.setNumCPU(2);
+    kivo.getImpl()->setBatchLimits(1000, 300);
     std::vector<Point2> v;
     for (int i = 0; i < 3000; ++i) {
         v.emplace_back(doubles::below(rng, 40), doubles::below(rng, 40));
