@@ -59,13 +59,14 @@ void batchRival(benchmark::State& state, const std::string& kind, std::size_t nu
         benchmark::DoNotOptimize(batch.triangulate());
 }
 
-// In wall clock: that is what the threads are for.
+// In wall clock: that is what the threads are for. Without any the batch is not triangulated by chunks.
 template<int numThreads>
 void threadsKivo(benchmark::State& state, const std::string& kind, std::size_t num) {
     const std::vector<Point2> vPoints = converted(input(kind, num));
     measureKivo(state, num, [&](Kivo_2D& kivo) {
         std::vector<Point2*> vHandles;
-        kivo.setNumCPU(numThreads);
+        kivo.setNumCPU(numThreads > 0 ? numThreads : 1);
+        if (numThreads == 0) kivo.getImpl()->setBatchLimits(num + 1, num);
         kivo.insert(vPoints, vHandles);
     });
 }
@@ -131,6 +132,7 @@ void addAll() {
     // The rival does not end within two minutes on this one.
     add("batch", "line", million, "kivo", batchKivo);
     for (const char* kind : {"uniform", "clusters"}) {
+        add("threads", kind, 10 * million, "0", threadsKivo<0>);
         add("threads", kind, 10 * million, "1", threadsKivo<1>);
         add("threads", kind, 10 * million, "2", threadsKivo<2>);
     }
