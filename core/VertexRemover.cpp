@@ -44,8 +44,6 @@ private:
 bool VertexRemover::lookAround(Point2* pVtx) {
     pGoing = pVtx;
     collectStar();
-    for (const Spoke& spoke : vSpokes)
-        prefetchLinks(spoke.pOutside);
     vLink.clear();
     for (const Spoke& spoke : vSpokes)
         vLink.push_back(spoke.pFrom);
@@ -102,12 +100,6 @@ bool VertexRemover::isLinkStraight() const {
 void VertexRemover::prepare() {
     filling.find(*pGoing, vLink.data(), vLink.size(), bHull);
     assignRecords();
-    for (std::size_t i = 0; i < vSpokes.size(); ++i) {
-        Spoke& spoke = vSpokes[i];
-        spoke.bStays = vRecords[filling.sideAt(i) >> 2] == spoke.pT;
-        if (spoke.pOutside != nullptr && (!spoke.bStays || bHull))
-            spoke.ithOutside = spoke.pOutside->getIntraTriangleIndex(spoke.pT);
-    }
     store.reserveRetired(vSpare.size());
 }
 
@@ -117,11 +109,14 @@ void VertexRemover::assignRecords() {
     vRecords.assign(filling.numTriangles(), nullptr);
     vSpare.clear();
     for (std::size_t i = 0; i < vSpokes.size(); ++i) {
+        Spoke& spoke = vSpokes[i];
         const std::size_t number = filling.sideAt(i) >> 2;
-        if (vRecords[number] == nullptr && !filling.isInfinite(filling.triangle(number))) {
-            vRecords[number] = vSpokes[i].pT;
+        spoke.bStays = vRecords[number] == nullptr && !filling.isInfinite(filling.triangle(number));
+        if (spoke.bStays) {
+            vRecords[number] = spoke.pT;
         } else {
-            vSpare.push_back(vSpokes[i].pT);
+            vSpare.push_back(spoke.pT);
+            prefetchLinks(spoke.pOutside);
         }
     }
     for (std::size_t number = 0; number < vRecords.size(); ++number) {
@@ -165,6 +160,11 @@ void VertexRemover::linkInside() {
 }
 
 void VertexRemover::linkOutside() {
+    // All of them first: one triangle may lie behind several edges, and this knows it by the old triangles.
+    for (Spoke& spoke : vSpokes) {
+        if (spoke.pOutside != nullptr && (!spoke.bStays || bHull))
+            spoke.ithOutside = spoke.pOutside->getIntraTriangleIndex(spoke.pT);
+    }
     for (std::size_t i = 0; i < vSpokes.size(); ++i) {
         Triangle2* const pOutside = vSpokes[i].pOutside;
         const LinkTriangulation::Side side = filling.sideAt(i);

@@ -49,7 +49,7 @@ private:
         Triangle2* pT;
         Point2* pFrom;       // the other end of that edge
         Triangle2* pOutside; // behind the edge of the link, or null
-        int ithOutside;      // of that edge, when prepared and needed
+        int ithOutside;      // of that edge, if links outside change
         bool bStays;         // the record is to have that edge of the link still
     };
     class Turn;

@@ -231,6 +231,7 @@ HilbertOrder::HilbertOrder(const PointSource& points, const HC2& hc, std::span<c
 void HilbertOrder::order(const PointSource& points, const HC2& hc, std::span<char> spareMemory,
                          WorkerPool& pool) {
     const std::size_t num = points.size();
+    if (num == 0) return;
     std::span<KeyedIndex> work;
     if (spareMemory.size() >= 2 * num * sizeof(KeyedIndex)) {
         work = {new (spareMemory.data()) KeyedIndex[2 * num], 2 * num};

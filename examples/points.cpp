@@ -1,5 +1,5 @@
 // Who is next to whom, and which station is nearest: points inserted one by one, and the questions that a
-// triangulation answers.
+// triangulation answers, also after a point was removed.
 #include <Kivo_2D.h>
 
 #include <iostream>
@@ -52,4 +52,8 @@ int main() {
         std::cout << ' ' << nameOf(pTriangle->getCorner(i));
     std::cout << "\nnearest to the visitor: " << nameOf(findNearest(vHull[0], visitor)) << '\n';
     std::cout << "out at sea there is " << (stations.locate(Point2(20, 20)) ? "a" : "no") << " triangle\n";
+
+    Point2* const pClosed = findNearest(vHull[0], visitor);
+    stations.remove(pClosed);
+    std::cout << "after that one has closed: " << nameOf(findNearest(vHull[0], visitor)) << '\n';
 }
