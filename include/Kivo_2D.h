@@ -92,7 +92,7 @@ public:
     /// vertex; so do those of the triangles around it, without corners. Until then a pointer to a removed
     /// vertex is harmless: `remove` warns; `getIncidentTriangles`, `getAdjacentTriangle` from it and
     /// circulators throw `KivoException`; all else finds nothing. Afterwards it is a pointer to that other
-    /// vertex. Nothing is read through a pointer that never came from this triangulation.
+    /// vertex. `remove` reads nothing through a pointer that never came from this triangulation.
     ///
     /// Expected O(k) for a vertex of k triangles plus O(log k), whatever the points; O(1) while not 2-D, but
     /// O(k log k) where the last triangle goes. Method: Chew (1990). When memory runs out nothing has
