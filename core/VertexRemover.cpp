@@ -12,7 +12,7 @@ constexpr std::size_t large = 4096; // memory for larger stars is not kept
 
 } // namespace
 
-// A triangle around a vertex.
+// A triangle around a vertex: all that is asked of it.
 class VertexRemover::Turn {
 public:
     Turn(const Point2* pCentre, Triangle2* pFirst) : pVtx(pCentre) { enter(pFirst); }
@@ -21,75 +21,84 @@ public:
         pT = pNext;
         // All of it at once: it may lie on two cache lines, and the way on is known from both of them.
         const Triangle2 copy = *pT;
-        const int i = copy.getIntraTriangleIndex(pVtx), j = Triangle2::incIndexBy1(i);
+        const int i = copy.getIntraTriangleIndex(pVtx), j = Triangle2::incIndexBy1(i),
+                  k = Triangle2::incIndexBy1(j);
         pNextT = copy.getOppositeTriangle(j);
-        pPreviousT = copy.getOppositeTriangle(Triangle2::incIndexBy1(j));
+        pPreviousT = copy.getOppositeTriangle(k);
         pFrom = copy.getCorner(j);
+        pTo = copy.getCorner(k);
         pOutside = copy.getOppositeTriangle(i);
     }
-    Triangle2* triangle() const { return pT; }
-    Triangle2* next() const { return pNextT; }
-    Triangle2* previous() const { return pPreviousT; }
-    Spoke spoke() const {
-        prefetch(static_cast<const void*>(pFrom));
-        return {pT, pFrom, pOutside, 0, false};
-    }
 
-private:
     const Point2* pVtx;
     Triangle2 *pT, *pNextT, *pPreviousT, *pOutside;
-    Point2* pFrom;
+    Point2 *pFrom, *pTo;
 };
 
 bool VertexRemover::lookAround(Point2* pVtx) {
     pGoing = pVtx;
     collectStar();
-    vLink.clear();
-    for (const Spoke& spoke : vSpokes)
-        vLink.push_back(spoke.pFrom);
-    if (!bHull) return true;
-    const Triangle2& end = *vSpokes.back().pT;
-    vLink.push_back(end.getCorner(Triangle2::incIndexBy2(end.getIntraTriangleIndex(pGoing))));
-    return !isLinkStraight();
+    return !bHull || !isLinkStraight();
 }
 
-// In both directions at once, so that two records are on their way from memory at any time.
+// In both directions at once, so that two records are on their way from memory at any time. The vertices of
+// the link are fetched as soon as they are known, which is from the triangle before when it goes forwards: so
+// the last record is not waited for.
 void VertexRemover::collectStar() {
-    vSpokes.clear();
-    vBackwards.clear();
-    bHull = false;
+    first = last = vBuffer.size() / 2;
     Turn forward(pGoing, pGoing->getIncidentTriangle()), backward = forward;
-    vSpokes.push_back(forward.spoke());
-    for (;;) {
-        Triangle2* const pNext = forward.next();
-        if (pNext == backward.triangle()) break;
-        bHull = pNext == nullptr;
-        if (bHull) break;
-        Triangle2* const pPrevious = backward.previous();
+    const auto pushForward = [&](Point2* pFrom) {
+        prefetch(static_cast<const void*>(forward.pTo));
+        if (last == vBuffer.size()) makeRoom();
+        vBuffer[last++] = {forward.pT, pFrom, forward.pOutside, 0, false};
+    };
+    const auto goForward = [&](Triangle2* pNext) {
+        Point2* const pFrom = forward.pTo;
         forward.enter(pNext);
-        vSpokes.push_back(forward.spoke());
-        if (pPrevious == pNext) break;
-        bHull = pPrevious == nullptr;
-        if (bHull) break;
+        pushForward(pFrom);
+    };
+    const auto goBackward = [&](Triangle2* pPrevious) {
         backward.enter(pPrevious);
-        vBackwards.push_back(backward.spoke());
+        prefetch(static_cast<const void*>(backward.pFrom));
+        if (first == 0) makeRoom();
+        vBuffer[--first] = {pPrevious, backward.pFrom, backward.pOutside, 0, false};
+    };
+    prefetch(static_cast<const void*>(forward.pFrom));
+    pushForward(forward.pFrom);
+    for (;;) {
+        Triangle2 *const pNext = forward.pNextT, *const pPrevious = backward.pPreviousT;
+        bHull = pNext == nullptr || pPrevious == nullptr;
+        if (bHull || pNext == backward.pT) break;
+        goForward(pNext);
+        if (pPrevious == pNext) break;
+        goBackward(pPrevious);
     }
-    if (bHull) {
-        while (Triangle2* const pNext = forward.next()) {
-            forward.enter(pNext);
-            vSpokes.push_back(forward.spoke());
-        }
-        while (Triangle2* const pPrevious = backward.previous()) {
-            backward.enter(pPrevious);
-            vBackwards.push_back(backward.spoke());
-        }
-    }
-    vSpokes.insert(vSpokes.begin(), vBackwards.rbegin(), vBackwards.rend());
+    while (bHull && forward.pNextT != nullptr)
+        goForward(forward.pNextT);
+    while (bHull && backward.pPreviousT != nullptr)
+        goBackward(backward.pPreviousT);
+    vLink.clear();
+    for (const Spoke& spoke : spokes())
+        vLink.push_back(spoke.pFrom);
+    if (bHull) vLink.push_back(forward.pTo);
+}
+
+// At both ends.
+void VertexRemover::makeRoom() {
+    constexpr std::size_t atFirst = 64;
+    std::vector<Spoke> vLarger(std::max(atFirst, 2 * vBuffer.size()));
+    const std::size_t num = last - first, newFirst = (vLarger.size() - num) / 2;
+    std::copy(vBuffer.begin() + static_cast<std::ptrdiff_t>(first),
+              vBuffer.begin() + static_cast<std::ptrdiff_t>(last),
+              vLarger.begin() + static_cast<std::ptrdiff_t>(newFirst));
+    vBuffer.swap(vLarger);
+    first = newFirst;
+    last = first + num;
 }
 
 bool VertexRemover::isLinkStraight() const {
     const auto isInside = [](const Spoke& spoke) { return spoke.pOutside != nullptr; };
-    if (std::any_of(vSpokes.begin(), vSpokes.end(), isInside)) return false;
+    if (std::any_of(spokes().begin(), spokes().end(), isInside)) return false;
     for (std::size_t i = 2; i < vLink.size(); ++i) {
         if (tests.orientation(*vLink[i - 2], *vLink[i - 1], *vLink[i]) != ORIENTATION2_COLLINEAR)
             return false;
@@ -108,8 +117,8 @@ void VertexRemover::prepare() {
 void VertexRemover::assignRecords() {
     vRecords.assign(filling.numTriangles(), nullptr);
     vSpare.clear();
-    for (std::size_t i = 0; i < vSpokes.size(); ++i) {
-        Spoke& spoke = vSpokes[i];
+    for (std::size_t i = 0; i < degree(); ++i) {
+        Spoke& spoke = spokes()[i];
         const std::size_t number = filling.sideAt(i) >> 2;
         spoke.bStays = vRecords[number] == nullptr && !filling.isInfinite(filling.triangle(number));
         if (spoke.bStays) {
@@ -139,8 +148,9 @@ void VertexRemover::remove() {
     Triangle2* const pSurvivor = vLink.front()->getIncidentTriangle();
     for (Triangle2* const pT : vSpare)
         store.retireTriangle(pT, pSurvivor);
-    if (vSpokes.size() <= large) return;
-    vSpokes = vBackwards = {};
+    if (degree() <= large) return;
+    vBuffer = {};
+    first = last = 0;
     vLink = {};
     vRecords = vSpare = {};
 }
@@ -161,17 +171,17 @@ void VertexRemover::linkInside() {
 
 void VertexRemover::linkOutside() {
     // All of them first: one triangle may lie behind several edges, and this knows it by the old triangles.
-    for (Spoke& spoke : vSpokes) {
+    for (Spoke& spoke : spokes()) {
         if (spoke.pOutside != nullptr && (!spoke.bStays || bHull))
             spoke.ithOutside = spoke.pOutside->getIntraTriangleIndex(spoke.pT);
     }
-    for (std::size_t i = 0; i < vSpokes.size(); ++i) {
-        Triangle2* const pOutside = vSpokes[i].pOutside;
+    for (std::size_t i = 0; i < degree(); ++i) {
+        Triangle2* const pOutside = spokes()[i].pOutside;
         const LinkTriangulation::Side side = filling.sideAt(i);
         Triangle2* const pInside = vRecords[side >> 2];
         if (pInside != nullptr) pInside->setOppTriangle(static_cast<int>(side & 3), pOutside);
-        if (pOutside == nullptr || (vSpokes[i].bStays && !bHull)) continue;
-        const int ith = vSpokes[i].ithOutside;
+        if (pOutside == nullptr || (spokes()[i].bStays && !bHull)) continue;
+        const int ith = spokes()[i].ithOutside;
         pOutside->setOppTriangle(ith, pInside);
         if (!bHull) continue;
         // A vertex that gets no new triangle keeps one outside.

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -28,8 +29,8 @@ public:
     // What lookAround found. In counter-clockwise order; of a hull vertex from hull edge to hull edge, with
     // one vertex more than triangles.
     bool isOnHull() const { return bHull; }
-    std::size_t degree() const { return vSpokes.size(); }
-    Triangle2* triangle(std::size_t i) const { return vSpokes[i].pT; }
+    std::size_t degree() const { return last - first; }
+    Triangle2* triangle(std::size_t i) const { return vBuffer[first + i].pT; }
     const std::vector<Point2*>& link() const { return vLink; }
 
     // Finds what to put in its place, and gets the memory. Changes nothing.
@@ -54,7 +55,10 @@ private:
     };
     class Turn;
 
+    std::span<Spoke> spokes() { return {vBuffer.data() + first, last - first}; }
+    std::span<const Spoke> spokes() const { return {vBuffer.data() + first, last - first}; }
     void collectStar();
+    void makeRoom();
     bool isLinkStraight() const;
     void assignRecords();
     void linkInside();
@@ -65,7 +69,8 @@ private:
     LinkTriangulation filling;
     Point2* pGoing = nullptr;
     bool bHull = false;
-    std::vector<Spoke> vSpokes, vBackwards;
+    std::vector<Spoke> vBuffer; // the star, counter-clockwise, is from first to last
+    std::size_t first = 0, last = 0;
     std::vector<Point2*> vLink;
     std::vector<Triangle2*> vRecords; // of the new triangles; null for those with the point at infinity
     std::vector<Triangle2*> vSpare;   // records of the star that are not used again

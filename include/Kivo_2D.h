@@ -89,15 +89,16 @@ public:
     /// next point beside the line comes, and constraint segments wait for `applyConstraintsAndZones` as they
     /// do before the first triangle.
     ///
-    /// A vertex that an end of a constraint segment is or was (`isConstraint`) stays, with a warning and its
+    /// A vertex that is or was an end of a constraint segment (`isConstraint`) stays, with a warning and its
     /// coordinates on the error stream. Null, a vertex that was removed before, and whatever is no vertex of
     /// this triangulation are a warning, and so is a call by a listener while an operation runs: nothing
     /// happens.
     ///
     /// The record lives on with its coordinates, part of no triangle, until an insertion gives it to another
     /// vertex; so do those of the triangles around it, without corners. Until then a pointer to a removed
-    /// vertex is harmless: `remove` warns, queries by vertices throw `KivoException` or say that it has no
-    /// constraint. Afterwards it is a pointer to that other vertex.
+    /// vertex is harmless: `remove` warns; `getIncidentTriangles`, `getAdjacentTriangle` from it and
+    /// circulators throw `KivoException`; all else finds nothing. Afterwards it is a pointer to that other
+    /// vertex. `remove` reads nothing through a pointer that never came from this triangulation.
     ///
     /// Expected O(k) for a vertex of k triangles plus O(log k), whatever the points; O(1) while not 2-D, but
     /// O(k log k) where the last triangle goes. Method: Chew (1990). When memory runs out nothing has
