@@ -77,9 +77,12 @@ Point2* Dt2::insertFrom(const Point2& p, Triangle2* pStart) {
 }
 
 Point2* Dt2::insertLowerDimensional(const Point2& p) {
-    if (Point2* pExisting = vertexVault.findStored(p)) return pExisting;
-    Point2* pVtx = store.createVertex(p);
-    vertexVault.store(pVtx);
+    Point2* pVtx = vertexVault.findStored(p);
+    if (pVtx == nullptr) {
+        pVtx = store.createVertex(p);
+        vertexVault.store(pVtx);
+    }
+    // Those that are stored may span a triangle already, if memory ran out before.
     ProgressHub::Operation progress(hub, "insert vertices", 1);
     WorkerPool callerOnly(1);
     BatchInserter(*this, callerOnly, progress).insertStored();
