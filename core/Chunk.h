@@ -13,8 +13,9 @@
 
 namespace TESK_KIVO2D {
 
-// What one thread works with, and nobody else.
-class ChunkWorker {
+// What one thread works with, and nobody else: on cache lines of its own, in pairs as they are fetched, since
+// it is written with every vertex.
+class alignas(128) ChunkWorker {
 public:
     // The predicates hold for coordinates up to that bound. `report` is called now and then with the number
     // of vertices that were inserted since; it may throw.
