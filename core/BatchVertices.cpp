@@ -103,7 +103,7 @@ BatchVertices::BatchVertices(std::span<const Point2> points, const std::vector<P
     std::vector<Slice> vSlices = registration.slices(
         workers.size() == 1 ? 1 : slicesPerThread * static_cast<std::size_t>(workers.size()));
     workers.run(vSlices.size(), [&](std::size_t i, int) { registration.count(vSlices[i]); });
-    std::size_t numNew = 0;
+    std::size_t numVertices = 0, numNew = 0;
     for (Slice& slice : vSlices) {
         const Slice counted = slice;
         slice.numVertices = numVertices;
@@ -111,10 +111,10 @@ BatchVertices::BatchVertices(std::span<const Point2> points, const std::vector<P
         numVertices += counted.numVertices;
         numNew += counted.numNew;
     }
-    aVertices = std::make_unique_for_overwrite<Point2*[]>(numVertices);
+    vVertices.resize(numVertices); // touched by this thread first, as the cells of StartGrid are
     const VertexRecords records = store.takeVertices(numNew);
     const auto make = [&](std::size_t i, int) {
-        registration.make(vSlices[i], vOld, records, aVertices.get(), aHandles);
+        registration.make(vSlices[i], vOld, records, vVertices.data(), aHandles);
     };
     workers.run(vSlices.size(), std::cref(make)); // needs no memory: records must not stay unmade
 }

@@ -7,7 +7,6 @@
 #include "core/hilbertOrder.h"
 
 #include <cstddef>
-#include <memory>
 #include <span>
 #include <vector>
 
@@ -25,11 +24,10 @@ public:
                   MeshStore& store, WorkerPool& workers, Point2** aHandles);
 
     // In the order of the curve, the old ones among them.
-    std::span<Point2* const> all() const { return {aVertices.get(), numVertices}; }
+    std::span<Point2* const> all() const { return vVertices; }
 
 private:
-    std::size_t numVertices = 0;
-    std::unique_ptr<Point2*[]> aVertices; // not zeroed: first touched by the thread that fills it
+    std::vector<Point2*> vVertices;
 };
 
 } // namespace TESK_KIVO2D

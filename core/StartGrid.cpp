@@ -8,11 +8,6 @@
 
 namespace TESK_KIVO2D {
 
-StartGrid::Cells::Cells(std::size_t num)
-    : numCells(num), aCells(static_cast<std::uintptr_t*>(std::calloc(num, sizeof(std::uintptr_t)))) {
-    if (aCells == nullptr) throw std::bad_alloc();
-}
-
 void StartGrid::layOut(const Bbox2& newFrame, std::size_t numCells) {
     // Halves, since the ranges of the largest frames are infinite.
     const double num = static_cast<double>(std::max<std::size_t>(numCells, 1));
@@ -35,7 +30,8 @@ void StartGrid::layOut(const Bbox2& newFrame, std::size_t numCells) {
     cellsY = std::min(cellsY, maxCellsOfAxis);
     const auto columns = static_cast<std::size_t>(std::max(std::ceil(cellsX), 1.0));
     const auto rows = static_cast<std::size_t>(std::max(std::ceil(cellsY), 1.0));
-    cells = Cells(columns * rows);
+    std::vector<std::uintptr_t> vNewCells(columns * rows);
+    vCells.swap(vNewCells);
     for (std::deque<Children>& dChildren : vLanes)
         dChildren.clear();
     frame = newFrame;
@@ -52,7 +48,8 @@ void StartGrid::clear() {
     frame = Bbox2();
     maxNumberX = maxNumberY = 0;
     numColumns = 1;
-    cells.shrinkToOne();
+    vCells.resize(1);
+    vCells[0] = 0;
     for (std::deque<Children>& dChildren : vLanes)
         dChildren.clear();
 }
@@ -93,12 +90,12 @@ std::uintptr_t StartGrid::partOf(std::uintptr_t entry, std::size_t column, std::
 // A gap takes the part that is nearest to it.
 void StartGrid::fillGaps(WorkerPool& workers) {
     constexpr std::size_t first = 0, middle = childWidth / 2, last = childWidth - 1;
-    const std::size_t width = numColumns, height = cells.size() / numColumns;
+    const std::size_t width = numColumns, height = vCells.size() / numColumns;
     constexpr std::size_t rowsOfTask = 32;
     workers.run((height + rowsOfTask - 1) / rowsOfTask, [&](std::size_t task, int) {
         const std::size_t end = std::min((task + 1) * rowsOfTask, height);
         for (std::size_t y = task * rowsOfTask; y < end; ++y) {
-            std::uintptr_t* const aRow = &cells[y * width];
+            std::uintptr_t* const aRow = &vCells[y * width];
             fillFromEnds(
                 width, [&](std::size_t i) { return aRow[i] == 0; },
                 [&](std::size_t i, std::size_t j) {
@@ -107,10 +104,10 @@ void StartGrid::fillGaps(WorkerPool& workers) {
         }
     });
     fillFromEnds(
-        height, [&](std::size_t y) { return cells[y * width] == 0; },
+        height, [&](std::size_t y) { return vCells[y * width] == 0; },
         [&](std::size_t y, std::size_t from) {
             for (std::size_t x = 0; x < width; ++x)
-                cells[y * width + x] = partOf(cells[from * width + x], middle, from < y ? last : first);
+                vCells[y * width + x] = partOf(vCells[from * width + x], middle, from < y ? last : first);
         });
 }
 

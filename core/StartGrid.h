@@ -9,9 +9,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <deque>
-#include <memory>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -64,13 +62,13 @@ public:
     void setLanes(std::size_t num) { vLanes.resize(std::max(num, vLanes.size())); }
 
     bool covers(const Point2& p) const { return frame.isInBox(p); }
-    std::size_t numberOfCells() const { return cells.size(); }
+    std::size_t numberOfCells() const { return vCells.size(); }
 
     // The cell of any point; those outside the frame have one at its border.
     Cell cellOf(const Point2& p) {
         const std::uint64_t x = axisX.cell(p.x(), maxNumberX), y = axisY.cell(p.y(), maxNumberY);
         int digitsLeft = numPartDigits;
-        std::uintptr_t* pEntry = &cells[(y >> digitsLeft) * numColumns + (x >> digitsLeft)];
+        std::uintptr_t* pEntry = &vCells[(y >> digitsLeft) * numColumns + (x >> digitsLeft)];
         while ((*pEntry & isRefined) != 0) {
             digitsLeft -= childDigits;
             Children& children = *reinterpret_cast<Children*>(*pEntry - isRefined);
@@ -95,35 +93,15 @@ private:
     static_assert(alignof(Triangle2) > marks);
     using Children = std::array<std::uintptr_t, childWidth * childWidth>;
 
-    // All of it zero at first. The system hands out such memory when it is used, so that threads that fill
-    // the cells share that work.
-    class Cells {
-    public:
-        // Throws std::bad_alloc.
-        explicit Cells(std::size_t num);
-        std::size_t size() const { return numCells; }
-        std::uintptr_t& operator[](std::size_t i) { return aCells[i]; }
-        // One cell is left, which is zero, in the same memory.
-        void shrinkToOne() {
-            numCells = 1;
-            aCells[0] = 0;
-        }
-
-    private:
-        struct Free {
-            void operator()(std::uintptr_t* p) const { std::free(p); }
-        };
-        std::size_t numCells;
-        std::unique_ptr<std::uintptr_t[], Free> aCells;
-    };
-
     static std::uintptr_t partOf(std::uintptr_t entry, std::size_t column, std::size_t row);
 
     Bbox2 frame;
     GridAxis axisX, axisY;
     double maxNumberX = 0, maxNumberY = 0;
     std::size_t numColumns = 1;
-    Cells cells = Cells(1); // row by row
+    // Row by row. Zeroed, and so first touched, by one thread: several that meet fresh pages get in each
+    // other's way in the system, which takes longer than all the filling.
+    std::vector<std::uintptr_t> vCells = {0};
     std::vector<std::deque<Children>> vLanes =
         std::vector<std::deque<Children>>(1); // of children in no order; their addresses stay
 };
