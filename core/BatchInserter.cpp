@@ -6,14 +6,17 @@
 #include "kernel/assertion.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
+#include <limits>
 #include <new>
 #include <utility>
 
 namespace TESK_KIVO2D {
 
 void BatchInserter::insert(std::span<const Point2> points, Point2** aHandles) {
-    if (isForChunks(points.size())) {
+    if (isForChunks(points.size()) &&
+        dt.store.reserveTriangleRun(2 * (dt.numberOfPoints() + points.size()))) {
         insertInChunks(points, aHandles);
     } else {
         insertInSequence(points, aHandles);
@@ -24,6 +27,8 @@ void BatchInserter::insert(std::span<const Point2> points, Point2** aHandles) {
 // threads make up for as many as there are new ones.
 bool BatchInserter::isForChunks(std::size_t numPoints) const {
     if (numPoints < dt.minChunkedBatch || dt.pEdgeGuard != nullptr) return false;
+    constexpr std::size_t most = std::numeric_limits<std::uint32_t>::max(); // numbers have 32 bits
+    if (numPoints + dt.numberOfPoints() > most) return false;
     constexpr std::size_t few = 8;
     return dt.numberOfPoints() <= (dt.numCPU > 1 ? numPoints : numPoints / few);
 }
@@ -153,10 +158,8 @@ void BatchInserter::recycleLeftOut() {
 void BatchInserter::insertInChunks(std::span<const Point2> points, Point2** aHandles) {
     std::vector<Point2*> vBefore = dt.vertexVault.stored();
     if (dt.is2D()) dt.getVertexPointers(vBefore);
-    const std::size_t numAll = vBefore.size() + points.size();
     dt.store.prepareBatch(points.size());
-    dt.store.reserveTrianglesInAll(2 * numAll);
-    vBefore.reserve(numAll); // so that all can be stored
+    vBefore.reserve(vBefore.size() + points.size()); // so that all can be stored
     takeOld(vBefore);
     const HC2 curve = dt.hc.withoutWrap();
     vertices = BatchVertices(points, vBefore, curve, dt.store, workers, aHandles);

@@ -63,9 +63,11 @@ public:
     void reserveTriangles(std::size_t num) {
         if (vDeadT.size() < num) trianglePool.reserve(num - vDeadT.size());
     }
-    // Makes room for so many triangles when all that there are have been taken back.
-    void reserveTrianglesInAll(std::size_t num) {
+    // Makes room for a run of so many triangles when all that there are have been taken back. False when
+    // that would not be one run, since the pool has outgrown its first range of addresses.
+    bool reserveTriangleRun(std::size_t num) {
         if (trianglePool.size() < num) trianglePool.reserve(num - trianglePool.size());
+        return trianglePool.isOneRun(num);
     }
 
     // Memory of reserved triangles that are not made yet: it costs nothing to use until the next one is.

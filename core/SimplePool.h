@@ -30,6 +30,7 @@ public:
     // block.
     void init(std::int64_t numFirstBlock) {
         if (initialized) printText("SimplePool::init(..), ERROR: This pool is already initialized\n");
+        numExpected = static_cast<std::size_t>(std::max<std::int64_t>(numFirstBlock, 1));
         startBlock(static_cast<int>(std::clamp<std::int64_t>(numFirstBlock, 1, maxBlockCapacity)));
         initialized = true; // not before there is a block
     }
@@ -76,6 +77,15 @@ public:
             numLeft -= numHere;
         }
         return {pBegin, num};
+    }
+    // True when all records, made and reserved, are one run of at least so many.
+    bool isOneRun(std::size_t num) const {
+        std::size_t numRuns = 0, numRecords = 0;
+        forEachReservedRun([&](const T*, std::size_t numOfRun) {
+            ++numRuns;
+            numRecords += numOfRun;
+        });
+        return numRuns == 1 && numRecords >= num;
     }
     // Takes all records back, and keeps what is reserved.
     void takeBackAll() {
@@ -204,21 +214,23 @@ private:
     }
 
     void addRange(std::size_t numBlockBytes) {
-        // 2^27 records: more than any estimate gone wrong, and little enough to leave room for thousands of
+        // 2^28 records: more than any estimate gone wrong, and little enough to leave room for thousands of
         // pools.
-        constexpr std::size_t usualBytes = (std::size_t(1) << 27) * sizeof(T);
+        constexpr std::size_t usualBytes = (std::size_t(1) << 28) * sizeof(T);
         const void* pFloor = vRanges.empty() ? nullptr : vRanges.back().begin() + vRanges.back().size();
-        vRanges.emplace_back(std::max(usualBytes, 16 * numBlockBytes), numBlockBytes, pFloor);
+        const std::size_t numBytes = std::max({usualBytes, 16 * numBlockBytes, 2 * sizeof(T) * numExpected});
+        vRanges.emplace_back(numBytes, numBlockBytes, pFloor);
         numUsed = 0;
     }
 
     T* pNext = nullptr;
     T* pBlockEnd = nullptr;
     bool initialized = false;
-    std::size_t idxCurrent = 0; // the block that alloc serves from
-    std::size_t numBefore = 0;  // records of the blocks before it
-    std::size_t numUsed = 0;    // bytes of the last range that belong to blocks
-    std::vector<Block> vBlocks; // blocks behind the current one were reserved ahead
+    std::size_t idxCurrent = 0;  // the block that alloc serves from
+    std::size_t numBefore = 0;   // records of the blocks before it
+    std::size_t numExpected = 0; // in all, when the pool was made
+    std::size_t numUsed = 0;     // bytes of the last range that belong to blocks
+    std::vector<Block> vBlocks;  // blocks behind the current one were reserved ahead
     std::vector<AddressRange> vRanges;
 };
 
