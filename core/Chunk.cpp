@@ -10,6 +10,7 @@
 #include <utility>
 
 namespace TESK_KIVO2D {
+
 ChunkWorker::ChunkWorker(double maxAbsCoord, std::function<void(std::size_t)> reportInserted)
     : report(std::move(reportInserted)) {
     tests.setStaticBound(maxAbsCoord);

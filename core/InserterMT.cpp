@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <deque>
+#include <utility>
 
 namespace TESK_KIVO2D {
 namespace {
