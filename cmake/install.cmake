@@ -21,6 +21,7 @@ set(KIVO2D_PUBLIC_HEADERS
     Point2.h
     RefinementReport.h
     Segment2.h
+    SegmentChecker.h
     Triangle2.h
     TriangleAroundVertexIterator.h
     UserPredicateT.h

@@ -16,6 +16,7 @@
 #include "Point2.h"
 #include "RefinementReport.h"
 #include "Segment2.h"
+#include "SegmentChecker.h"
 #include "Triangle2.h"
 #include "TriangleAroundVertexIterator.h"
 #include "UserPredicateT.h"

@@ -21,6 +21,7 @@ class MsgBase;
 class Point2;
 class ResultOrder;
 class Segment2;
+class SegmentChecker;
 class TeskTest;
 class Triangle2;
 class TriangleAroundVertexIterator;

@@ -21,10 +21,11 @@ MAY_INCLUDE = {
     "zones": {"include", "kernel", "output", "core", "constraints", "zones"},
     "meshing": {"include", "kernel", "output", "core", "constraints", "zones", "meshing"},
     "core": {"include", "kernel", "output", "core", "constraints", "zones", "meshing"},
+    "checker": {"include", "kernel", "output", "core", "checker"},
     "cli": {"include", "cli"},
     "examples": {"include"},
-    "bench": {"include", "kernel", "core", "constraints", "zones", "meshing", "output", "bench"},
-    "tests": {"include", "kernel", "core", "constraints", "zones", "meshing", "output", "tests"},
+    "bench": {"include", "kernel", "core", "constraints", "zones", "meshing", "checker", "output", "bench"},
+    "tests": {"include", "kernel", "core", "constraints", "zones", "meshing", "checker", "output", "tests"},
 }
 # The upper stratum of core puts the parts together. All else in core is mesh primitives, which know neither the
 # triangulation that owns them nor drawing and files.
@@ -38,6 +39,7 @@ THIRD_PARTY = {
     "constraints": set(),
     "zones": set(),
     "meshing": set(),
+    "checker": set(),
     "cli": {"CLI/CLI.hpp", "nlohmann/json.hpp"},
     "examples": set(),
 }
@@ -82,9 +84,9 @@ def check_line(folder, path, bracket, name, target):
     if folder == "core" and (in_core_upper or target_folder in ("output", "constraints", "zones", "meshing")) and not os.path.basename(
             path).startswith(CORE_UPPER):
         return f"{path}: of core/, only {', '.join(CORE_UPPER)} may include {target}"
-    if folder in ("constraints", "zones", "meshing") and in_core_upper:
+    if folder in ("constraints", "zones", "meshing", "checker") and in_core_upper:
         return f"{path}: {folder}/ must not include {target}"
-    if folder in ("include", "kernel", "core", "constraints", "zones", "meshing", "output") and bracket == "<":
+    if folder in ("include", "kernel", "core", "constraints", "zones", "meshing", "checker", "output") and bracket == "<":
         return f"{path}: headers of the project are included in quotes: {name}"
     return None
 
