@@ -23,6 +23,8 @@ public:
     // point.
     SegmentIntersectionType typeOf(const Segment2* pA, const Segment2* pB);
     void add(const std::vector<Segment2*>& vAdded);
+    // Of segments that are drawn and compared.
+    std::vector<std::uint32_t> placesTakingPart();
 
     std::vector<Segment2*> vSegments;
     TeskTest tests; // of segments that may be any; its bound grows with them
@@ -32,7 +34,6 @@ public:
 
 private:
     void sortByAddress();
-    std::vector<std::uint32_t> placesTakingPart();
 
     std::unique_ptr<SegmentQueries> pQueries;
     bool bAddressesSorted = false;
