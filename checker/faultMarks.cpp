@@ -16,6 +16,7 @@ constexpr double markDistance = 1.5; // half a cross, on the page
 constexpr double sharedEndDistance = 5;
 constexpr std::size_t maxOverlaps = 100'000;
 constexpr std::size_t maxSharedEndPlaces = 200; // where all is connected, circles would hide the rest
+
 // Places on the page with at least a certain distance between any two: who comes first stays.
 class ThinnedPlaces {
 public:
@@ -156,7 +157,9 @@ bool Collector::isNewOnPage(const Segment2& overlap) {
     return sOverlaps.insert({round(src.x), round(src.y), round(trg.x), round(trg.y)}).second;
 }
 
+// To be called once, at the end.
 FaultMarks Collector::getMarks() {
+    // Each pair was met twice if all segments were asked, else at most twice.
     for (std::size_t* pNum : {&marks.numCrossings, &marks.numOverlaps, &marks.numSharedEnds})
         *pNum = (*pNum + 1) / 2;
     for (const Point2& end : marks.vSharedEnds)
