@@ -22,12 +22,13 @@ public:
     template<class Visit>
     void visitIntersectors(const Ends& ends, const Visit& visit);
 
-    // The places, in ascending order, of the segments that meet another one, in more than an end that the two
-    // share unless alsoEndPoints. The operation advances by one for each segment.
+    // A mark for each place: whether the segment there takes part and meets another one, in more than an end
+    // that the two share unless alsoEndPoints. The operation advances by one for each segment.
+    //
     // Boxes are no help once there were maxMisses comparisons a segment without a hit: then lines tell the
     // rest apart. Whatever the segments are, no more than these and the lines' own time is lost.
-    std::vector<std::uint32_t> findIllegal(bool alsoEndPoints, ProgressHub::Operation* pOperation,
-                                           std::size_t maxMisses = 48);
+    std::vector<char> findIllegal(bool alsoEndPoints, ProgressHub::Operation* pOperation,
+                                  std::size_t maxMisses = 48);
 
     std::size_t size() const { return segments.size(); }
 
