@@ -34,6 +34,10 @@ SegmentChecker::SegmentChecker(const std::vector<Segment2*>& vSegments) : Segmen
 SegmentChecker::~SegmentChecker() = default;
 
 void SegmentChecker::addSegments(const std::vector<Segment2*>& vSegments) {
+    if (pSCD->pPublisher && pSCD->pPublisher->isBusy()) {
+        reportError("SegmentChecker::addSegments()", "no segment is added during a query");
+        return;
+    }
     constexpr auto maxSegments = static_cast<std::size_t>(std::numeric_limits<int>::max());
     if (vSegments.size() > maxSegments - pSCD->vSegments.size()) {
         reportError("SegmentChecker::addSegments()", "too many segments, none is added");

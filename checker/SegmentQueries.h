@@ -38,14 +38,31 @@ private:
     TeskTest tests;
 };
 
+// Makes the static filter valid for larger coordinates, and as sharp as it was when it goes.
+class StaticBoundRaised {
+public:
+    StaticBoundRaised(TeskTest& predicates, double maxAbsCoord)
+        : tests(predicates), maxBefore(tests.getMaxAbsCoord()) {
+        if (maxAbsCoord > maxBefore) tests.setStaticBound(maxAbsCoord);
+    }
+    ~StaticBoundRaised() {
+        if (tests.getMaxAbsCoord() > maxBefore) tests.setStaticBound(maxBefore);
+    }
+    StaticBoundRaised(const StaticBoundRaised&) = delete;
+    StaticBoundRaised& operator=(const StaticBoundRaised&) = delete;
+
+private:
+    TeskTest& tests;
+    const double maxBefore;
+};
+
 inline SegmentIntersectionType classify(TeskTest& tests, const Ends& a, const Ends& b) {
     return classifySegments(tests, a.src(), a.trg(), b.src(), b.trg());
 }
 
 template<class Visit>
 void SegmentQueries::visitIntersectors(const Ends& ends, const Visit& visit) {
-    const double size = std::fmax(ends.src().getMaxAbs(), ends.trg().getMaxAbs());
-    if (size > tests.getMaxAbsCoord()) tests.setStaticBound(size);
+    const StaticBoundRaised raised(tests, std::fmax(ends.src().getMaxAbs(), ends.trg().getMaxAbs()));
     index.visitCandidates(ends, [&](std::size_t i) {
         const SegmentIntersectionType type = classify(tests, ends, segments[i]);
         if (type != SIT_NONE) visit(segments.place(i), type);
