@@ -55,7 +55,8 @@ double keyOf(const Shape& s, const Direction& d, Criterion criterion) {
 }
 
 // Of a group's extent, which is the range of middles and the size of segments, halving takes off half of that
-// one range. Where two criteria are about as good the larger range is halved, so that groups do not get thin.
+// one range. Where two criteria are about as good the larger range is halved, so that groups do not get thin,
+// and opposite spokes of a star get apart.
 Criterion bestCriterion(std::span<const std::uint32_t> group, const std::vector<Shape>& vShapes,
                         const Direction& d) {
     Range position, offset;
@@ -71,8 +72,9 @@ Criterion bestCriterion(std::span<const std::uint32_t> group, const std::vector<
     const double byPosition = position.size() / (position.size() + 2 * halfLength + tiny);
     const double byOffset = offset.size() / (offset.size() + breadth + tiny);
     const double byAngle = breadth / (offset.size() + breadth + tiny);
-    if (byAngle > byPosition && byAngle > byOffset) return ANGLE;
-    if (std::fabs(byPosition - byOffset) < 0.2) return position.size() > offset.size() ? POSITION : OFFSET;
+    constexpr double clear = 0.2;
+    if (byAngle > byPosition + clear && byAngle > byOffset) return ANGLE;
+    if (std::fabs(byPosition - byOffset) < clear) return position.size() > offset.size() ? POSITION : OFFSET;
     return byPosition > byOffset ? POSITION : OFFSET;
 }
 
