@@ -1,6 +1,7 @@
 #include "SegmentChecker.h"
 
 #include "KivoException.h"
+#include "checker/SegmentQueries.h"
 #include "tests/support/capture.h"
 #include "tests/support/sanitized.h"
 #include "tests/support/segmentSets.h"
@@ -29,14 +30,14 @@ bool isFinite(const Segment2& s) {
 class Reference {
 public:
     explicit Reference(const Pointers& vSet) : v(vSet), vOf(vSet.size()) {
-        std::vector<std::size_t> vOrder;
         Pointers vSeen;
         for (std::size_t i = 0; i < v.size(); ++i) {
             const auto at = std::lower_bound(vSeen.begin(), vSeen.end(), v[i]);
             if (v[i] == nullptr || !isFinite(*v[i]) || (at != vSeen.end() && *at == v[i])) continue;
             vSeen.insert(at, v[i]);
-            vOrder.push_back(i);
+            vPlaces.push_back(i);
         }
+        std::vector<std::size_t> vOrder = vPlaces;
         std::sort(vOrder.begin(), vOrder.end(), [&](auto i, auto j) { return low(i).x() < low(j).x(); });
         for (auto i = vOrder.begin(); i != vOrder.end(); ++i) {
             for (auto j = i + 1; j != vOrder.end() && low(*j).x() <= high(*i).x(); ++j)
@@ -46,6 +47,8 @@ public:
             std::sort(vOfOne.begin(), vOfOne.end());
     }
 
+    // Of those that take part.
+    const std::vector<std::size_t>& places() const { return vPlaces; }
     // Among the first of them.
     Intersectors intersectors(std::size_t i, bool alsoEndPoints, std::size_t num) const {
         Intersectors result;
@@ -76,6 +79,7 @@ private:
 
     const SegmentChecker pairs;
     const Pointers v;
+    std::vector<std::size_t> vPlaces;
     std::vector<std::vector<std::pair<std::size_t, SegmentIntersectionType>>> vOf; // by first place
 };
 
@@ -130,6 +134,24 @@ testing::AssertionResult areQueriesRight(const SegmentChecker& checker, const Re
     return testing::AssertionSuccess();
 }
 
+// By boxes for some comparisons or none, then by lines.
+testing::AssertionResult isSearchByLinesRight(Rng& rng, const Reference& reference, const Pointers& v) {
+    std::vector<std::uint32_t> vPlaces;
+    for (const std::size_t place : reference.places())
+        vPlaces.push_back(static_cast<std::uint32_t>(place));
+    SegmentQueries queries(v, vPlaces);
+    for (const bool alsoEndPoints : {false, true}) {
+        Pointers vIllegal;
+        for (const std::uint32_t place : queries.findIllegal(alsoEndPoints, nullptr, rng() % 3))
+            vIllegal.push_back(v[place]);
+        if (vIllegal != reference.illegal(alsoEndPoints, v.size()))
+            return testing::AssertionFailure()
+                   << "by lines, " << alsoEndPoints << ": " << text(vIllegal) << " instead of "
+                   << text(reference.illegal(alsoEndPoints, v.size())) << " in " << text(v);
+    }
+    return testing::AssertionSuccess();
+}
+
 // Added at once or in parts, with queries in between.
 testing::AssertionResult isRight(Rng& rng, const Pointers& v, std::size_t stride = 1) {
     const Reference reference(v);
@@ -140,7 +162,8 @@ testing::AssertionResult isRight(Rng& rng, const Pointers& v, std::size_t stride
         checker.addSegments(Pointers(at(num), at(next)));
         num = next;
         const auto result = areQueriesRight(checker, reference, v, num, stride);
-        if (!result || num == v.size()) return result;
+        if (!result) return result;
+        if (num == v.size()) return isSearchByLinesRight(rng, reference, v);
     }
 }
 
@@ -164,7 +187,7 @@ struct Listener : MsgBase {
 TEST_P(SetsOfSegments, ofSmallSizeHaveTheIntersectorsThatPairByPairShows) {
     const CapturedMessages messages;
     Rng rng(41);
-    for (int i = 0; i < (isSanitized ? 150 : 1200) && !HasFailure(); ++i) {
+    for (int i = 0; i < (isSanitized ? 100 : std::min(800, GetParam().maxNum)) && !HasFailure(); ++i) {
         Segments segments = GetParam().make(rng, below(rng, i % 2 == 0 ? 8 : 61));
         if (i % 4 == 1) {
             const Segments more =
@@ -182,10 +205,8 @@ TEST_P(SetsOfSegments, ofSmallSizeHaveTheIntersectorsThatPairByPairShows) {
 TEST_P(SetsOfSegments, ofSeveralTreeLevelsHaveThemToo) {
     const CapturedMessages messages;
     Rng rng(42);
-    const std::vector<int> vSizes =
-        isSanitized ? std::vector<int>{100, 200, 300, 700}
-                    : std::vector<int>{100, 130, 170, 200, 257, 300, 512, 700, 1100, 2500, 4500};
-    for (const int num : vSizes) {
+    for (const int num : {100, 130, 170, 200, 257, 300, 512, 700, 1500, 4500}) {
+        if (num > (isSanitized ? 300 : GetParam().maxNum)) break;
         Segments segments = segmentSets::varied(rng, GetParam().make(rng, num));
         Pointers v = pointers(segments);
         if (rng() % 4 != 0) std::shuffle(v.begin(), v.end(), rng);
@@ -193,21 +214,30 @@ TEST_P(SetsOfSegments, ofSeveralTreeLevelsHaveThemToo) {
     }
 }
 
-TEST(SegmentChecker, answersForSegmentsThatAreNotInTheSet) {
+TEST_P(SetsOfSegments, answerForOtherSegmentsInsideAndFarOutside) {
+    const CapturedMessages messages;
     Rng rng(43);
-    for (int i = 0; i < 300 && !HasFailure(); ++i) {
-        Segments segments = segmentSets::lattice(rng, below(rng, 80)), foreign = segmentSets::lattice(rng, 5);
-        if (i % 2 == 0) foreign.insert(foreign.end(), segments.begin(), segments.end());
+    for (const int num : {5, 40, 600}) {
+        Segments segments = segmentSets::varied(rng, GetParam().make(rng, num));
         const Pointers v = pointers(segments);
-        const SegmentChecker checker(v);
-        for (const Segment2& query : foreign) {
+        const SegmentChecker checker(v), pairs;
+        for (int i = 0; i < (isSanitized ? 20 : 200) && !HasFailure(); ++i) {
+            const Segment2 &s = *v[rng() % v.size()], &other = *v[rng() % v.size()];
+            const Segment2 across(s.getSrc(),
+                                  rng() % 2 == 0 ? other.getTrg() : segmentSets::between(other, 0.5));
+            const double reach = std::ldexp(1, below(rng, 12));
+            const Segment2 query(segmentSets::between(across, below(rng, 3) / 2.0 - reach),
+                                 segmentSets::between(across, reach * below(rng, 5) / 4.0));
+            if (!isFinite(query)) continue;
             Intersectors vExpected, vFound;
             for (Segment2* p : v) {
-                const SegmentIntersectionType type = SegmentChecker().getIntersectionType(&query, p);
+                const auto type = isFinite(*p) ? pairs.getIntersectionType(&query, p) : SIT_NONE;
                 if (type != SIT_NONE) vExpected.emplace_back(p, type);
             }
             checker.getIntersectors(&query, true, vFound);
-            EXPECT_EQ(vFound, vExpected) << text(v);
+            EXPECT_TRUE(vFound == vExpected)
+                << doubles::hex({query.getSrc(), query.getTrg()}) << ": " << vFound.size() << " instead of "
+                << vExpected.size() << " in " << text(v);
         }
     }
 }

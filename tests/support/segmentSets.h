@@ -19,6 +19,7 @@ using Segments = std::vector<Segment2>;
 struct Kind {
     const char* name;
     std::function<Segments(Rng&, int)> make;
+    int maxNum = 4500; // of more, looking at each pair takes long
 };
 inline void PrintTo(const Kind& kind, std::ostream* pStream) { *pStream << kind.name; }
 
@@ -124,7 +125,7 @@ inline Segments diagonals(Rng& rng, int num) {
 // Pieces of a few lines of one slope: apart, touching or overlapping.
 inline Segments dashes(Rng& rng, int num) {
     const Point2 step = moved(latticePoint(rng, 7), 1, -3);
-    const int numLines = 1 + below(rng, 3), range = 1 + below(rng, 4 * num), length = below(rng, 4);
+    const int numLines = 1 + below(rng, 3), range = 1 + below(rng, 4 * num + 1), length = below(rng, 4);
     return many(num, [&](int i) {
         const Point2 line(0, 7 * below(rng, numLines));
         const double k = below(rng, 2) == 0 ? 3.0 * i : below(rng, range), end = k + below(rng, length + 1);
@@ -226,22 +227,22 @@ inline Segments varied(Rng& rng, Segments v) {
 
 inline const std::vector<Kind>& all() {
     static const std::vector<Kind> vKinds = {
-        {"lattice", lattice},
+        {"lattice", lattice, 700},
         {"shortOnLattice", shortOnLattice},
         {"uniform", uniform},
-        {"longAndShort", longAndShort},
+        {"longAndShort", longAndShort, 1500},
         {"chain", chain},
-        {"star", star},
-        {"fan", fan},
-        {"diagonals", diagonals},
+        {"star", star, 700},
+        {"fan", fan, 700},
+        {"diagonals", diagonals, 700},
         {"dashes", dashes},
-        {"nested", nested},
-        {"allTheSame", allTheSame},
+        {"nested", nested, 512},
+        {"allTheSame", allTheSame, 700},
         {"axisParallel", axisParallel},
-        {"roundedTouches", roundedTouches},
-        {"clusters", clusters},
-        {"anyBits", anyBits},
-        {"extremes", extremes},
+        {"roundedTouches", roundedTouches, 1500},
+        {"clusters", clusters, 1500},
+        {"anyBits", anyBits, 300},
+        {"extremes", extremes, 300},
     };
     return vKinds;
 }
