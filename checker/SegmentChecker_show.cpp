@@ -100,14 +100,14 @@ void draw(const Cast& cast, bool alsoEndPoints, const FaultMarks& marks, const s
 Cast findCast(const Segments& vSegments, const std::vector<std::uint32_t>& vPlaces, SegmentQueries& queries,
               bool alsoEndPoints, ProgressHub::Operation* pOperation) {
     Cast cast;
-    std::vector<Segments*> vRoles(vSegments.size(), &cast.vLegal);
-    for (const std::uint32_t place : queries.findIllegal(alsoEndPoints, pOperation))
-        vRoles[place] = alsoEndPoints ? &cast.vConnected : &cast.vIllegal;
-    if (alsoEndPoints)
-        for (const std::uint32_t place : queries.findIllegal(false, nullptr))
-            vRoles[place] = &cast.vIllegal;
-    for (const std::uint32_t place : vPlaces)
-        vRoles[place]->push_back(vSegments[place]);
+    const std::vector<char> vMeets = queries.findIllegal(alsoEndPoints, pOperation);
+    const std::vector<char> vIntersects = alsoEndPoints ? queries.findIllegal(false, nullptr) : vMeets;
+    for (const std::uint32_t place : vPlaces) {
+        Segments& role = vIntersects[place] != 0 ? cast.vIllegal
+                         : vMeets[place] != 0    ? cast.vConnected
+                                                 : cast.vLegal;
+        role.push_back(vSegments[place]);
+    }
     return cast;
 }
 
