@@ -18,7 +18,7 @@ using Segments = std::vector<Segment2*>;
 
 const Color colorOfLegal(0.6, 0.6, 0.6, 0.25, false);
 const Color colorOfConnected(1.0, 0.6, 0.1, 0.6, false);
-const Color colorOfOverlaps(CBLUE, 2.4F);
+const Color colorOfOverlaps(CBLUE, 1.7F);
 const Color colorOfSharedEnds(0.0, 0.6, 0.2, 0.5, false);
 
 // Lines are thick where they are few, thin where they would run into each other.
@@ -27,7 +27,7 @@ Color adjusted(Colorname name, std::size_t num, double many, double thickest, do
     return Color(name, static_cast<float>(std::clamp(width, thinnest, thickest)));
 }
 Color colorOfIllegal(std::size_t num) { return adjusted(CRED, num, 1000, 0.8, 0.4); }
-Color colorOfCrossings(std::size_t num) { return adjusted(CBLACK, num, 1000, 0.7, 0.2); }
+Color colorOfCrossings(std::size_t num) { return adjusted(CBLACK, num, 300, 1.1, 0.2); }
 Color colorOfFaultPlaces(std::size_t num) { return adjusted(CRED, num, 100, 1.0, 0.25); }
 
 // Who plays which part in a drawing.
