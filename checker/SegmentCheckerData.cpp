@@ -65,23 +65,31 @@ std::int64_t SegmentChecker::SegmentCheckerData::placeOf(const Segment2* pSegmen
 }
 
 // Null pointers and what is not finite take no part, nor does what was added before.
-std::vector<std::uint32_t> SegmentChecker::SegmentCheckerData::placesTakingPart() {
+std::vector<std::uint32_t> SegmentChecker::SegmentCheckerData::placesTakingPart(const char* location) {
     sortByAddress();
-    std::vector<char> vRepeated(vByAddress.empty() ? 0 : vSegments.size(), 0);
-    for (std::size_t i = 1; i < vByAddress.size(); ++i)
-        if (vSegments[vByAddress[i]] == vSegments[vByAddress[i - 1]]) vRepeated[vByAddress[i]] = 1;
+    std::vector<char> vOut(vSegments.size(), 0);
+    std::size_t numRepeated = 0;
+    for (std::size_t i = 0; i < vSegments.size(); ++i)
+        if (vSegments[i] == nullptr || !isFinite(*vSegments[i])) vOut[i] = 1;
+    for (std::size_t i = 1; i < vByAddress.size(); ++i) {
+        const std::uint32_t place = vByAddress[i];
+        if (vOut[place] != 0 || vSegments[place] != vSegments[vByAddress[i - 1]]) continue;
+        vOut[place] = 1;
+        ++numRepeated;
+    }
+    if (numRepeated > 0)
+        reportWarning(location,
+                      "segments that were added before and count once: " + std::to_string(numRepeated));
     std::vector<std::uint32_t> vPlaces;
     vPlaces.reserve(vSegments.size());
-    for (std::size_t i = 0; i < vSegments.size(); ++i) {
-        const bool bRepeated = !vRepeated.empty() && vRepeated[i] != 0;
-        if (!bRepeated && vSegments[i] != nullptr && isFinite(*vSegments[i]))
-            vPlaces.push_back(static_cast<std::uint32_t>(i));
-    }
+    for (std::size_t i = 0; i < vSegments.size(); ++i)
+        if (vOut[i] == 0) vPlaces.push_back(static_cast<std::uint32_t>(i));
     return vPlaces;
 }
 
-SegmentQueries& SegmentChecker::SegmentCheckerData::queries() {
-    if (!pQueries) pQueries = std::make_unique<SegmentQueries>(vSegments, placesTakingPart());
+SegmentQueries& SegmentChecker::SegmentCheckerData::queries(const char* location) {
+    if (vSegments.empty()) reportWarning(location, "no segments");
+    if (!pQueries) pQueries = std::make_unique<SegmentQueries>(vSegments, placesTakingPart(location));
     return *pQueries;
 }
 

@@ -15,8 +15,8 @@ namespace TESK_KIVO2D {
 
 class SegmentChecker::SegmentCheckerData {
 public:
-    // The queries over what was added so far; prepared where that was not done yet.
-    SegmentQueries& queries();
+    // The queries over what was added so far; prepared, with warnings, where that was not done yet.
+    SegmentQueries& queries(const char* location);
     // The place of the segment, its first one; -1 if it was not added.
     std::int64_t placeOf(const Segment2* pSegment);
     // Of segments that are finite. The same object has more than a point in common with itself, even as a
@@ -32,7 +32,7 @@ public:
 
 private:
     void sortByAddress();
-    std::vector<std::uint32_t> placesTakingPart();
+    std::vector<std::uint32_t> placesTakingPart(const char* location);
 
     std::unique_ptr<SegmentQueries> pQueries;
     bool bAddressesSorted = false;
