@@ -33,12 +33,15 @@ public:
     std::size_t size() const { return vEnds.size(); }
     const Ends& operator[](std::size_t i) const { return vEnds[i]; }
     std::uint32_t place(std::size_t i) const { return vPlace[i]; }
+    // Of the set.
+    std::size_t numPlaces() const { return numAll; }
     // Of all ends.
     const Bbox2& box() const { return extent; }
 
 private:
     std::vector<Ends> vEnds;
     std::vector<std::uint32_t> vPlace;
+    std::size_t numAll;
     Bbox2 extent;
 };
 

@@ -34,6 +34,10 @@ SegmentChecker::SegmentChecker(const std::vector<Segment2*>& vSegments) : Segmen
 SegmentChecker::~SegmentChecker() = default;
 
 void SegmentChecker::addSegments(const std::vector<Segment2*>& vSegments) {
+    if (pSCD->pPublisher && pSCD->pPublisher->isBusy()) {
+        reportError("SegmentChecker::addSegments()", "no segment is added during a query");
+        return;
+    }
     constexpr auto maxSegments = static_cast<std::size_t>(std::numeric_limits<int>::max());
     if (vSegments.size() > maxSegments - pSCD->vSegments.size()) {
         reportError("SegmentChecker::addSegments()", "too many segments, none is added");
@@ -134,11 +138,12 @@ void SegmentChecker::getIllegalSegments(bool alsoEndPoints, std::vector<Segment2
     SegmentQueries& queries = pSCD->queries();
     std::optional<ProgressHub::Operation> operation;
     if (pSCD->pPublisher) operation.emplace(*pSCD->pPublisher, "SEGCHECK", queries.size());
-    const auto vPlaces = queries.findIllegal(alsoEndPoints, operation ? &*operation : nullptr);
+    const std::vector<char> vMarks = queries.findIllegal(alsoEndPoints, operation ? &*operation : nullptr);
     if (operation) operation->finish();
-    vIllegalSegments.reserve(vIllegalSegments.size() + vPlaces.size());
-    for (const std::uint32_t place : vPlaces)
-        vIllegalSegments.push_back(pSCD->vSegments[place]);
+    const auto num = static_cast<std::size_t>(std::count(vMarks.begin(), vMarks.end(), 1));
+    vIllegalSegments.reserve(vIllegalSegments.size() + num);
+    for (std::size_t i = 0; i < vMarks.size(); ++i)
+        if (vMarks[i] != 0) vIllegalSegments.push_back(pSCD->vSegments[i]);
 }
 
 void SegmentChecker::subscribe(MsgType msgType, MsgBase* pListener) {

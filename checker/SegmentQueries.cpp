@@ -2,7 +2,6 @@
 
 #include "checker/HullTree.h"
 
-#include <algorithm>
 #include <optional>
 
 namespace TESK_KIVO2D {
@@ -60,18 +59,17 @@ SegmentQueries::SegmentQueries(const std::vector<Segment2*>& vSegments,
         tests.setStaticBound(std::fmax(box.getMinPoint().getMaxAbs(), box.getMaxPoint().getMaxAbs()));
 }
 
-std::vector<std::uint32_t> SegmentQueries::findIllegal(bool alsoEndPoints, ProgressHub::Operation* pOperation,
-                                                       std::size_t maxMisses) {
+std::vector<char> SegmentQueries::findIllegal(bool alsoEndPoints, ProgressHub::Operation* pOperation,
+                                              std::size_t maxMisses) {
     IllegalSearch search(segments, index, tests, alsoEndPoints, maxMisses);
     for (std::size_t i = 0; i < size(); ++i) {
         search.search(i);
         if (pOperation != nullptr) pOperation->advance();
     }
-    std::vector<std::uint32_t> vPlaces;
+    std::vector<char> vMarks(segments.numPlaces(), 0);
     for (std::size_t i = 0; i < size(); ++i)
-        if (search.isMarked(i)) vPlaces.push_back(segments.place(i));
-    std::sort(vPlaces.begin(), vPlaces.end());
-    return vPlaces;
+        vMarks[segments.place(i)] = search.isMarked(i) ? 1 : 0;
+    return vMarks;
 }
 
 } // namespace TESK_KIVO2D
