@@ -117,7 +117,8 @@ inline Segments fansOnALine(Rng& rng, int num) {
     return many(num, [&](int i) {
         if (i == 0) return Segment2({-step.x(), -step.y()}, {100 * step.x(), 100 * step.y()});
         const double k = i / 40, size = doubles::uniform(rng);
-        return Segment2({k * step.x(), k * step.y()}, {k * step.x() + size, k * step.y() - 0.1 * size * size});
+        return Segment2({k * step.x(), k * step.y()},
+                        {k * step.x() + size, k * step.y() - 0.1 * size * size});
     });
 }
 
