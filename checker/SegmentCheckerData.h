@@ -23,6 +23,8 @@ public:
     // point.
     SegmentIntersectionType typeOf(const Segment2* pA, const Segment2* pB);
     void add(const std::vector<Segment2*>& vAdded);
+    // Without null pointers, what is not finite, and what was added before.
+    std::vector<std::uint32_t> placesTakingPart();
 
     std::vector<Segment2*> vSegments;
     TeskTest tests; // of segments that may be any; its bound grows with them
@@ -32,8 +34,8 @@ public:
 
 private:
     void sortByAddress();
-    std::vector<std::uint32_t> placesTakingPart(const char* location);
 
+    std::size_t numUnusable = 0; // null pointers, or not finite
     std::unique_ptr<SegmentQueries> pQueries;
     bool bAddressesSorted = false;
     std::vector<std::uint32_t> vByAddress; // places; empty where they ascend with the addresses as they are

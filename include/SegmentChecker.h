@@ -103,8 +103,10 @@ public:
 
     /// Draws all segments.
     void showSegments(const std::string& filename) const;
-    /// Draws all segments, the illegal ones in red, their intersection points as crosses and what they share
-    /// as thick blue lines. Circles mark where to look.
+    /// Draws all segments, the illegal ones in red, in orange those that only share ends, their intersection
+    /// points as crosses and what they share as thick blue lines. Circles mark where to look. Marks that
+    /// would hide each other are drawn once. Of more than some million pairs a part is looked at, and lines
+    /// above the drawing say so; all illegal segments are in the drawing.
     void showIllegalSegments(bool alsoEndPoints, const std::string& filename) const;
     /// \}
 
