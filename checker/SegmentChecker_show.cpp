@@ -124,7 +124,7 @@ void SegmentChecker::showSegments(const std::string& filename) const {
 }
 
 void SegmentChecker::showIllegalSegments(bool alsoEndPoints, const std::string& filename) const {
-    SegmentQueries& queries = pSCD->queries();
+    SegmentQueries& queries = pSCD->queries("SegmentChecker::showIllegalSegments()");
     const std::size_t half = queries.size(); // each for the segments, and for the places of their faults
     std::optional<ProgressHub::Operation> operation;
     if (pSCD->pPublisher) operation.emplace(*pSCD->pPublisher, "SEGCHECK", 2 * half);
