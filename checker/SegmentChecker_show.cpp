@@ -78,7 +78,7 @@ void addHeaderTo(Visualizer2& drawing, const Cast& cast, bool alsoEndPoints, con
     addCount("Pairs that cross or touch (black crosses): ", marks.numCrossings, bound);
     addCount("Pairs that overlap (thick blue lines): ", marks.numOverlaps, bound);
     if (alsoEndPoints) addCount("Pairs that share an end (green crosses): ", marks.numSharedEnds, bound);
-    if (!marks.bAllPairs) drawing.addHeaderLine("There are too many pairs to look at all of them.");
+    if (!marks.bAllPairs) drawing.addHeaderLine("Only a part of all pairs was looked at.");
 }
 
 void draw(const Cast& cast, bool alsoEndPoints, const FaultMarks& marks, const std::string& filename) {

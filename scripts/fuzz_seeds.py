@@ -32,9 +32,8 @@ def soup(mode, rows, per_call):
 
 def main():
     data, corpus = Path(sys.argv[1]), Path(sys.argv[2])
-    targets = ("point_file_fuzz", "segment_soup_fuzz", "zone_soup_fuzz", "mesh_fuzz", "removal_fuzz", "segment_checker_fuzz")
-    for target in targets:
-        (corpus / target).mkdir(parents=True, exist_ok=True)
+    for name in ("point_file", "segment_soup", "zone_soup", "mesh", "removal", "segment_checker"):
+        (corpus / f"{name}_fuzz").mkdir(parents=True, exist_ok=True)
     for path in sorted(data.glob("*.xy")):
         rows, segments = numbers(path), numbers(path.with_suffix(".seg"))
         files = {"text": path.read_bytes()[:2000]}
