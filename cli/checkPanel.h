@@ -1,0 +1,41 @@
+#pragma once
+
+#include "cli/OutputFile.h"
+#include "cli/checkFaults.h"
+#include "cli/checkReport.h"
+
+#include <array>
+#include <cstddef>
+#include <string>
+
+namespace cli {
+
+// How faults are marked; widths in hundredths of a unit.
+struct FaultStyle {
+    const char* name;  // of the class, for style sheets
+    const char* label; // what it says in the picture
+    const char* color;
+    int width;
+};
+// Readable on light and dark pages.
+constexpr std::array<FaultStyle, NUM_FAULT_KINDS> FAULT_STYLES{{
+    {"crossings", "crossings", "#f59e0b", 500},
+    {"touches", "touches", "#65a30d", 500},
+    {"overlaps", "overlaps", "#2563eb", 500},
+    {"duplicates", "duplicates", "#06b6d4", 500},
+    {"shared-ends", "shared ends", "#0d9488", 300},
+}};
+constexpr const char* SEGMENT_COLOR = "#8294a8";
+constexpr const char* AT_FAULT_COLOR = "#dc2626";
+constexpr const char* PLACE_COLOR = "#c026d3";
+
+constexpr double CHECK_PANEL_WIDTH = 330.0;
+constexpr double CHECK_PANEL_HEIGHT = 300.0;
+
+// "12 segments, 3 at fault".
+std::string titleOf(const CheckReport& report);
+
+// Writes what the colours mean, with the counts; so many rings mark the places of faults.
+void writeCheckPanel(OutputFile& out, double left, const CheckReport& report, std::size_t numPlaces);
+
+} // namespace cli
