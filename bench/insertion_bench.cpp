@@ -1,5 +1,6 @@
 // Insertion and location against the rival, in one run: for each input the two take turns.
 #include "Kivo_2D.h"
+#include "bench/checker_bench.h"
 #include "bench/constraint_bench.h"
 #include "bench/counters.h"
 #include "bench/inputs.h"
@@ -162,6 +163,7 @@ int main(int argc, char** argv) {
     bench::addConstraintBenchmarks();
     bench::addZoneBenchmarks();
     bench::addMeshBenchmarks();
+    bench::addCheckerBenchmarks();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return EXIT_FAILURE;
     benchmark::RunSpecifiedBenchmarks();

@@ -42,6 +42,12 @@ TARGETS = [
     ]],
     *[(f"triangles/{kind}/1000000", "batch/uniform/1000000/kivo", "own batch, uniform", 0.35, 0.2)
       for kind in ["inside", "grow", "union"]],
+    *[("checker/random/1000000", f"checker/random/1000000/{rival}", against, 0.6, 0.3) for rival, against in [
+        ("boost", "Boost.Geometry R-tree"),
+        ("boostTuned", "the same, queries in its order"),
+        ("cgal", "CGAL box intersection"),
+        ("cgalTuned", "the same, another cutoff"),
+    ]],
     ("quality/mesh/1000000", "quality/vertices/1000000/kivo", "own batch of its vertices", 0.3, 0.2),
     ("batchInto/ring/1000000", "batchInto/corners/1000000/kivo", "own, no constraints", 1.3, 1.1),
     ("oneByOneInto/ring/1000000", "oneByOneInto/corners/1000000/kivo", "own, no constraints", 1.3, 1.1),
@@ -49,6 +55,8 @@ TARGETS = [
 # Of the time a triangle.
 MESH_AT_MOST, MESH_AIM = 0.25, 0.1
 PEAK_AT_MOST, PEAK_AIM = 190, 160
+# Time a segment over that of random segments.
+CHECKER_WORST_AT_MOST = 10
 # Of the time that one thread takes, and what that one takes of the time of insertion one after the other.
 TWO_THREADS_AT_MOST, TWO_THREADS_AIM = 0.6, 0.53
 CHUNKS_AT_MOST = 1.05
@@ -243,6 +251,34 @@ def mesh_table(runs):
     return table(head, rows, 1)
 
 
+def checker_table(runs):
+    random_ms = median(runs, "checker/random/1000000/kivo")
+    random_ns = random_ms and random_ms * 1e6 / MILLION
+    rows = []
+    for name, measured in runs.items():
+        task, kind, _, who = name.split("/")
+        if who != "kivo" or not task.startswith("checker") or task == "checkerIntersectors":
+            continue
+        num = measured[0]["segments"]
+        ns, user_ns = (median(runs, name, key) * 1e6 / num for key in ("real_time", "userMs"))
+        rows.append([kind, text_of(num, 0, ","), text_of(measured[0]["illegal"], 0, ","), text_of(ns), text_of(user_ns),
+                     text_of(random_ns and ns / random_ns, 2),
+                     text_of(CHECKER_WORST_AT_MOST if task == "checkerWorst" else None)])
+    return table(["input", "segments", "that intersect", "ns a segment", "CPU user", "over random", "at most"], rows, 1)
+
+
+def intersectors_table(runs):
+    rows = []
+    for name, measured in runs.items():
+        if name.startswith("checkerIntersectors/"):
+            _, kind, num, _ = name.split("/")
+            times = [median(runs, name, key) * 1e6 for key in ("real_time", "userMs")]
+            rows.append([kind, f"{int(num):,}", text_of(measured[0]["pairs"], 0, ","),
+                         *[text_of(ns / count) for ns in times for count in (int(num), 2 * measured[0]["pairs"])]])
+    return table(["input", "queries", "pairs", "ns a query", "ns a segment reported", "CPU user a query",
+                  "CPU user a segment reported"], rows, 1)
+
+
 def hub_table(runs):
     rows = []
     for name, measured in runs.items():
@@ -295,6 +331,9 @@ def sections(program, runs, with_peak):
            long_segment_table(runs))
     yield ("Meshing: nanoseconds a triangle", "Refinement alone, of domains that are triangulated already, under a "
            "limit of area (Kivo 2D) or of edges (CGAL) that gives about a million triangles.", mesh_table(runs))
+    yield ("Segments that intersect others: nanoseconds a segment", "From the making of the checker on. Random ones, sets in "
+           "which boxes tell nothing, and sets in which hits are many.", checker_table(runs))
+    yield ("What intersects a segment", "A query for each segment of a set whose index exists.", intersectors_table(runs))
     yield ("Removal of a vertex with a million neighbours", "An inner one, one beyond a convex chain, and one beside a "
            "line, which leaves no triangle.", hub_table(runs))
     yield ("Memory of removal", "A million uniform points inserted and all removed in random order, again and again.",

@@ -1,20 +1,28 @@
 #include "SegmentChecker.h"
 
 #include "checker/SegmentCheckerData.h"
+#include "checker/finite.h"
 #include "checker/segmentClassification.h"
 #include "kernel/assertion.h"
-#include "kernel/intersection.h"
 #include "kernel/messages.h"
 #include "kernel/tools.h"
 
 #include <algorithm>
-#include <cmath>
+#include <limits>
+#include <optional>
 
 namespace TESK_KIVO2D {
 namespace {
 
-bool isFinite(const Segment2& s) {
-    return std::isfinite(s.getSrc().getMaxAbs()) && std::isfinite(s.getTrg().getMaxAbs());
+// False, with an error, when one of the pointers is null or a coordinate is not finite.
+template<class... Segments>
+bool areUsable(const char* location, const Segments*... pSegments) {
+    const bool bNull = ((pSegments == nullptr) || ...);
+    if (bNull || !(isFinite(*pSegments) && ...)) {
+        reportError(location, bNull ? "null pointer" : "coordinate that is not finite");
+        return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -26,31 +34,34 @@ SegmentChecker::SegmentChecker(const std::vector<Segment2*>& vSegments) : Segmen
 SegmentChecker::~SegmentChecker() = default;
 
 void SegmentChecker::addSegments(const std::vector<Segment2*>& vSegments) {
-    pSCD->vSegments.insert(pSCD->vSegments.end(), vSegments.begin(), vSegments.end());
+    if (pSCD->pPublisher && pSCD->pPublisher->isBusy()) {
+        reportError("SegmentChecker::addSegments()", "no segment is added during a query");
+        return;
+    }
+    constexpr auto maxSegments = static_cast<std::size_t>(std::numeric_limits<int>::max());
+    if (vSegments.size() > maxSegments - pSCD->vSegments.size()) {
+        reportError("SegmentChecker::addSegments()", "too many segments, none is added");
+        return;
+    }
+    pSCD->add(vSegments);
 }
+
 std::size_t SegmentChecker::getNumberOfSegments() const { return pSCD->vSegments.size(); }
+
 Segment2* SegmentChecker::getSegment(std::size_t i) const {
     KIVO_ASSERT(i < pSCD->vSegments.size(), "i<pSCD->vSegments.size()");
     return pSCD->vSegments[i];
 }
+
 int SegmentChecker::getIndex(const Segment2* pSegment) const {
-    const auto& v = pSCD->vSegments;
-    const auto it = std::find(v.begin(), v.end(), pSegment);
-    if (it != v.end()) return static_cast<int>(it - v.begin());
-    reportWarning("SegmentChecker::getIndex()", "No such segment");
-    return -1;
+    const std::int64_t place = pSegment != nullptr ? pSCD->placeOf(pSegment) : -1;
+    if (place < 0) reportWarning("SegmentChecker::getIndex()", "No such segment");
+    return static_cast<int>(place);
 }
 
 SegmentIntersectionType SegmentChecker::getIntersectionType(const Segment2* pA, const Segment2* pB) const {
-    if (pA == nullptr || pB == nullptr || !isFinite(*pA) || !isFinite(*pB)) {
-        reportError("SegmentChecker::getIntersectionType()", "null pointer or coordinate that is not finite");
-        return SIT_UNINITIALIZED;
-    }
-    if (pA == pB) return SIT_SEGMENT;
-    const Point2 p1 = pA->getSrc(), p2 = pA->getTrg(), p3 = pB->getSrc(), p4 = pB->getTrg();
-    pSCD->tests.growStaticBound(p1, p2, p3);
-    pSCD->tests.growStaticBound(p4, p4, p4);
-    return classifySegments(pSCD->tests, p1, p2, p3, p4);
+    if (!areUsable("SegmentChecker::getIntersectionType()", pA, pB)) return SIT_UNINITIALIZED;
+    return pSCD->typeOf(pA, pB);
 }
 
 std::string SegmentChecker::getIntersectionTypeString(SegmentIntersectionType type) {
@@ -71,45 +82,68 @@ std::string SegmentChecker::getIntersectionTypeString(SegmentIntersectionType ty
 
 bool SegmentChecker::getIntersectionPoint(SegmentIntersectionType type, const Segment2* pA,
                                           const Segment2* pB, Point2& point) const {
+    const char* const location = "SegmentChecker::getIntersectionPoint()";
     if (type != SIT_POINT) {
-        reportError("SegmentChecker::getIntersectionPoint()",
-                    type == SIT_ENDPOINT
-                        ? "SIT_ENDPOINT is a wrong SegmentIntersectionType for the preset segments"
-                        : "wrong SegmentIntersectionType provided");
+        reportError(location, type == SIT_ENDPOINT
+                                  ? "SIT_ENDPOINT is a wrong SegmentIntersectionType for the preset segments"
+                                  : "wrong SegmentIntersectionType provided");
         return false;
     }
-    if (getIntersectionType(pA, pB) != SIT_POINT) return false;
-    const Point2 p1 = pA->getSrc(), p2 = pA->getTrg(), p3 = pB->getSrc(), p4 = pB->getTrg();
-    point = getNearestIntersection(p1, p2, p3, p4);
+    if (!areUsable(location, pA, pB)) return false;
+    const auto common =
+        getIntersectionCoordsNoRounding(pA->getSrc(), pA->getTrg(), pB->getSrc(), pB->getTrg());
+    if (!common) {
+        reportWarning(location, "segments do not share exactly one point");
+        return false;
+    }
+    point = *common;
     return true;
 }
 
 bool SegmentChecker::getIntersectionSegment(const Segment2* pA, const Segment2* pB, Segment2& segment) const {
-    if (getIntersectionType(pA, pB) != SIT_SEGMENT) return false;
-    const Point2 p1 = pA->getSrc(), p2 = pA->getTrg(), p3 = pB->getSrc(), p4 = pB->getTrg();
+    // Deliberate: the location is that of the other method.
+    const char* const location = "SegmentChecker::getIntersectionPoint()";
+    if (!areUsable("SegmentChecker::getIntersectionSegment()", pA, pB)) return false;
+    const Segment2 a = *pA, b = *pB; // one of them may be where the result goes
+    const Point2 p1 = a.getSrc(), p2 = a.getTrg(), p3 = b.getSrc(), p4 = b.getTrg();
+    if (pSCD->typeOf(pA, pB) != SIT_SEGMENT) {
+        const bool bCollinear = sideOf(pSCD->tests, p1, p2, p3) == ORIENTATION2_COLLINEAR &&
+                                sideOf(pSCD->tests, p1, p2, p4) == ORIENTATION2_COLLINEAR;
+        reportWarning(location, bCollinear ? "segments share no more than a point"
+                                           : "segments seem to be non-collinear");
+        return false;
+    }
     segment =
         Segment2(std::max(std::min(p1, p2), std::min(p3, p4)), std::min(std::max(p1, p2), std::max(p3, p4)));
     if (p2 < p1) segment.swapSrcTrg();
     return true;
 }
 
-void SegmentChecker::getIntersectors(const Segment2* pSegment, bool alsoEndPoints,
-                                     std::vector<std::pair<Segment2*, SegmentIntersectionType>>& vOut) const {
-    for (Segment2* p : pSCD->vSegments) {
-        if (p == nullptr || p == pSegment || !isFinite(*p)) continue;
-        const auto type = getIntersectionType(pSegment, p);
-        if (type == SIT_SEGMENT || type == SIT_POINT || (type == SIT_ENDPOINT && alsoEndPoints))
-            vOut.emplace_back(p, type);
-    }
+void SegmentChecker::getIntersectors(
+    const Segment2* pSegment, bool alsoEndPoints,
+    std::vector<std::pair<Segment2*, SegmentIntersectionType>>& vIntersectors) const {
+    if (!areUsable("SegmentChecker::getIntersectors()", pSegment)) return;
+    SegmentCheckerData& data = *pSCD;
+    data.vFound.clear();
+    data.queries().visitIntersectors(Ends(*pSegment), [&](std::uint32_t place, SegmentIntersectionType type) {
+        if (data.vSegments[place] != pSegment && (type != SIT_ENDPOINT || alsoEndPoints))
+            data.vFound.emplace_back(place, type);
+    });
+    std::sort(data.vFound.begin(), data.vFound.end());
+    for (const auto& [place, type] : data.vFound)
+        vIntersectors.emplace_back(data.vSegments[place], type);
 }
 
 void SegmentChecker::getIllegalSegments(bool alsoEndPoints, std::vector<Segment2*>& vIllegalSegments) const {
-    for (Segment2* p : pSCD->vSegments) {
-        if (p == nullptr || !isFinite(*p)) continue;
-        std::vector<std::pair<Segment2*, SegmentIntersectionType>> v;
-        getIntersectors(p, alsoEndPoints, v);
-        if (!v.empty()) vIllegalSegments.push_back(p);
-    }
+    SegmentQueries& queries = pSCD->queries();
+    std::optional<ProgressHub::Operation> operation;
+    if (pSCD->pPublisher) operation.emplace(*pSCD->pPublisher, "SEGCHECK", queries.size());
+    const std::vector<char> vMarks = queries.findIllegal(alsoEndPoints, operation ? &*operation : nullptr);
+    if (operation) operation->finish();
+    const auto num = static_cast<std::size_t>(std::count(vMarks.begin(), vMarks.end(), 1));
+    vIllegalSegments.reserve(vIllegalSegments.size() + num);
+    for (std::size_t i = 0; i < vMarks.size(); ++i)
+        if (vMarks[i] != 0) vIllegalSegments.push_back(pSCD->vSegments[i]);
 }
 
 void SegmentChecker::subscribe(MsgType msgType, MsgBase* pListener) {

@@ -18,45 +18,7 @@
 namespace TESK_KIVO2D {
 namespace {
 
-bool isFinite(const Point2& p) { return std::isfinite(p.x()) && std::isfinite(p.y()); }
-
 double cross(const Vector2& u, const Vector2& v) { return u.x() * v.y() - u.y() * v.x(); }
-
-// Bounds the rounding error of cross(u, v) when the components are rounded differences of doubles: two
-// differences, a product and the final subtraction leave at most 4 u (|a| + |b|) with u = 2^-53; this is
-// twice as much.
-double crossErrorBound(const Vector2& u, const Vector2& v) {
-    return 0x1p-50 * (std::fabs(u.x() * v.y()) + std::fabs(u.y() * v.x()));
-}
-
-// The lines p1p2 and p3p4 meet at p1 + t * direction.
-struct Crossing {
-    Vector2 direction;
-    double numerator;
-    double denominator;
-    double numeratorError;
-    double denominatorError;
-
-    Crossing(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4) : direction(p2 - p1) {
-        const Vector2 other = p4 - p3;
-        const Vector2 gap = p3 - p1;
-        numerator = cross(gap, other);
-        denominator = cross(direction, other);
-        numeratorError = crossErrorBound(gap, other);
-        denominatorError = crossErrorBound(direction, other);
-    }
-    double t() const { return numerator / denominator; }
-
-    // Bounds the error of t; infinite where the denominator itself is not certain to a few bits.
-    double errorOfT() const {
-        // Below this the products may have lost bits to underflow.
-        const bool bReliable =
-            std::fabs(denominator) > 1e-290 && std::fabs(denominator) > 16 * denominatorError;
-        if (!bReliable) return std::numeric_limits<double>::infinity();
-        const double first = (numeratorError + std::fabs(t()) * denominatorError) / std::fabs(denominator);
-        return 1.25 * first + 0x1p-52 * std::fabs(t());
-    }
-};
 
 // A line as a base point and a direction whose larger component is between 1 and 2, so that neither squares
 // nor products with it overflow. All points are scaled down where their differences would.
@@ -128,6 +90,13 @@ std::optional<Point2> pointNearMiddle(const Point2& a, const Point2& b) {
     return std::nullopt;
 }
 
+// Of segments on one line, on which points are in the order of their coordinates.
+std::optional<Point2> commonPoint(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4) {
+    const Point2 &first = std::max(std::min(p1, p2), std::min(p3, p4)),
+                 &last = std::min(std::max(p1, p2), std::max(p3, p4));
+    return first == last ? std::optional(Point2(first.x(), first.y())) : std::nullopt;
+}
+
 } // namespace
 
 double computeArea(double a, double b, double c) {
@@ -157,41 +126,22 @@ double getAngleDegree(const Vector2& u, const Vector2& v) {
            3.14159; // Deliberate: five digits of pi, all angles of the library share it
 }
 
-std::optional<Point2> intersectLinesInDoubles(const Point2& p1, const Point2& p2, const Point2& p3,
-                                              const Point2& p4) {
-    const Crossing crossing(p1, p2, p3, p4);
-    if (crossing.denominator == 0) return std::nullopt;
-    const Vector2 step = crossing.t() * crossing.direction;
-    const Point2 result(p1.x() + step.x(), p1.y() + step.y());
-    return isFinite(result) ? std::optional<Point2>(result) : std::nullopt;
-}
-
-Point2 intersectLines(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4) {
-    const Crossing crossing(p1, p2, p3, p4);
-    const double t = crossing.t();
-    const double largest = std::max({p1.getMaxAbs(), p2.getMaxAbs(), p3.getMaxAbs(), p4.getMaxAbs()});
-    const double longer = std::max(std::fabs(crossing.direction.x()), std::fabs(crossing.direction.y()));
-    const double error = longer * (crossing.errorOfT() + 0x1p-51 * std::fabs(t));
-    if (error <= 0x1p-49 * largest) { // false when one is not a number
-        return Point2(p1.x() + t * crossing.direction.x(), p1.y() + t * crossing.direction.y());
+std::optional<Point2> getIntersectionCoordsNoRounding(const Point2& p1, const Point2& p2, const Point2& p3,
+                                                      const Point2& p4) {
+    const Orientation2 side3 = getOrientation2(&p1, &p2, &p3), side4 = getOrientation2(&p1, &p2, &p4);
+    const Orientation2 side1 = getOrientation2(&p3, &p4, &p1), side2 = getOrientation2(&p3, &p4, &p2);
+    if (side3 == ORIENTATION2_COLLINEAR && side4 == ORIENTATION2_COLLINEAR) {
+        const bool bPoint = p1 == p2 || p3 == p4;
+        if (!bPoint)
+            reportWarning("getIntersectionCoordsNoRounding()", "has been called for collinear segments");
+        const bool bOneLine = side1 == ORIENTATION2_COLLINEAR && side2 == ORIENTATION2_COLLINEAR;
+        return bOneLine ? commonPoint(p1, p2, p3, p4) : std::nullopt;
     }
-    double x, y;
-    getIntersectionCoords(p1, p2, p3, p4, x, y);
-    return Point2(x, y);
-}
-
-std::optional<Point2> intersectSegments(const Point2& p1, const Point2& p2, const Point2& p3,
-                                        const Point2& p4) {
-    const Orientation2 side3 = getOrientation2_mt(&p1, &p2, &p3);
-    const Orientation2 side4 = getOrientation2_mt(&p1, &p2, &p4);
-    if (side3 == side4) return std::nullopt;
-    const Orientation2 side1 = getOrientation2_mt(&p3, &p4, &p1);
-    const Orientation2 side2 = getOrientation2_mt(&p3, &p4, &p2);
-    if (side1 == side2) return std::nullopt;
+    if (p3 == p4 || side3 == side4 || side1 == side2) return std::nullopt;
     // Different sides on both lines: the lines are not parallel and the segments meet.
     for (const auto& [side, pEnd] : {std::pair(side1, &p1), {side2, &p2}, {side3, &p3}, {side4, &p4}})
-        if (side == ORIENTATION2_COLLINEAR) return *pEnd;
-    return intersectLines(p1, p2, p3, p4);
+        if (side == ORIENTATION2_COLLINEAR) return Point2(pEnd->x(), pEnd->y());
+    return getNearestIntersection(p1, p2, p3, p4);
 }
 
 Point2 getFootPoint(const Point2& p, const Point2& a, const Point2& b) {

@@ -15,22 +15,12 @@ double computeArea(double a, double b, double c);
 // than 0.1 are a programming error.
 double getAngleDegree(const Vector2& u, const Vector2& v);
 
-// The point where the lines p1p2 and p3p4 meet, in plain double arithmetic: fast, and as bad as the lines are
-// near to parallel. Nothing when the denominator vanishes or the point is not finite.
-std::optional<Point2> intersectLinesInDoubles(const Point2& p1, const Point2& p2, const Point2& p3,
-                                              const Point2& p4);
-
-// The same point, off in each coordinate by at most 2^-48 of the largest absolute coordinate given, or by a
-// unit in the last place of its own if that is more. Where doubles cannot promise that, rationals compute it.
-// The points must be finite and the lines not parallel (see
-// getIntersectionCoords).
-Point2 intersectLines(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4);
-
-// The one point that the segments p1p2 and p3p4 share, with the accuracy of intersectLines; an end that lies
-// on the other segment is returned as it is. Nothing when they do not meet or all lie on one line. Whether
-// they meet is decided exactly. Safe in any thread.
-std::optional<Point2> intersectSegments(const Point2& p1, const Point2& p2, const Point2& p3,
-                                        const Point2& p4);
+// The one point that the segments p1p2 and p3p4, which may be points, share: an end that lies on the other
+// segment as it is, else where they cross, as near as getNearestIntersection comes to it. Nothing when they
+// share none or more than one. Whether they meet is decided exactly; segments on one line get a warning. The
+// points must be finite. Safe in any thread.
+std::optional<Point2> getIntersectionCoordsNoRounding(const Point2& p1, const Point2& p2, const Point2& p3,
+                                                      const Point2& p4);
 
 // The point of the line ab that is nearest to p; a when the line is a single point.
 Point2 getFootPoint(const Point2& p, const Point2& a, const Point2& b);

@@ -145,6 +145,37 @@ RationalPoint lineIntersection(const Point2& p1, const Point2& p2, const Point2&
     return {p1.x() + t * ux, p1.y() + t * uy};
 }
 
+std::optional<RationalSegment> commonPoints(const Point2& p1, const Point2& p2, const Point2& p3,
+                                            const Point2& p4) {
+    // p1 + t (p2 - p1) with t from 0 to 1, clipped by the sides of the box of p3p4 and by both sides of its
+    // line.
+    const mpq_class x = p1.x(), y = p1.y(), ux = p2.x() - x, uy = p2.y() - y;
+    const mpq_class vx = p4.x() - mpq_class(p3.x()), vy = p4.y() - mpq_class(p3.y());
+    mpq_class first = 0, last = 1;
+    bool bEmpty = false;
+    const auto clip = [&](const mpq_class& atStart, const mpq_class& slope) { // to atStart + t slope >= 0
+        if (slope == 0) {
+            bEmpty = bEmpty || atStart < 0;
+            return;
+        }
+        const mpq_class t = -atStart / slope;
+        if (slope > 0) {
+            first = std::max(first, t);
+        } else {
+            last = std::min(last, t);
+        }
+    };
+    const mpq_class side = vx * (y - p3.y()) - vy * (x - p3.x()), turn = vx * uy - vy * ux;
+    clip(side, turn);
+    clip(-side, -turn);
+    clip(x - std::min(p3.x(), p4.x()), ux);
+    clip(std::max(p3.x(), p4.x()) - x, -ux);
+    clip(y - std::min(p3.y(), p4.y()), uy);
+    clip(std::max(p3.y(), p4.y()) - y, -uy);
+    if (bEmpty || last < first) return {};
+    return RationalSegment{{x + first * ux, y + first * uy}, {x + last * ux, y + last * uy}};
+}
+
 bool isTruncation(double value, const mpq_class& exact) {
     if (!std::isfinite(value)) return false;
     const mpq_class magnitude = abs(exact);

@@ -3,6 +3,7 @@
 #include "Point2.h"
 
 #include <gmpxx.h>
+#include <optional>
 #include <vector>
 
 // Geometry in integers and rationals, written apart from the library: other formulas, no filter, no shortcut.
@@ -38,9 +39,18 @@ int meeting(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& 
 
 struct RationalPoint {
     mpq_class x, y;
+    bool operator==(const RationalPoint& other) const { return x == other.x && y == other.y; }
 };
 // Where two lines that are not parallel meet.
 RationalPoint lineIntersection(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4);
+
+// The points that the closed segments p1p2 and p3p4 share, from the first one met on the way from p1 to p2 to
+// the last. Either may be a single point.
+struct RationalSegment {
+    RationalPoint first, last;
+};
+std::optional<RationalSegment> commonPoints(const Point2& p1, const Point2& p2, const Point2& p3,
+                                            const Point2& p4);
 
 // True when value is what is left of exact after rounding towards zero.
 bool isTruncation(double value, const mpq_class& exact);

@@ -1,0 +1,8 @@
+#pragma once
+
+namespace bench {
+
+// Registers the measurements of the segment checker.
+void addCheckerBenchmarks();
+
+} // namespace bench

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "checker/SegmentArray.h"
+#include "checker/SegmentIndex.h"
+#include "checker/segmentClassification.h"
+#include "kernel/ProgressHub.h"
+#include "kernel/TeskTest.h"
+
+#include <cmath>
+#include <vector>
+
+namespace TESK_KIVO2D {
+
+// The queries over a fixed set of segments: candidates from the index, decided by the predicates.
+class SegmentQueries {
+public:
+    // Of the segments at these places of the set, which must not be null and must be finite.
+    SegmentQueries(const std::vector<Segment2*>& vSegments, const std::vector<std::uint32_t>& vPlaces);
+
+    // Calls visit(place, type) for each segment of the set that has something in common with this one, which
+    // may be any, in no order that means anything.
+    template<class Visit>
+    void visitIntersectors(const Ends& ends, const Visit& visit);
+
+    // A mark for each place: whether the segment there takes part and meets another one, in more than an end
+    // that the two share unless alsoEndPoints. The operation advances by one for each segment.
+    //
+    // Boxes are no help once there were maxMisses comparisons a segment without a hit: then lines tell the
+    // rest apart. Whatever the segments are, no more than these and the lines' own time is lost.
+    std::vector<char> findIllegal(bool alsoEndPoints, ProgressHub::Operation* pOperation,
+                                  std::size_t maxMisses = 16);
+
+    std::size_t size() const { return segments.size(); }
+
+private:
+    SegmentArray segments;
+    SegmentIndex index;
+    TeskTest tests;
+};
+
+// Makes the static filter valid for larger coordinates, and as sharp as it was when it goes.
+class StaticBoundRaised {
+public:
+    StaticBoundRaised(TeskTest& predicates, double maxAbsCoord)
+        : tests(predicates), maxBefore(tests.getMaxAbsCoord()) {
+        if (maxAbsCoord > maxBefore) tests.setStaticBound(maxAbsCoord);
+    }
+    ~StaticBoundRaised() {
+        if (tests.getMaxAbsCoord() > maxBefore) tests.setStaticBound(maxBefore);
+    }
+    StaticBoundRaised(const StaticBoundRaised&) = delete;
+    StaticBoundRaised& operator=(const StaticBoundRaised&) = delete;
+
+private:
+    TeskTest& tests;
+    const double maxBefore;
+};
+
+inline SegmentIntersectionType classify(TeskTest& tests, const Ends& a, const Ends& b) {
+    return classifySegments(tests, a.src(), a.trg(), b.src(), b.trg());
+}
+
+template<class Visit>
+void SegmentQueries::visitIntersectors(const Ends& ends, const Visit& visit) {
+    const StaticBoundRaised raised(tests, std::fmax(ends.src().getMaxAbs(), ends.trg().getMaxAbs()));
+    index.visitCandidates(ends, [&](std::size_t i) {
+        const SegmentIntersectionType type = classify(tests, ends, segments[i]);
+        if (type != SIT_NONE) visit(segments.place(i), type);
+        return true;
+    });
+}
+
+} // namespace TESK_KIVO2D
