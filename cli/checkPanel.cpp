@@ -44,11 +44,18 @@ private:
     double y;
 };
 
+std::string countOf(std::uint64_t count, const char* one, const char* many) {
+    return grouped(count) + " " + (count == 1 ? one : many);
+}
+
+std::string atFaultOf(const CheckReport& report) {
+    return (report.numAtFault == 0 ? "none" : grouped(report.numAtFault)) + " at fault";
+}
+
 } // namespace
 
 std::string titleOf(const CheckReport& report) {
-    return grouped(report.numSegments) + (report.numSegments == 1 ? " segment, " : " segments, ") +
-           (report.numAtFault == 0 ? "none" : grouped(report.numAtFault)) + " at fault";
+    return countOf(report.numSegments, "segment", "segments") + ", " + atFaultOf(report);
 }
 
 void writeCheckPanel(OutputFile& out, double left, const CheckReport& report, std::size_t numPlaces) {
@@ -58,22 +65,18 @@ void writeCheckPanel(OutputFile& out, double left, const CheckReport& report, st
     Rows(out, 22.0).text(std::filesystem::path(report.input).filename().string(), 0.0);
     out << "</g>\n";
     Rows rows(out, 56.0);
-    rows.line(SEGMENT_COLOR, 1.0,
-              grouped(report.numSegments) + (report.numSegments == 1 ? " segment" : " segments"));
-    rows.line(AT_FAULT_COLOR, 2.0,
-              (report.numAtFault == 0 ? "none" : grouped(report.numAtFault)) + " at fault");
+    rows.line(SEGMENT_COLOR, 1.0, countOf(report.numSegments, "segment", "segments"));
+    rows.line(AT_FAULT_COLOR, 2.0, atFaultOf(report));
     for (std::size_t kind = 0; kind < NUM_FAULT_KINDS; ++kind) {
         if (report.aCounts[kind] == 0) continue;
         const FaultStyle& style = FAULT_STYLES[kind];
         const std::string label =
-            (report.bComplete ? "" : "at least ") + grouped(report.aCounts[kind]) + " " + style.label;
+            (report.bComplete ? "" : "at least ") + countOf(report.aCounts[kind], style.one, style.many);
         const bool bLine = kind == FAULT_OVERLAP || kind == FAULT_DUPLICATE;
         const double width = style.width / 100.0;
         bLine ? rows.line(style.color, width, label) : rows.dot(style.color, width, label);
     }
-    if (numPlaces > 0)
-        rows.ring(PLACE_COLOR,
-                  "where to look: " + grouped(numPlaces) + (numPlaces == 1 ? " place" : " places"));
+    if (numPlaces > 0) rows.ring(PLACE_COLOR, "where to look: " + countOf(numPlaces, "place", "places"));
     out << "</g>\n";
 }
 

@@ -12,18 +12,19 @@ namespace cli {
 
 // How faults are marked; widths in hundredths of a unit.
 struct FaultStyle {
-    const char* name;  // of the class, for style sheets
-    const char* label; // what it says in the picture
+    const char* name; // of the class, for style sheets
+    const char* one;  // what it says in the picture
+    const char* many;
     const char* color;
     int width;
 };
 // Readable on light and dark pages.
 constexpr std::array<FaultStyle, NUM_FAULT_KINDS> FAULT_STYLES{{
-    {"crossings", "crossings", "#f59e0b", 500},
-    {"touches", "touches", "#65a30d", 500},
-    {"overlaps", "overlaps", "#2563eb", 500},
-    {"duplicates", "duplicates", "#06b6d4", 500},
-    {"shared-ends", "shared ends", "#0d9488", 300},
+    {"crossings", "crossing", "crossings", "#f59e0b", 500},
+    {"touches", "touch", "touches", "#65a30d", 500},
+    {"overlaps", "overlap", "overlaps", "#2563eb", 500},
+    {"duplicates", "duplicate", "duplicates", "#06b6d4", 500},
+    {"shared-ends", "shared end", "shared ends", "#0d9488", 300},
 }};
 constexpr const char* SEGMENT_COLOR = "#8294a8";
 constexpr const char* AT_FAULT_COLOR = "#dc2626";

@@ -18,7 +18,7 @@ using TESK_KIVO2D::Segment2;
 constexpr int MARK_CELL = 200;
 constexpr int RING_CELL = 2400;
 constexpr int RING_RADIUS = 1200;
-constexpr int MARGIN = 1500; // for rings at the border
+constexpr int MARGIN = 3000; // for rings at the border
 
 SegmentGraph graphOf(const std::vector<Segment2>& vSegments, const std::vector<std::size_t>& vAtFault,
                      bool bFlipY) {
@@ -84,7 +84,7 @@ void CheckPicture::add(FaultKind kind, const FaultPlace& place) {
 
 // Lines as thin as the segments are short, so that they do not become a blot.
 void CheckPicture::writeSegments(OutputFile& out) const {
-    const int width = std::clamp(static_cast<int>(meanLength(page, graph) / 20.0), 20, 100);
+    const int width = std::clamp(static_cast<int>(meanLength(page, graph) / 20.0), 40, 100);
     writeStrokes(out, page, {"segments", SEGMENT_COLOR, width}, graph.vFaultless);
     for (const FaultKind kind : {FAULT_OVERLAP, FAULT_DUPLICATE})
         writeMarks(out, kind);
@@ -132,7 +132,7 @@ void CheckPicture::write(const std::string& filename, const CheckReport& report)
     OutputFile out(filename);
     out << "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"kivo2d-check\" role=\"img\" viewBox=\"0 0 "
         << panelLeft + CHECK_PANEL_WIDTH << " " << height << "\">\n<title>" << titleOf(report)
-        << "</title>\n<g transform=\"translate(15 15) scale(.01)\" stroke-linejoin=\"round\" "
+        << "</title>\n<g transform=\"translate(30 30) scale(.01)\" stroke-linejoin=\"round\" "
            "stroke-linecap=\"round\">\n";
     writeSegments(out);
     writeRings(out);

@@ -173,6 +173,7 @@ CLI::App* addCheck(CLI::App& app, CommandLine& commandLine) {
     pCommand->add_flag("--end-points", options.bEndPoints, "ends that are shared are faults too");
     pCommand->add_flag("--list", options.bList, "list the pairs of segments at fault, one a line");
     pCommand->add_option("--max-pairs", options.maxPairs, "count and list no more pairs than these")
+        ->check(CLI::NonNegativeNumber)
         ->capture_default_str();
     pCommand->add_option("-o,--output", options.vOutputs, "picture of the faults, may be repeated: .svg .ps")
         ->type_size(1)
