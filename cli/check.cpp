@@ -140,7 +140,7 @@ ExitCode runCheck(const CheckOptions& options) {
         if (!options.bList && !picture) return;
         const FaultPlace place = finder.placeOf(fault);
         if (options.bList) writer.add(fault, place);
-        if (picture) picture->add(fault.kind, place);
+        if (picture) picture->add(fault, place);
     };
     report.bComplete = finder.forEachFault(options.maxPairs, visit,
                                            [&listening](double progress) { listening.update(progress); });

@@ -8,7 +8,6 @@ namespace cli {
 
 namespace {
 
-constexpr const char* TEXT_COLOR = "#64748b";
 constexpr double ROW = 24.0, VALUE = 34.0;
 
 // Rows of a sign and a text, from above.
@@ -58,9 +57,7 @@ std::string titleOf(const CheckReport& report) {
     return countOf(report.numSegments, "segment", "segments") + ", " + atFaultOf(report);
 }
 
-void writeCheckPanel(OutputFile& out, double left, const CheckReport& report, std::size_t numPlaces) {
-    out << "<g class=\"panel\" transform=\"translate(" << left << " 15)\" fill=\"" << TEXT_COLOR
-        << "\" font-family=\"sans-serif\" font-size=\"16\">\n";
+void writeLegend(OutputFile& out, const CheckReport& report, std::size_t numPlaces, std::size_t numRings) {
     out << "<g font-size=\"20\" font-weight=\"bold\">";
     Rows(out, 22.0).text(std::filesystem::path(report.input).filename().string(), 0.0);
     out << "</g>\n";
@@ -76,8 +73,9 @@ void writeCheckPanel(OutputFile& out, double left, const CheckReport& report, st
         const double width = style.width / 100.0;
         bLine ? rows.line(style.color, width, label) : rows.dot(style.color, width, label);
     }
-    if (numPlaces > 0) rows.ring(PLACE_COLOR, "where to look: " + countOf(numPlaces, "place", "places"));
-    out << "</g>\n";
+    if (numPlaces == 0) return;
+    const std::string marked = numRings < numPlaces ? grouped(numRings) + " of " : "";
+    rows.ring(PLACE_COLOR, "where to look: " + marked + countOf(numPlaces, "place", "places"));
 }
 
 } // namespace cli

@@ -19,6 +19,8 @@ constexpr int MARK_CELL = 200;
 constexpr int RING_CELL = 2400;
 constexpr int RING_RADIUS = 1200;
 constexpr int MARGIN = 3000; // for rings at the border
+constexpr std::size_t MAX_RINGS = 400;
+constexpr std::size_t MANY_MARKS = 20000;
 
 SegmentGraph graphOf(const std::vector<Segment2>& vSegments, const std::vector<std::size_t>& vAtFault,
                      bool bFlipY) {
@@ -66,20 +68,24 @@ double meanLength(const Page& page, const SegmentGraph& graph) {
 // A difference, because that makes no negative zero.
 Point2 upsideDown(const Point2& point) { return Point2(point.x(), 0.0 - point.y()); }
 
-CheckPicture::CheckPicture(const std::vector<Segment2>& vSegments, const std::vector<std::size_t>& vAtFault,
+CheckPicture::CheckPicture(const std::vector<Segment2>& vSegments_, const std::vector<std::size_t>& vAtFault_,
                            bool bFlipY_)
-    : bFlipY(bFlipY_), graph(graphOf(vSegments, vAtFault, bFlipY_)), page(pageOf(graph.vVertices)) {}
+    : vSegments(vSegments_), vAtFault(vAtFault_), bFlipY(bFlipY_),
+      graph(graphOf(vSegments, vAtFault, bFlipY_)), page(pageOf(graph.vVertices)) {}
 
 Pixel CheckPicture::pixelOf(const Point2& point) const { return page.at(bFlipY ? upsideDown(point) : point); }
 
-void CheckPicture::add(FaultKind kind, const FaultPlace& place) {
+void CheckPicture::add(const Fault& fault, const FaultPlace& place) {
     const auto cellOf = [](const Pixel& pixel, int size) { return Cell(pixel.x / size, pixel.y / size); };
     const Pixel from = pixelOf(place.from), to = pixelOf(place.to);
-    aMarks[kind].try_emplace({cellOf(from, MARK_CELL), cellOf(to, MARK_CELL)}, from, to);
+    aMarks[fault.kind].try_emplace({cellOf(from, MARK_CELL), cellOf(to, MARK_CELL)}, from, to);
     const Pixel middle{(from.x + to.x) / 2, (from.y + to.y) / 2};
-    PixelBox& box = mPlaces.try_emplace(cellOf(middle, RING_CELL), PixelBox{middle, middle}).first->second;
-    box.least = {std::min(box.least.x, middle.x), std::min(box.least.y, middle.y)};
-    box.most = {std::max(box.most.x, middle.x), std::max(box.most.y, middle.y)};
+    const auto [it, bNew] =
+        mPlaces.try_emplace(cellOf(middle, RING_CELL), Place{middle, middle, mPlaces.size() + 1});
+    Place& ringed = it->second;
+    ringed.least = {std::min(ringed.least.x, middle.x), std::min(ringed.least.y, middle.y)};
+    ringed.most = {std::max(ringed.most.x, middle.x), std::max(ringed.most.y, middle.y)};
+    if (bNew && vInsets.size() < MAX_INSETS) vInsets.push_back({fault, place});
 }
 
 // Lines as thin as the segments are short, so that they do not become a blot.
@@ -98,7 +104,7 @@ void CheckPicture::writeMarks(OutputFile& out, FaultKind kind) const {
     if (aMarks[kind].empty()) return;
     const FaultStyle& style = FAULT_STYLES[kind];
     out << "<g class=\"" << style.name << "\" fill=\"none\" stroke=\"" << style.color << "\" stroke-width=\""
-        << style.width << "\">\n";
+        << (aMarks[kind].size() < MANY_MARKS ? style.width : style.width / 3) << "\">\n";
     std::size_t numLeft = 0;
     std::optional<PathData> path;
     for (const auto& [cells, ends] : aMarks[kind]) {
@@ -114,13 +120,25 @@ void CheckPicture::writeMarks(OutputFile& out, FaultKind kind) const {
     out << "\"/>\n</g>\n";
 }
 
+// All of them, unless they would hide everything else.
+std::size_t CheckPicture::numRings() const {
+    return mPlaces.size() <= MAX_RINGS ? mPlaces.size() : vInsets.size();
+}
+
 void CheckPicture::writeRings(OutputFile& out) const {
     if (mPlaces.empty()) return;
-    out << "<g class=\"places\" fill=\"none\" stroke=\"" << PLACE_COLOR << "\" stroke-width=\"200\">\n";
-    for (const auto& [cell, box] : mPlaces) {
-        const int width = box.most.x - box.least.x, height = box.most.y - box.least.y;
-        out << "<circle cx=\"" << box.least.x + width / 2 << "\" cy=\"" << box.least.y + height / 2
-            << "\" r=\"" << RING_RADIUS + static_cast<int>(std::hypot(width, height)) / 2 << "\"/>\n";
+    out << "<g class=\"places\" fill=\"none\" stroke=\"" << PLACE_COLOR
+        << "\" stroke-width=\"200\" font-family=\"sans-serif\" font-size=\"1900\" "
+           "font-weight=\"bold\">\n";
+    for (const auto& [cell, place] : mPlaces) {
+        if (place.number > numRings()) continue;
+        const int width = place.most.x - place.least.x, height = place.most.y - place.least.y;
+        const int x = place.least.x + width / 2, y = place.least.y + height / 2;
+        const int radius = RING_RADIUS + static_cast<int>(std::hypot(width, height)) / 2;
+        out << "<circle cx=\"" << x << "\" cy=\"" << y << "\" r=\"" << radius << "\"/>\n";
+        if (place.number > vInsets.size()) continue;
+        out << "<text x=\"" << x + radius * 3 / 4 + 200 << "\" y=\"" << y - radius * 3 / 4 << "\" fill=\""
+            << PLACE_COLOR << "\" stroke=\"none\">" << place.number << "</text>\n";
     }
     out << "</g>\n";
 }
@@ -128,7 +146,8 @@ void CheckPicture::writeRings(OutputFile& out) const {
 void CheckPicture::write(const std::string& filename, const CheckReport& report) const {
     constexpr double GAP = 30.0;
     const double panelLeft = (page.getWidth() + 2 * MARGIN) / 100.0 + GAP;
-    const double height = std::max((page.getHeight() + 2 * MARGIN) / 100.0, CHECK_PANEL_HEIGHT);
+    const double height = std::max((page.getHeight() + 2 * MARGIN) / 100.0,
+                                   CHECK_LEGEND_HEIGHT + heightOfInsets(vInsets.size()));
     OutputFile out(filename);
     out << "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"kivo2d-check\" role=\"img\" viewBox=\"0 0 "
         << panelLeft + CHECK_PANEL_WIDTH << " " << height << "\">\n<title>" << titleOf(report)
@@ -137,7 +156,11 @@ void CheckPicture::write(const std::string& filename, const CheckReport& report)
     writeSegments(out);
     writeRings(out);
     out << "</g>\n";
-    writeCheckPanel(out, panelLeft, report, mPlaces.size());
+    out << "<g class=\"panel\" transform=\"translate(" << panelLeft << " 15)\" fill=\"" << TEXT_COLOR
+        << "\" font-family=\"sans-serif\" font-size=\"16\">\n";
+    writeLegend(out, report, mPlaces.size(), numRings());
+    writeInsets(out, CHECK_LEGEND_HEIGHT, vInsets, {vSegments, vAtFault, report.firstNumber, bFlipY});
+    out << "</g>\n";
     out << "</svg>\n";
     out.close();
 }
