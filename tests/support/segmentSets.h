@@ -111,6 +111,17 @@ inline Segments fan(Rng& rng, int num) {
     });
 }
 
+// A line and, on one side of it, fans with their hubs on it: it meets their boxes in one corner.
+inline Segments fansOnALine(Rng& rng, int num) {
+    const Point2 step = moved(latticePoint(rng, 50), 1, 1);
+    return many(num, [&](int i) {
+        if (i == 0) return Segment2({-step.x(), -step.y()}, {100 * step.x(), 100 * step.y()});
+        const double k = i / 40, size = doubles::uniform(rng);
+        return Segment2({k * step.x(), k * step.y()},
+                        {k * step.x() + size, k * step.y() - 0.1 * size * size});
+    });
+}
+
 // Parallel, and each in its place; now and then a short one that may touch or cross one of them.
 inline Segments diagonals(Rng& rng, int num) {
     const int rareness = 1 + below(rng, 100), length = num + below(rng, 5 * num + 1);
@@ -234,6 +245,7 @@ inline const std::vector<Kind>& all() {
         {"chain", chain},
         {"star", star, 700},
         {"fan", fan, 700},
+        {"fansOnALine", fansOnALine, 1500},
         {"diagonals", diagonals, 700},
         {"dashes", dashes},
         {"nested", nested, 512},
