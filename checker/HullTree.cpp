@@ -178,7 +178,7 @@ private:
     }
 
     // Of the hull's edges the two across the middle leave the least room between them.
-    static void bound(Node& node, std::span<const Spot> hull, const Direction& d) {
+    void bound(Node& node, std::span<const Spot> hull, const Direction& d) {
         Range x, y, along;
         for (const Spot& p : hull) {
             x.add(p.x);
@@ -196,33 +196,46 @@ private:
             if (!bBefore && !bAfter) node.aBorders[1] = {a, b};
         }
         node.aCorners = quadrangle(node, hull, d, along);
+        if (!isAround(node.aCorners, hull))
+            node.aCorners = {Spot{x.low, y.low}, {x.high, y.low}, {x.high, y.high}, {x.low, y.high}};
     }
 
     // The borders, or lines along the direction instead where a border is short against what it would be
-    // extended to, between two lines across. Moved outwards by more than what rounding does to coordinates.
+    // extended to, between two lines across. Moved outwards a little: it is to hold what rounding makes of
+    // it.
     static std::array<Spot, 4> quadrangle(const Node& node, std::span<const Spot> hull, const Direction& d,
                                           const Range& along) {
         Range across;
-        for (const Spot& p : hull)
+        double largest = 0;
+        for (const Spot& p : hull) {
             across.add(d.across(p.x, p.y));
-        const Box& box = node.box;
-        const double largest = std::max(std::max(std::fabs(box.minX), std::fabs(box.maxX)),
-                                        std::max(std::fabs(box.minY), std::fabs(box.maxY)));
+            largest = std::max({largest, std::fabs(p.x), std::fabs(p.y)});
+        }
         const double slack = 1e-14 * largest;
         const double low = along.low - slack, high = along.high + slack;
-        const auto corner = [&](const Border& border, double position, double outermost) {
+        const auto corner = [&](const Border& border, double position, double outermost, double outwards) {
             const double aAlong = d.along(border.a.x, border.a.y), bAlong = d.along(border.b.x, border.b.y);
             const double aAcross = d.across(border.a.x, border.a.y);
             const double bAcross = d.across(border.b.x, border.b.y);
             const bool bLong = std::fabs(bAlong - aAlong) * 4 > high - low;
             const double share = (position - aAlong) / (bAlong - aAlong);
-            const double side = bLong ? aAcross + (bAcross - aAcross) * share : outermost;
-            const double outside = &border == &node.aBorders[0] ? side - slack : side + slack;
-            return Spot{d.x * position - d.y * outside, d.y * position + d.x * outside};
+            const double side = (bLong ? aAcross + (bAcross - aAcross) * share : outermost) + outwards;
+            return Spot{d.x * position - d.y * side, d.y * position + d.x * side};
         };
         const Border &right = node.aBorders[0], &left = node.aBorders[1];
-        return {corner(right, low, across.low), corner(right, high, across.low),
-                corner(left, high, across.high), corner(left, low, across.high)};
+        return {corner(right, low, across.low, -slack), corner(right, high, across.low, -slack),
+                corner(left, high, across.high, slack), corner(left, low, across.high, slack)};
+    }
+
+    // Exactly. False, too, for corners that are not finite: they have no sides.
+    bool isAround(const std::array<Spot, 4>& aCorners, std::span<const Spot> hull) {
+        const auto isFinite = [](const Spot& p) { return std::isfinite(p.x) && std::isfinite(p.y); };
+        if (!std::all_of(aCorners.begin(), aCorners.end(), isFinite)) return false;
+        for (std::size_t i = 0; i < 4; ++i)
+            for (const Spot& p : hull)
+                if (tests.orientationUnbounded(aCorners[i], aCorners[(i + 1) % 4], p) != ORIENTATION2_CCW)
+                    return false;
+        return true;
     }
 
     HullTree& tree;
@@ -263,15 +276,13 @@ bool HullTree::isBeyond(const Border& border, const Point2& src, const Point2& t
     return onLine < first || last < onLine || (!alsoEndPoints && (onLine == a || onLine == b));
 }
 
-// Whether the corners lie on one side of the segment's line, as far as doubles tell. Corners may lie farther
-// out than ends do.
+// Whether the corners, and all that is between them, lie on one side of the segment's line, as far as doubles
+// tell. Corners may lie beyond the static bound.
 bool HullTree::isOffLine(const std::array<Spot, 4>& aCorners, const Point2& src, const Point2& trg) const {
-    const double bound = 16 * tests.filterBound();
-    const stages::Decision side = stages::orientStatic(src, trg, aCorners[0], bound);
+    const stages::Decision side = stages::orientDynamic(src, trg, aCorners[0]);
     if (side == stages::UNSURE) return false;
-    return std::all_of(aCorners.begin() + 1, aCorners.end(), [&](const Spot& corner) {
-        return stages::orientStatic(src, trg, corner, bound) == side;
-    });
+    return std::all_of(aCorners.begin() + 1, aCorners.end(),
+                       [&](const Spot& corner) { return stages::orientDynamic(src, trg, corner) == side; });
 }
 
 } // namespace TESK_KIVO2D

@@ -17,7 +17,7 @@ namespace TESK_KIVO2D {
 //
 // Lines go through ends of segments, and sides are exact: what touches a node's border in an end that the
 // two share is told from what meets it. For segments of which none intersect, a query takes O(log n) where
-// halves do not overlap; nothing is promised, and nothing goes wrong, where they do. 48 bytes a segment.
+// halves do not overlap; nothing is promised, and nothing goes wrong, where they do. 70 bytes a segment.
 class HullTree {
 public:
     // The segments must outlive the tree, and lie within the static bound.
@@ -45,7 +45,7 @@ private:
     struct Node {
         Box box;
         std::array<Border, 2> aBorders;
-        std::array<Spot, 4> aCorners; // of a convex quadrangle about all of it, a little larger, in order
+        std::array<Spot, 4> aCorners; // of a quadrangle that all of it lies in
         std::uint32_t first, last;    // of a leaf: its range in vOrder
         std::uint32_t right = 0;      // the second child, where the first one follows at once; 0 for a leaf
     };
