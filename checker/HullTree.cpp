@@ -178,7 +178,7 @@ private:
     }
 
     // Of the hull's edges the two across the middle leave the least room between them.
-    void bound(Node& node, std::span<const Spot> hull, const Direction& d) {
+    static void bound(Node& node, std::span<const Spot> hull, const Direction& d) {
         Range x, y, along;
         for (const Spot& p : hull) {
             x.add(p.x);
@@ -227,13 +227,11 @@ private:
                 corner(left, high, across.high, slack), corner(left, low, across.high, slack)};
     }
 
-    // Exactly. False, too, for corners that are not finite: they have no sides.
-    bool isAround(const std::array<Spot, 4>& aCorners, std::span<const Spot> hull) {
-        const auto isFinite = [](const Spot& p) { return std::isfinite(p.x) && std::isfinite(p.y); };
-        if (!std::all_of(aCorners.begin(), aCorners.end(), isFinite)) return false;
+    // As far as doubles tell; for corners that are not finite they don't.
+    static bool isAround(const std::array<Spot, 4>& aCorners, std::span<const Spot> hull) {
         for (std::size_t i = 0; i < 4; ++i)
             for (const Spot& p : hull)
-                if (tests.orientationUnbounded(aCorners[i], aCorners[(i + 1) % 4], p) != ORIENTATION2_CCW)
+                if (stages::orientDynamic(aCorners[i], aCorners[(i + 1) % 4], p) != stages::POSITIVE)
                     return false;
         return true;
     }

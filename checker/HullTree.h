@@ -17,7 +17,7 @@ namespace TESK_KIVO2D {
 //
 // Lines go through ends of segments, and sides are exact: what touches a node's border in an end that the
 // two share is told from what meets it. For segments of which none intersect, a query takes O(log n) where
-// halves do not overlap; nothing is promised, and nothing goes wrong, where they do. 70 bytes a segment.
+// halves do not overlap; nothing is promised, and nothing goes wrong, where they do. 50 bytes a segment.
 class HullTree {
 public:
     // The segments must outlive the tree, and lie within the static bound.
@@ -29,7 +29,7 @@ public:
     bool visitCandidates(std::size_t i, bool alsoEndPoints, const Visit& visit) const;
 
 private:
-    static constexpr std::size_t maxLeaf = 8;
+    static constexpr std::size_t maxLeaf = 16;
 
     struct Spot {
         double x, y;
