@@ -195,6 +195,34 @@ private:
             if (bBefore && bAfter) node.aBorders[0] = {a, b};
             if (!bBefore && !bAfter) node.aBorders[1] = {a, b};
         }
+        node.aCorners = quadrangle(node, hull, d, along);
+    }
+
+    // The borders, or lines along the direction instead where a border is short against what it would be
+    // extended to, between two lines across. Moved outwards by more than what rounding does to coordinates.
+    static std::array<Spot, 4> quadrangle(const Node& node, std::span<const Spot> hull, const Direction& d,
+                                          const Range& along) {
+        Range across;
+        for (const Spot& p : hull)
+            across.add(d.across(p.x, p.y));
+        const Box& box = node.box;
+        const double largest = std::max(std::max(std::fabs(box.minX), std::fabs(box.maxX)),
+                                        std::max(std::fabs(box.minY), std::fabs(box.maxY)));
+        const double slack = 1e-14 * largest;
+        const double low = along.low - slack, high = along.high + slack;
+        const auto corner = [&](const Border& border, double position, double outermost) {
+            const double aAlong = d.along(border.a.x, border.a.y), bAlong = d.along(border.b.x, border.b.y);
+            const double aAcross = d.across(border.a.x, border.a.y);
+            const double bAcross = d.across(border.b.x, border.b.y);
+            const bool bLong = std::fabs(bAlong - aAlong) * 4 > high - low;
+            const double share = (position - aAlong) / (bAlong - aAlong);
+            const double side = bLong ? aAcross + (bAcross - aAcross) * share : outermost;
+            const double outside = &border == &node.aBorders[0] ? side - slack : side + slack;
+            return Spot{d.x * position - d.y * outside, d.y * position + d.x * outside};
+        };
+        const Border &right = node.aBorders[0], &left = node.aBorders[1];
+        return {corner(right, low, across.low), corner(right, high, across.low),
+                corner(left, high, across.high), corner(left, low, across.high)};
     }
 
     HullTree& tree;
@@ -216,7 +244,7 @@ bool HullTree::isOff(const Node& node, const Ends& ends, bool alsoEndPoints) con
         return true;
     const Point2 src = ends.src(), trg = ends.trg();
     return isBeyond(node.aBorders[0], src, trg, alsoEndPoints) ||
-           isBeyond(node.aBorders[1], src, trg, alsoEndPoints) || isOffLine(box, src, trg);
+           isBeyond(node.aBorders[1], src, trg, alsoEndPoints) || isOffLine(node.aCorners, src, trg);
 }
 
 // A segment with one end on the line meets the node's segments there at most: not outside of a and b, and at
@@ -224,6 +252,7 @@ bool HullTree::isOff(const Node& node, const Ends& ends, bool alsoEndPoints) con
 bool HullTree::isBeyond(const Border& border, const Point2& src, const Point2& trg,
                         bool alsoEndPoints) const {
     const Point2 a = border.a, b = border.b;
+    if (a == b) return !alsoEndPoints && (src == a || trg == a); // all are this point
     const Orientation2 srcSide = sideOf(tests, a, b, src);
     if (srcSide == ORIENTATION2_CCW) return false;
     const Orientation2 trgSide = sideOf(tests, a, b, trg);
@@ -234,12 +263,15 @@ bool HullTree::isBeyond(const Border& border, const Point2& src, const Point2& t
     return onLine < first || last < onLine || (!alsoEndPoints && (onLine == a || onLine == b));
 }
 
-// Whether the box lies on one side of the segment's line, as far as doubles tell.
-bool HullTree::isOffLine(const Box& box, const Point2& src, const Point2& trg) const {
-    const bool bRising = (src.x() < trg.x()) == (src.y() < trg.y());
-    const Point2 p(box.minX, bRising ? box.maxY : box.minY), q(box.maxX, bRising ? box.minY : box.maxY);
-    const stages::Decision side = stages::orientStatic(src, trg, p, tests.filterBound());
-    return side != stages::UNSURE && side == stages::orientStatic(src, trg, q, tests.filterBound());
+// Whether the corners lie on one side of the segment's line, as far as doubles tell. Corners may lie farther
+// out than ends do.
+bool HullTree::isOffLine(const std::array<Spot, 4>& aCorners, const Point2& src, const Point2& trg) const {
+    const double bound = 16 * tests.filterBound();
+    const stages::Decision side = stages::orientStatic(src, trg, aCorners[0], bound);
+    if (side == stages::UNSURE) return false;
+    return std::all_of(aCorners.begin() + 1, aCorners.end(), [&](const Spot& corner) {
+        return stages::orientStatic(src, trg, corner, bound) == side;
+    });
 }
 
 } // namespace TESK_KIVO2D
