@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <set>
 #include <utility>
 
@@ -23,24 +24,25 @@ public:
     explicit ThinnedPlaces(double minDistance_)
         : minDistance(minDistance_), cellSize(0.7 * minDistance_),
           numColumns(static_cast<int>(pageExtent / cellSize) + 1),
-          vCells(static_cast<std::size_t>(numColumns) * static_cast<std::size_t>(numColumns), nowhere) {}
+          vCells(static_cast<std::size_t>(numColumns) * static_cast<std::size_t>(numColumns), 0) {}
 
     bool take(const PsPoint& place) {
         const int column = getCell(place.x - 50), row = getCell(place.y - 200);
         for (int r = std::max(row - 2, 0); r <= std::min(row + 2, numColumns - 1); ++r)
             for (int c = std::max(column - 2, 0); c <= std::min(column + 2, numColumns - 1); ++c)
-                if (isNear(at(c, r), place)) return false;
-        at(column, row) = place; // its cell was empty: no cell has room for two
+                if (at(c, r) != 0 && isNear(vTaken[at(c, r) - 1], place)) return false;
+        vTaken.push_back(place);
+        at(column, row) = static_cast<std::uint32_t>(vTaken.size()); // no cell has room for two
         return true;
     }
 
 private:
-    static constexpr PsPoint nowhere{-1e9, -1e9};
-
     int getCell(double offset) const {
         return std::clamp(static_cast<int>(offset / cellSize), 0, numColumns - 1);
     }
-    PsPoint& at(int column, int row) { return vCells[static_cast<std::size_t>(row * numColumns + column)]; }
+    std::uint32_t& at(int column, int row) {
+        return vCells[static_cast<std::size_t>(row * numColumns + column)];
+    }
     bool isNear(const PsPoint& a, const PsPoint& b) const {
         const double dx = a.x - b.x, dy = a.y - b.y;
         return dx * dx + dy * dy < minDistance * minDistance;
@@ -49,7 +51,8 @@ private:
     double minDistance;
     double cellSize; // the diagonal is shorter than the distance
     int numColumns;
-    std::vector<PsPoint> vCells;
+    std::vector<PsPoint> vTaken;
+    std::vector<std::uint32_t> vCells; // numbers of places, from 1
 };
 
 class Collector {
@@ -172,6 +175,7 @@ FaultMarks Collector::getMarks() {
 
 FaultMarks collectFaultMarks(const std::vector<Segment2*>& vIllegal, bool alsoEndPoints, const Bbox2& box,
                              const std::function<void(double)>& progress, const FaultLimits& limits) {
+    if (vIllegal.empty()) return {};
     Collector collector(vIllegal, box, limits);
     collector.run(alsoEndPoints, progress);
     return collector.getMarks();

@@ -46,11 +46,11 @@ def main():
         for mode in range(4):
             seed = corpus / "segment_soup_fuzz" / f"{path.stem}_{mode}"
             seed.write_bytes(soup(mode, segments[:16], 4))
-        # As fuzz/segment_checker_fuzz.cpp reads them: a mode, then coordinates; 8 draws them, too.
+        # As fuzz/segment_checker_fuzz.cpp reads them: a mode, then coordinates; 12 draws them, too.
         coarse = [[int(value) & 15 for value in row] for row in segments]
         halves = bytes(16 * x + y for row in coarse for x, y in (row[:2], row[2:]))
         doubles = b"".join(struct.pack("<4d", *row) for row in segments)
-        for mode, content in ((8, doubles), (9, halves), (0x83, halves)):
+        for mode, content in ((12, doubles), (9, halves), (0x83, halves)):
             (corpus / "segment_checker_fuzz" / f"{path.stem}_{mode}").write_bytes(bytes([mode]) + content)
     # As fuzz/zone_soup_fuzz.cpp reads them: points, two rings, and zones of each kind made of them.
     zones = bytes([0, 5, *b"\x11\xe2\x2d\xdc\x67\x98", 1, 1, 0x22, 3, 0xA2, 0xAA, 0x2A, 1, 0, 0x44, 3, 0x4C, 0xCC, 0xC4])
