@@ -261,6 +261,9 @@ class Pictures(CheckTest):
             self.assertEqual([entry["kind"] for entry in report["list"]], ["crossing", "touch", "touch"])
             self.assertEqual([entry["at"] for entry in report["list"]], [[0.0, 0.0]] * 3)
             self.assertEqual(len(self.rings("b.svg")), 1)
+        self.write_segments("a.seg", [((-1e308, 0), (1e308, 0)), ((0, 1), (1e-300, -1e-300)), ((0, 1), (0, -1e200))])
+        self.check("a.seg", "-o", "b.svg")
+        self.assertNotRegex(self.read("b.svg").decode(), r'd="[^"]*(nan|inf)')
 
 
 def data_files():
