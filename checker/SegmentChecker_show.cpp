@@ -18,7 +18,7 @@ using Segments = std::vector<Segment2*>;
 
 const Color colorOfLegal(0.6, 0.6, 0.6, 0.25, false);
 const Color colorOfConnected(1.0, 0.6, 0.1, 0.6, false);
-const Color colorOfOverlaps(CBLUE, 2.4F);
+const Color colorOfOverlaps(CBLUE, 1.7F);
 const Color colorOfSharedEnds(0.0, 0.6, 0.2, 0.5, false);
 
 // Lines are thick where they are few, thin where they would run into each other.
@@ -27,7 +27,7 @@ Color adjusted(Colorname name, std::size_t num, double many, double thickest, do
     return Color(name, static_cast<float>(std::clamp(width, thinnest, thickest)));
 }
 Color colorOfIllegal(std::size_t num) { return adjusted(CRED, num, 1000, 0.8, 0.4); }
-Color colorOfCrossings(std::size_t num) { return adjusted(CBLACK, num, 1000, 0.7, 0.2); }
+Color colorOfCrossings(std::size_t num) { return adjusted(CBLACK, num, 300, 1.1, 0.2); }
 Color colorOfFaultPlaces(std::size_t num) { return adjusted(CRED, num, 100, 1.0, 0.25); }
 
 // Who plays which part in a drawing.
@@ -78,7 +78,7 @@ void addHeaderTo(Visualizer2& drawing, const Cast& cast, bool alsoEndPoints, con
     addCount("Pairs that cross or touch (black crosses): ", marks.numCrossings, bound);
     addCount("Pairs that overlap (thick blue lines): ", marks.numOverlaps, bound);
     if (alsoEndPoints) addCount("Pairs that share an end (green crosses): ", marks.numSharedEnds, bound);
-    if (!marks.bAllPairs) drawing.addHeaderLine("There are too many pairs to look at all of them.");
+    if (!marks.bAllPairs) drawing.addHeaderLine("Only a part of all pairs was looked at.");
 }
 
 void draw(const Cast& cast, bool alsoEndPoints, const FaultMarks& marks, const std::string& filename) {
@@ -100,14 +100,14 @@ void draw(const Cast& cast, bool alsoEndPoints, const FaultMarks& marks, const s
 Cast findCast(const Segments& vSegments, const std::vector<std::uint32_t>& vPlaces, SegmentQueries& queries,
               bool alsoEndPoints, ProgressHub::Operation* pOperation) {
     Cast cast;
-    std::vector<Segments*> vRoles(vSegments.size(), &cast.vLegal);
-    for (const std::uint32_t place : queries.findIllegal(alsoEndPoints, pOperation))
-        vRoles[place] = alsoEndPoints ? &cast.vConnected : &cast.vIllegal;
-    if (alsoEndPoints)
-        for (const std::uint32_t place : queries.findIllegal(false, nullptr))
-            vRoles[place] = &cast.vIllegal;
-    for (const std::uint32_t place : vPlaces)
-        vRoles[place]->push_back(vSegments[place]);
+    const std::vector<char> vMeets = queries.findIllegal(alsoEndPoints, pOperation);
+    const std::vector<char> vIntersects = alsoEndPoints ? queries.findIllegal(false, nullptr) : vMeets;
+    for (const std::uint32_t place : vPlaces) {
+        Segments& role = vIntersects[place] != 0 ? cast.vIllegal
+                         : vMeets[place] != 0    ? cast.vConnected
+                                                 : cast.vLegal;
+        role.push_back(vSegments[place]);
+    }
     return cast;
 }
 
