@@ -166,7 +166,6 @@ class Inputs(CheckTest):
         ends += ends[:4] + [(q, p) for p, q in ends[4:8]] + [(3, 3), (2, 32)]
         segments = [(points[p], points[q]) for p, q in ends]
         flat = [x for segment in segments for end in segment for x in end]
-        record = "<idd dd".replace(" ", "")
         self.write_segments("a.seg", segments)
         self.write("a2.bin", struct.pack("<iQ%dd" % len(flat), 21, len(segments), *flat))
         with_heights = [x for p, q in segments for end in (p, q) for x in (*end, source.random())]
