@@ -56,7 +56,10 @@ bool FaultFinder::forEachFault(std::uint64_t maxPairs, const Visit& visit, const
         for (const auto& [pSecond, type] : vIntersectors) {
             const auto second = static_cast<std::size_t>(pSecond - vSegments.data());
             if (second < first) continue;
-            if (numPairs++ == maxPairs) return false;
+            if (numPairs++ == maxPairs) {
+                progress(1.0);
+                return false;
+            }
             visit({first, second, kindOf(vSegments[first], *pSecond, type)});
         }
         progress(static_cast<double>(++numSegments) / static_cast<double>(vAtFault.size()));

@@ -27,9 +27,10 @@ struct Line {
     Vector from, to;
 };
 
-// What of the line lies in the square; false when nothing does.
+// What of the line lies in the square; false when nothing does, or when the line is longer than doubles are.
 bool clip(Line& line) {
     const Vector start = line.from, step{line.to.x - start.x, line.to.y - start.y};
+    if (!std::isfinite(step.x) || !std::isfinite(step.y)) return false;
     double first = 0.0, last = 1.0;
     for (const auto& [at, by] : {std::pair(start.x, step.x), std::pair(start.y, step.y)}) {
         if (by == 0.0) {
@@ -50,22 +51,23 @@ bool clip(Line& line) {
 class Window {
 public:
     // The nearest end that is not at the fault itself is well inside: a segment that goes a little too far
-    // shows how far. But not so small that the grid of the doubles shows.
+    // shows how far. But not so small that rounding shows.
     Window(const Inset& inset, const InsetSource& source)
         : centre{inset.place.from.x() / 8.0 + inset.place.to.x() / 8.0,
                  inset.place.from.y() / 8.0 + inset.place.to.y() / 8.0},
           sign(source.bFlipY ? 1.0 : -1.0) {
-        double nearest = 0.0;
+        double nearest = 0.0, farthest = 0.0;
         for (const std::size_t i : {inset.fault.first, inset.fault.second}) {
             for (const Point2& end : {source.vSegments[i].getSrc(), source.vSegments[i].getTrg()}) {
                 const Vector v = quarterOf(end);
                 const double distance = std::max(std::abs(v.x), std::abs(v.y));
+                farthest = std::max(farthest, distance);
                 if (distance > 0.0 && (nearest == 0.0 || distance < nearest)) nearest = distance;
             }
         }
         constexpr double VISIBLE = 1e-13, TINY = 1e-300;
-        const double grid = std::max({std::abs(centre.x) * VISIBLE, std::abs(centre.y) * VISIBLE, TINY});
-        halfSide = std::max(nearest * 2.5, grid);
+        const double largest = std::max({std::abs(centre.x), std::abs(centre.y), farthest});
+        halfSide = std::max({nearest * 2.5, largest * VISIBLE, TINY});
     }
 
     Line lineOf(const Point2& from, const Point2& to) const { return {inSquare(from), inSquare(to)}; }

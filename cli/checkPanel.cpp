@@ -2,13 +2,14 @@
 
 #include "cli/svgText.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace cli {
 
 namespace {
 
-constexpr double ROW = 24.0, VALUE = 34.0;
+constexpr double ROW = 24.0, VALUE = 34.0, FIRST_ROW = 56.0;
 
 // Rows of a sign and a text, from above.
 class Rows {
@@ -57,11 +58,17 @@ std::string titleOf(const CheckReport& report) {
     return countOf(report.numSegments, "segment", "segments") + ", " + atFaultOf(report);
 }
 
+double legendHeightOf(const CheckReport& report, std::size_t numPlaces) {
+    const auto numKinds = static_cast<double>(report.aCounts.size()) -
+                          static_cast<double>(std::count(report.aCounts.begin(), report.aCounts.end(), 0u));
+    return FIRST_ROW + ROW * (2.0 + numKinds + (numPlaces > 0 ? 1.0 : 0.0));
+}
+
 void writeLegend(OutputFile& out, const CheckReport& report, std::size_t numPlaces, std::size_t numRings) {
     out << "<g font-size=\"20\" font-weight=\"bold\">";
     Rows(out, 22.0).text(std::filesystem::path(report.input).filename().string(), 0.0);
     out << "</g>\n";
-    Rows rows(out, 56.0);
+    Rows rows(out, FIRST_ROW);
     rows.line(SEGMENT_COLOR, 1.0, countOf(report.numSegments, "segment", "segments"));
     rows.line(AT_FAULT_COLOR, 2.0, atFaultOf(report));
     for (std::size_t kind = 0; kind < NUM_FAULT_KINDS; ++kind) {

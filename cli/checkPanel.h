@@ -32,10 +32,11 @@ constexpr const char* PLACE_COLOR = "#c026d3";
 constexpr const char* TEXT_COLOR = "#64748b";
 
 constexpr double CHECK_PANEL_WIDTH = 330.0;
-constexpr double CHECK_LEGEND_HEIGHT = 260.0;
 
 // "12 segments, 3 at fault".
 std::string titleOf(const CheckReport& report);
+
+double legendHeightOf(const CheckReport& report, std::size_t numPlaces);
 
 // Writes what the colours mean, with the counts. So many places have faults, and so many of them rings.
 void writeLegend(OutputFile& out, const CheckReport& report, std::size_t numPlaces, std::size_t numRings);

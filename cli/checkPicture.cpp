@@ -144,10 +144,11 @@ void CheckPicture::writeRings(OutputFile& out) const {
 }
 
 void CheckPicture::write(const std::string& filename, const CheckReport& report) const {
-    constexpr double GAP = 30.0;
+    constexpr double GAP = 30.0, PANEL_TOP = 15.0;
     const double panelLeft = (page.getWidth() + 2 * MARGIN) / 100.0 + GAP;
+    const double legendHeight = legendHeightOf(report, mPlaces.size());
     const double height = std::max((page.getHeight() + 2 * MARGIN) / 100.0,
-                                   CHECK_LEGEND_HEIGHT + heightOfInsets(vInsets.size()));
+                                   PANEL_TOP + legendHeight + heightOfInsets(vInsets.size()));
     OutputFile out(filename);
     out << "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"kivo2d-check\" role=\"img\" viewBox=\"0 0 "
         << panelLeft + CHECK_PANEL_WIDTH << " " << height << "\">\n<title>" << titleOf(report)
@@ -156,10 +157,10 @@ void CheckPicture::write(const std::string& filename, const CheckReport& report)
     writeSegments(out);
     writeRings(out);
     out << "</g>\n";
-    out << "<g class=\"panel\" transform=\"translate(" << panelLeft << " 15)\" fill=\"" << TEXT_COLOR
-        << "\" font-family=\"sans-serif\" font-size=\"16\">\n";
+    out << "<g class=\"panel\" transform=\"translate(" << panelLeft << " " << PANEL_TOP << ")\" fill=\""
+        << TEXT_COLOR << "\" font-family=\"sans-serif\" font-size=\"16\">\n";
     writeLegend(out, report, mPlaces.size(), numRings());
-    writeInsets(out, CHECK_LEGEND_HEIGHT, vInsets, {vSegments, vAtFault, report.firstNumber, bFlipY});
+    writeInsets(out, legendHeight, vInsets, {vSegments, vAtFault, report.firstNumber, bFlipY});
     out << "</g>\n";
     out << "</svg>\n";
     out.close();

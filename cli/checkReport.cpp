@@ -1,6 +1,7 @@
 #include "cli/checkReport.h"
 
 #include "cli/numbers.h"
+#include "cli/reportParts.h"
 #include "cli/words.h"
 
 #include <nlohmann/json.hpp>
@@ -109,11 +110,6 @@ Json tailToJson(const CheckReport& report) {
     if (report.writeTime) json["times"]["write"] = *report.writeTime;
     json["outputs"] = report.vOutputs;
     return json;
-}
-
-// A file name need not be UTF-8; JSON must.
-std::string dump(const Json& json, int indentation) {
-    return json.dump(indentation, ' ', false, Json::error_handler_t::replace);
 }
 
 // Of an object, without its braces: more members may follow.

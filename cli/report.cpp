@@ -3,6 +3,7 @@
 #include "cli/meshReport.h"
 #include "cli/numbers.h"
 #include "cli/qualityReport.h"
+#include "cli/reportParts.h"
 #include "cli/words.h"
 
 #include <nlohmann/json.hpp>
@@ -92,17 +93,6 @@ Json unifyToJson(const UnifyReport& unify) {
 
 } // namespace
 
-std::string milliseconds(double seconds) { return rounded(seconds * 1000.0, 1) + " ms"; }
-
-std::string toText(const Box& box) {
-    return "[" + shortest(box.minX) + ", " + shortest(box.maxX) + "] x [" + shortest(box.minY) + ", " +
-           shortest(box.maxY) + "]";
-}
-
-nlohmann::ordered_json toJson(const Box& box) {
-    return {{"minX", box.minX}, {"minY", box.minY}, {"maxX", box.maxX}, {"maxY", box.maxY}};
-}
-
 std::string toText(const Report& report) {
     std::string text = (report.input.empty() ? report.kind : report.input) + "\n";
     text += line("points", std::to_string(report.numPoints));
@@ -161,8 +151,7 @@ std::string toJson(const Report& report) {
         if (time) json["times"][name] = *time;
     }
     json["outputs"] = report.vOutputs;
-    // A file name need not be UTF-8; JSON must.
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return dump(json, 2) + "\n";
 }
 
 } // namespace cli

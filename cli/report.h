@@ -3,7 +3,6 @@
 #include "cli/measurement.h"
 
 #include <RefinementReport.h>
-#include <nlohmann/json_fwd.hpp>
 
 #include <cstddef>
 #include <optional>
@@ -87,11 +86,6 @@ struct Report {
     std::optional<double> checkTime;
     std::optional<double> writeTime;
 };
-
-// Pieces of reports.
-std::string milliseconds(double seconds);
-std::string toText(const Box& box);
-nlohmann::ordered_json toJson(const Box& box);
 
 std::string toText(const Report& report);
 std::string toJson(const Report& report);

@@ -166,7 +166,6 @@ class Inputs(CheckTest):
         ends += ends[:4] + [(q, p) for p, q in ends[4:8]] + [(3, 3), (2, 32)]
         segments = [(points[p], points[q]) for p, q in ends]
         flat = [x for segment in segments for end in segment for x in end]
-        record = "<idd dd".replace(" ", "")
         self.write_segments("a.seg", segments)
         self.write("a2.bin", struct.pack("<iQ%dd" % len(flat), 21, len(segments), *flat))
         with_heights = [x for p, q in segments for end in (p, q) for x in (*end, source.random())]
@@ -261,6 +260,9 @@ class Pictures(CheckTest):
             self.assertEqual([entry["kind"] for entry in report["list"]], ["crossing", "touch", "touch"])
             self.assertEqual([entry["at"] for entry in report["list"]], [[0.0, 0.0]] * 3)
             self.assertEqual(len(self.rings("b.svg")), 1)
+        self.write_segments("a.seg", [((-1e308, 0), (1e308, 0)), ((0, 1), (1e-300, -1e-300)), ((0, 1), (0, -1e200))])
+        self.check("a.seg", "-o", "b.svg")
+        self.assertNotRegex(self.read("b.svg").decode(), r'd="[^"]*(nan|inf)')
 
 
 def data_files():
