@@ -111,11 +111,12 @@ inline Segments fan(Rng& rng, int num) {
     });
 }
 
-// A line and, on one side of it, fans with their hubs on it: it meets their boxes in one corner.
+// Pieces of one line and, on one side of it, fans with their hubs on it: it meets their boxes in one corner.
 inline Segments fansOnALine(Rng& rng, int num) {
     const Point2 step = moved(latticePoint(rng, 50), 1, 1);
     return many(num, [&](int i) {
-        if (i == 0) return Segment2({-step.x(), -step.y()}, {100 * step.x(), 100 * step.y()});
+        if (i % 150 == 0) return Segment2({-step.x(), -step.y()}, {(i + 1) * step.x(), (i + 1) * step.y()});
+        if (i == 1) return Segment2({-uniformPoint(rng, 100).x(), 0}, {0, -uniformPoint(rng, 100).y()});
         const double k = i / 40, size = doubles::uniform(rng);
         return Segment2({k * step.x(), k * step.y()},
                         {k * step.x() + size, k * step.y() - 0.1 * size * size});
