@@ -331,8 +331,8 @@ def sections(program, runs, with_peak):
            long_segment_table(runs))
     yield ("Meshing: nanoseconds a triangle", "Refinement alone, of domains that are triangulated already, under a "
            "limit of area (Kivo 2D) or of edges (CGAL) that gives about a million triangles.", mesh_table(runs))
-    yield ("Segments that intersect others: nanoseconds a segment", "From the making of the checker on. Random ones, sets in "
-           "which boxes tell nothing, and sets in which hits are many.", checker_table(runs))
+    yield ("Segments that intersect others: nanoseconds a segment", "With the making of the checker. Random ones, sets "
+           "in which boxes tell nothing, and sets in which hits are many.", checker_table(runs))
     yield ("What intersects a segment", "A query for each segment of a set whose index exists.", intersectors_table(runs))
     yield ("Removal of a vertex with a million neighbours", "An inner one, one beyond a convex chain, and one beside a "
            "line, which leaves no triangle.", hub_table(runs))

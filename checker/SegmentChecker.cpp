@@ -122,20 +122,22 @@ bool SegmentChecker::getIntersectionSegment(const Segment2* pA, const Segment2* 
 void SegmentChecker::getIntersectors(
     const Segment2* pSegment, bool alsoEndPoints,
     std::vector<std::pair<Segment2*, SegmentIntersectionType>>& vIntersectors) const {
-    if (!areUsable("SegmentChecker::getIntersectors()", pSegment)) return;
+    const char* const location = "SegmentChecker::getIntersectors()";
+    if (!areUsable(location, pSegment)) return;
     SegmentCheckerData& data = *pSCD;
     data.vFound.clear();
-    data.queries().visitIntersectors(Ends(*pSegment), [&](std::uint32_t place, SegmentIntersectionType type) {
-        if (data.vSegments[place] != pSegment && (type != SIT_ENDPOINT || alsoEndPoints))
-            data.vFound.emplace_back(place, type);
-    });
+    data.queries(location).visitIntersectors(
+        Ends(*pSegment), [&](std::uint32_t place, SegmentIntersectionType type) {
+            if (data.vSegments[place] != pSegment && (type != SIT_ENDPOINT || alsoEndPoints))
+                data.vFound.emplace_back(place, type);
+        });
     std::sort(data.vFound.begin(), data.vFound.end());
     for (const auto& [place, type] : data.vFound)
         vIntersectors.emplace_back(data.vSegments[place], type);
 }
 
 void SegmentChecker::getIllegalSegments(bool alsoEndPoints, std::vector<Segment2*>& vIllegalSegments) const {
-    SegmentQueries& queries = pSCD->queries();
+    SegmentQueries& queries = pSCD->queries("SegmentChecker::getIllegalSegments()");
     std::optional<ProgressHub::Operation> operation;
     if (pSCD->pPublisher) operation.emplace(*pSCD->pPublisher, "SEGCHECK", queries.size());
     const std::vector<char> vMarks = queries.findIllegal(alsoEndPoints, operation ? &*operation : nullptr);

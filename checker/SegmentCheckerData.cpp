@@ -19,6 +19,7 @@ void SegmentChecker::SegmentCheckerData::add(const std::vector<Segment2*>& vAdde
     vSegments.insert(vSegments.end(), vAdded.begin(), vAdded.end());
     pQueries.reset();
     bAddressesSorted = false;
+    numUnusable += static_cast<std::size_t>(numNull + numNotFinite);
     if (numNull + numNotFinite > 0)
         reportWarning("SegmentChecker::addSegments()",
                       "segments that take no part: null pointers: " + std::to_string(numNull) +
@@ -64,24 +65,29 @@ std::int64_t SegmentChecker::SegmentCheckerData::placeOf(const Segment2* pSegmen
     return place < vSegments.size() && vSegments[place] == pSegment ? static_cast<std::int64_t>(place) : -1;
 }
 
-// Null pointers and what is not finite take no part, nor does what was added before.
 std::vector<std::uint32_t> SegmentChecker::SegmentCheckerData::placesTakingPart() {
     sortByAddress();
-    std::vector<char> vRepeated(vByAddress.empty() ? 0 : vSegments.size(), 0);
+    std::vector<char> vOut(vSegments.size(), 0);
+    for (std::size_t i = 0; i < vSegments.size(); ++i)
+        if (vSegments[i] == nullptr || !isFinite(*vSegments[i])) vOut[i] = 1;
     for (std::size_t i = 1; i < vByAddress.size(); ++i)
-        if (vSegments[vByAddress[i]] == vSegments[vByAddress[i - 1]]) vRepeated[vByAddress[i]] = 1;
+        if (vSegments[vByAddress[i]] == vSegments[vByAddress[i - 1]]) vOut[vByAddress[i]] = 1;
     std::vector<std::uint32_t> vPlaces;
     vPlaces.reserve(vSegments.size());
-    for (std::size_t i = 0; i < vSegments.size(); ++i) {
-        const bool bRepeated = !vRepeated.empty() && vRepeated[i] != 0;
-        if (!bRepeated && vSegments[i] != nullptr && isFinite(*vSegments[i]))
-            vPlaces.push_back(static_cast<std::uint32_t>(i));
-    }
+    for (std::size_t i = 0; i < vSegments.size(); ++i)
+        if (vOut[i] == 0) vPlaces.push_back(static_cast<std::uint32_t>(i));
     return vPlaces;
 }
 
-SegmentQueries& SegmentChecker::SegmentCheckerData::queries() {
-    if (!pQueries) pQueries = std::make_unique<SegmentQueries>(vSegments, placesTakingPart());
+SegmentQueries& SegmentChecker::SegmentCheckerData::queries(const char* location) {
+    if (vSegments.empty()) reportWarning(location, "no segments");
+    if (pQueries) return *pQueries;
+    const std::vector<std::uint32_t> vPlaces = placesTakingPart();
+    const std::size_t numRepeated = vSegments.size() - numUnusable - vPlaces.size();
+    if (numRepeated > 0)
+        reportWarning(location,
+                      "segments that were added before and count once: " + std::to_string(numRepeated));
+    pQueries = std::make_unique<SegmentQueries>(vSegments, vPlaces);
     return *pQueries;
 }
 

@@ -15,14 +15,16 @@ namespace TESK_KIVO2D {
 
 class SegmentChecker::SegmentCheckerData {
 public:
-    // The queries over what was added so far; prepared where that was not done yet.
-    SegmentQueries& queries();
+    // The queries over what was added so far; prepared, with warnings, where that was not done yet.
+    SegmentQueries& queries(const char* location);
     // The place of the segment, its first one; -1 if it was not added.
     std::int64_t placeOf(const Segment2* pSegment);
     // Of segments that are finite. The same object has more than a point in common with itself, even as a
     // point.
     SegmentIntersectionType typeOf(const Segment2* pA, const Segment2* pB);
     void add(const std::vector<Segment2*>& vAdded);
+    // Without null pointers, what is not finite, and what was added before.
+    std::vector<std::uint32_t> placesTakingPart();
 
     std::vector<Segment2*> vSegments;
     TeskTest tests; // of segments that may be any; its bound grows with them
@@ -32,8 +34,8 @@ public:
 
 private:
     void sortByAddress();
-    std::vector<std::uint32_t> placesTakingPart();
 
+    std::size_t numUnusable = 0; // null pointers, or not finite
     std::unique_ptr<SegmentQueries> pQueries;
     bool bAddressesSorted = false;
     std::vector<std::uint32_t> vByAddress; // places; empty where they ascend with the addresses as they are

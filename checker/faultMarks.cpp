@@ -13,10 +13,9 @@ namespace {
 
 constexpr double pageExtent = 480;
 constexpr double markDistance = 1.5; // half a cross, on the page
+constexpr double sharedEndDistance = 5;
 constexpr std::size_t maxOverlaps = 100'000;
-// A pair counts twice, once from either side. Each limit is a matter of seconds.
-constexpr std::size_t maxReports = 10'000'000;
-constexpr double maxBoxesMet = 3e8;
+constexpr std::size_t maxSharedEndPlaces = 200; // where all is connected, circles would hide the rest
 
 // Places on the page with at least a certain distance between any two: who comes first stays.
 class ThinnedPlaces {
@@ -55,8 +54,8 @@ private:
 
 class Collector {
 public:
-    Collector(const std::vector<Segment2*>& vIllegal_, const Bbox2& box)
-        : vIllegal(vIllegal_), illegal(vIllegal_), transform(box) {}
+    Collector(const std::vector<Segment2*>& vSegments, const Bbox2& box, const FaultLimits& limits_)
+        : vIllegal(vSegments), illegal(vSegments), transform(box), limits(limits_) {}
 
     void run(bool alsoEndPoints, const std::function<void(double)>& progress);
     FaultMarks getMarks();
@@ -70,9 +69,10 @@ private:
 
     const std::vector<Segment2*>& vIllegal;
     SegmentChecker illegal;
-    PageTransform transform;
+    const PageTransform transform;
+    const FaultLimits limits;
     FaultMarks marks;
-    ThinnedPlaces crossings{markDistance}, sharedEnds{markDistance}, circles{circleShare * pageExtent};
+    ThinnedPlaces crossings{markDistance}, sharedEnds{sharedEndDistance}, circles{circleShare * pageExtent};
     std::set<std::array<int, 4>> sOverlaps;
 };
 
@@ -83,8 +83,8 @@ Bbox2 boxOf(const Segment2& s) {
     return box;
 }
 
-// How many segments may be asked: a sample tells how many boxes a segment's box meets.
-std::size_t getMaxQueries(const std::vector<Segment2*>& vSegments) {
+// How many segments may be asked for their intersectors: a sample tells how many boxes a segment's box meets.
+std::size_t getMaxQueries(const std::vector<Segment2*>& vSegments, double maxBoxesMet) {
     constexpr std::size_t sampleSize = 1000;
     std::vector<Bbox2> vSample;
     for (std::size_t i = 0; i < vSegments.size(); i += vSegments.size() / sampleSize + 1)
@@ -101,12 +101,13 @@ std::size_t getMaxQueries(const std::vector<Segment2*>& vSegments) {
 }
 
 void Collector::run(bool alsoEndPoints, const std::function<void(double)>& progress) {
-    const std::size_t num = vIllegal.size(), maxQueries = getMaxQueries(vIllegal), stride = num / 100 + 1;
+    const std::size_t num = vIllegal.size(), maxQueries = getMaxQueries(vIllegal, limits.maxBoxesMet),
+                      stride = num / 100 + 1;
     std::vector<std::pair<Segment2*, SegmentIntersectionType>> vIntersectors;
     std::size_t numQueries = 0, numReports = 0;
     for (std::size_t start = 0; start < stride; ++start) {
         for (std::size_t i = start; i < num; i += stride) {
-            if (numQueries == maxQueries || numReports > maxReports) {
+            if (numQueries == maxQueries || numReports >= limits.maxReports) {
                 marks.bAllPairs = false;
                 return;
             }
@@ -117,7 +118,7 @@ void Collector::run(bool alsoEndPoints, const std::function<void(double)>& progr
             ++numQueries;
             numReports += vIntersectors.size();
             progress(std::max(static_cast<double>(numQueries) / static_cast<double>(maxQueries),
-                              static_cast<double>(numReports) / static_cast<double>(maxReports)));
+                              static_cast<double>(numReports) / static_cast<double>(limits.maxReports)));
         }
     }
 }
@@ -156,19 +157,22 @@ bool Collector::isNewOnPage(const Segment2& overlap) {
     return sOverlaps.insert({round(src.x), round(src.y), round(trg.x), round(trg.y)}).second;
 }
 
+// To be called once, at the end.
 FaultMarks Collector::getMarks() {
+    // Each pair was met twice if all segments were asked, else at most twice.
     for (std::size_t* pNum : {&marks.numCrossings, &marks.numOverlaps, &marks.numSharedEnds})
         *pNum = (*pNum + 1) / 2;
     for (const Point2& end : marks.vSharedEnds)
         if (circles.take(toPage(end))) marks.vSharedEndPlaces.push_back(end);
+    if (marks.vSharedEndPlaces.size() > maxSharedEndPlaces) marks.vSharedEndPlaces.clear();
     return std::move(marks);
 }
 
 } // namespace
 
 FaultMarks collectFaultMarks(const std::vector<Segment2*>& vIllegal, bool alsoEndPoints, const Bbox2& box,
-                             const std::function<void(double)>& progress) {
-    Collector collector(vIllegal, box);
+                             const std::function<void(double)>& progress, const FaultLimits& limits) {
+    Collector collector(vIllegal, box, limits);
     collector.run(alsoEndPoints, progress);
     return collector.getMarks();
 }

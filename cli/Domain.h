@@ -29,7 +29,8 @@ struct Region {
 // What the input says beyond its points.
 struct Domain {
     std::vector<InputSegment> vSegments;
-    bool bWithMarkers = false; // segments have markers
+    std::size_t firstNumber = 1; // of the first segment in formats that number them
+    bool bWithMarkers = false;   // segments have markers
     std::vector<TESK_KIVO2D::Point2> vHoles;
     std::vector<Region> vRegions;
 };

@@ -35,11 +35,7 @@ bool isMeshFile(const TriangulateOptions& options) {
 
 void checkOutputs(const std::vector<std::string>& vOutputs, const Input& input) {
     for (const std::string& output : vOutputs) {
-        for (const std::string& filename : input.vFilenames) {
-            std::error_code notThere;
-            if (!std::filesystem::equivalent(filename, output, notThere)) continue;
-            throw UsageError(output + ": the output would overwrite the input");
-        }
+        checkNotInput(output, input.vFilenames);
         checkHolds(output, input.table);
     }
     for (const std::string& output : vOutputs)

@@ -10,6 +10,7 @@ enum ExitCode {
     EXIT_CODE_OK = 0,
     EXIT_CODE_BAD_INPUT = 1,
     EXIT_CODE_USAGE = 2,
+    EXIT_CODE_FAULTS = 3,       // segments that meet where they should not
     EXIT_CODE_INTERRUPTED = 130 // as shells say it
 };
 

@@ -24,14 +24,13 @@ bool endsWith(const std::string& filename, std::string_view text) {
     return std::fread(end.data(), 1, end.size(), file.get()) == end.size() && end == text;
 }
 
-// All that the triangulation draws itself is complete when its last line is there.
 bool writeDrawing(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone) {
     if (pZone == nullptr) {
         triangulation.show(filename);
     } else {
         pZone->show(filename, false, true);
     }
-    return endsWith(filename, "%%Trailer\n");
+    return isCompleteDrawing(filename);
 }
 
 bool writeObj(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone) {
@@ -59,6 +58,9 @@ Writer writerOf(FileFormat format) {
 }
 
 } // namespace
+
+// Its last line is there.
+bool isCompleteDrawing(const std::string& filename) { return endsWith(filename, "%%Trailer\n"); }
 
 bool writeByLibrary(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone) {
     const Writer write = writerOf(formatOf(filename));

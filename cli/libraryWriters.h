@@ -12,4 +12,7 @@ namespace cli {
 bool writeByLibrary(const std::string& filename, const TESK_KIVO2D::Kivo_2D& triangulation,
                     const TESK_KIVO2D::Zone2* pZone);
 
+// True when the library has written a drawing to its end.
+bool isCompleteDrawing(const std::string& filename);
+
 } // namespace cli

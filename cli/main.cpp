@@ -1,3 +1,5 @@
+#include "cli/StandardOutput.h"
+#include "cli/check.h"
 #include "cli/commands.h"
 #include "cli/errors.h"
 #include "cli/messages.h"
@@ -19,6 +21,7 @@ struct CommandLine {
     TriangulateOptions triangulate;
     MeshOptions mesh;
     TriangulateOptions quality;
+    CheckOptions check;
     GenerateOptions generate;
     std::string generateOutput;
     bool bJson = false;
@@ -158,6 +161,38 @@ CLI::App* addQuality(CLI::App& app, CommandLine& commandLine) {
     return pCommand;
 }
 
+CLI::App* addCheck(CLI::App& app, CommandLine& commandLine) {
+    CheckOptions& options = commandLine.check;
+    CLI::App* const pCommand = app.add_subcommand(
+        "check", "segments that cross, touch or overlap others, before they become constraints");
+    pCommand
+        ->add_option("FILE", options.input,
+                     "segments: .seg with \"x1 y1 x2 y2\" a line, .poly, the lines and rings of .geojson, or "
+                     "the library's binary segments (.bin)")
+        ->required();
+    pCommand->add_flag("--end-points", options.bEndPoints, "ends that are shared are faults too");
+    pCommand->add_flag("--list", options.bList, "list the pairs of segments at fault, one a line");
+    pCommand->add_option("--max-pairs", options.maxPairs, "count and list no more pairs than these")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+    pCommand->add_option("-o,--output", options.vOutputs, "picture of the faults, may be repeated: .svg .ps")
+        ->type_size(1)
+        ->allow_extra_args(false);
+    pCommand->add_flag("--flip-y", options.bFlipY, "in the pictures y points down, as on screens");
+    pCommand->add_flag("--progress", options.bProgress,
+                       "progress on standard error even where that is no terminal");
+    pCommand->add_flag("--json", commandLine.check.bJson, "report as JSON");
+    pCommand->footer(
+        "A pair is a crossing when it meets inside both segments, a touch when an end of one lies inside the "
+        "other, an overlap when it shares a piece of a line, a duplicate when both ends are the same.\n"
+        "The list has the numbers of both segments, the kind, and where: crossing points are rounded, "
+        "everything else is exact. Segments are numbered as in the .poly file, in other files from 1 in the "
+        "order in which they stand, repeated ones and those of no length included.\n"
+        "Segments of no length are no fault by themselves.\n"
+        "Exit code 3 when there are faults.");
+    return pCommand;
+}
+
 CLI::App* addGenerate(CLI::App& app, CommandLine& commandLine) {
     GenerateOptions& options = commandLine.generate;
     CLI::App* const pCommand = app.add_subcommand("generate", "test points: equal options give equal files");
@@ -186,12 +221,9 @@ CLI::App* addGenerate(CLI::App& app, CommandLine& commandLine) {
 }
 
 int print(const Report& report, bool bJson) {
-    const std::string text = bJson ? toJson(report) : toText(report);
-    const bool bWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
-    if (std::fflush(stdout) != 0 || !bWritten) {
-        std::fputs("kivo2d: the report can't be written\n", stderr);
-        return EXIT_CODE_BAD_INPUT;
-    }
+    StandardOutput out;
+    out << (bJson ? toJson(report) : toText(report));
+    out.flush();
     if (!report.bValid.value_or(true)) return EXIT_CODE_BAD_INPUT;
     if (!report.mesh || report.mesh->refinement.end != TESK_KIVO2D::RefinementEnd::STOPPED)
         return EXIT_CODE_OK;
@@ -209,18 +241,21 @@ int parseAndRun(int argc, char** argv) {
     app.set_version_flag("--version",
                          "kivo2d " KIVO2D_COMMAND_VERSION " (" + TESK_KIVO2D::getKivo2DVersion() + ")");
     app.require_subcommand(1);
-    app.footer("Exit codes: 0 done, 1 bad input or a file that can't be written, 2 wrong usage, 130 a mesh "
+    app.footer("Exit codes: 0 done, 1 bad input or a file that can't be written, 2 wrong usage, 3 faults "
+               "among segments, 130 a mesh "
                "that Ctrl-C left unfinished.");
     CommandLine commandLine;
     const CLI::App* const pTriangulate = addTriangulate(app, commandLine);
     const CLI::App* const pMesh = addMesh(app, commandLine);
     const CLI::App* const pQuality = addQuality(app, commandLine);
+    const CLI::App* const pCheck = addCheck(app, commandLine);
     addGenerate(app, commandLine);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? EXIT_CODE_OK : EXIT_CODE_USAGE;
     }
+    if (pCheck->parsed()) return runCheck(commandLine.check);
     const Report report = pTriangulate->parsed() ? runTriangulate(commandLine.triangulate)
                           : pMesh->parsed()      ? runMesh(commandLine.mesh)
                           : pQuality->parsed()

@@ -42,6 +42,14 @@ void checkWritable(const std::string& filename) {
     if (!bExisted) std::filesystem::remove(filename, error);
 }
 
+void checkNotInput(const std::string& output, const std::vector<std::string>& vInputs) {
+    for (const std::string& input : vInputs) {
+        std::error_code notThere;
+        if (std::filesystem::equivalent(input, output, notThere))
+            throw UsageError(output + ": the output would overwrite the input");
+    }
+}
+
 void removeUnfinished(const std::string& filename) {
     std::error_code error;
     if (std::filesystem::is_regular_file(std::filesystem::symlink_status(filename, error))) {

@@ -19,11 +19,12 @@ std::size_t toCount(const TextLines& lines, const std::string& nouns) {
     return static_cast<std::size_t>(count);
 }
 
-// Moves to each line of a numbered list in turn and lets the reader take the fields after the number.
+// Moves to each line of a numbered list in turn and lets the reader take the fields after the number. Returns
+// the number of the first.
 template<class ReadLine>
-void readList(TextLines& lines, const std::string& filename, std::size_t count, const std::string& noun,
-              const ReadLine& readLine) {
-    int first = 0;
+std::size_t readList(TextLines& lines, const std::string& filename, std::size_t count,
+                     const std::string& noun, const ReadLine& readLine) {
+    int first = 1;
     for (std::size_t i = 0; i < count; ++i) {
         if (!lines.next()) {
             throw FileError(filename, "ends after " + std::to_string(i) + " of " + std::to_string(count) +
@@ -42,6 +43,7 @@ void readList(TextLines& lines, const std::string& filename, std::size_t count, 
         }
         readLine();
     }
+    return static_cast<std::size_t>(first);
 }
 
 // Of the same name, in the same folder. Upper case extensions come in pairs.
@@ -72,7 +74,7 @@ void readPolySegments(TextLines& lines, const std::string& filename, Input& inpu
     const int numMarkers = found == 2 ? lines.toInt(1) : 0;
     if (numMarkers != 0 && numMarkers != 1) lines.fail("the number of markers is neither 0 nor 1");
     input.domain.bWithMarkers = numMarkers == 1;
-    readList(lines, filename, count, "segment", [&lines, &input, numMarkers]() {
+    input.domain.firstNumber = readList(lines, filename, count, "segment", [&lines, &input, numMarkers]() {
         expectFields(lines, numMarkers == 1 ? 4 : 3);
         InputSegment segment;
         segment.source = toPosition(lines, 1, input.table);

@@ -1,6 +1,7 @@
 #include "cli/qualityPanel.h"
 
 #include "cli/numbers.h"
+#include "cli/svgText.h"
 #include "cli/words.h"
 
 #include <algorithm>
@@ -12,28 +13,6 @@ namespace {
 using TESK_KIVO2D::QualityDistribution;
 
 constexpr int CLASS_WIDTH = 60 / static_cast<int>(QUALITY_COLORS.size());
-
-// Printable ASCII alone: the name of a file need not be UTF-8.
-std::string escaped(const std::string& text) {
-    std::string safe;
-    for (const char c : text) {
-        if (c == '&')
-            safe += "&amp;";
-        else if (c == '<')
-            safe += "&lt;";
-        else
-            safe += c >= ' ' && c <= '~' ? c : '?';
-    }
-    return safe;
-}
-
-// With a comma between thousands.
-std::string grouped(std::uint64_t number) {
-    std::string digits = std::to_string(number);
-    for (std::size_t at = digits.size(); at > 3; at -= 3)
-        digits.insert(at - 3, 1, ',');
-    return digits;
-}
 
 template<class Counts>
 double largestOf(const Counts& counts) {

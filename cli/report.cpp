@@ -16,8 +16,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string milliseconds(double seconds) { return rounded(seconds * 1000.0, 1) + " ms"; }
-
 using NamedTime = std::pair<const char*, std::optional<double>>;
 std::array<NamedTime, 9> namedTimes(const Report& report) {
     return {{{"read", report.readTime},
@@ -92,11 +90,18 @@ Json unifyToJson(const UnifyReport& unify) {
     return {{"width", unify.width}, {"merged", unify.numMerged}, {"beside", unify.numBeside}};
 }
 
-Json boxToJson(const Box& box) {
-    return {{"minX", box.minX}, {"minY", box.minY}, {"maxX", box.maxX}, {"maxY", box.maxY}};
+} // namespace
+
+std::string milliseconds(double seconds) { return rounded(seconds * 1000.0, 1) + " ms"; }
+
+std::string toText(const Box& box) {
+    return "[" + shortest(box.minX) + ", " + shortest(box.maxX) + "] x [" + shortest(box.minY) + ", " +
+           shortest(box.maxY) + "]";
 }
 
-} // namespace
+nlohmann::ordered_json toJson(const Box& box) {
+    return {{"minX", box.minX}, {"minY", box.minY}, {"maxX", box.maxX}, {"maxY", box.maxY}};
+}
 
 std::string toText(const Report& report) {
     std::string text = (report.input.empty() ? report.kind : report.input) + "\n";
@@ -112,11 +117,7 @@ std::string toText(const Report& report) {
         text += meshLines(*report.mesh, report.quality->figures);
     else if (report.quality)
         text += qualityLines(*report.quality);
-    if (report.boundingBox) {
-        const Box& box = *report.boundingBox;
-        text += line("bounding box", "[" + shortest(box.minX) + ", " + shortest(box.maxX) + "] x [" +
-                                         shortest(box.minY) + ", " + shortest(box.maxY) + "]");
-    }
+    if (report.boundingBox) text += line("bounding box", toText(*report.boundingBox));
     if (report.bTriangulated) text += line("threads", std::to_string(report.numThreads));
     if (report.bValid) text += line("valid", *report.bValid ? "yes" : "NO");
     std::string times;
@@ -152,7 +153,7 @@ std::string toJson(const Report& report) {
         json["mesh"] = meshToJson(*report.mesh, report.quality->figures);
     else if (report.quality)
         json["quality"] = qualityToJson(*report.quality);
-    json["boundingBox"] = report.boundingBox ? boxToJson(*report.boundingBox) : Json(nullptr);
+    json["boundingBox"] = report.boundingBox ? toJson(*report.boundingBox) : Json(nullptr);
     if (report.bTriangulated) json["threads"] = report.numThreads;
     if (report.bValid) json["valid"] = *report.bValid;
     json["times"] = Json::object();

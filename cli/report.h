@@ -3,6 +3,7 @@
 #include "cli/measurement.h"
 
 #include <RefinementReport.h>
+#include <nlohmann/json_fwd.hpp>
 
 #include <cstddef>
 #include <optional>
@@ -86,6 +87,11 @@ struct Report {
     std::optional<double> checkTime;
     std::optional<double> writeTime;
 };
+
+// Pieces of reports.
+std::string milliseconds(double seconds);
+std::string toText(const Box& box);
+nlohmann::ordered_json toJson(const Box& box);
 
 std::string toText(const Report& report);
 std::string toJson(const Report& report);

@@ -30,8 +30,8 @@ enum SegmentIntersectionType {
 /// The segments belong to the caller. They must outlive the checker and must not change: an index over them
 /// is made by the first query, and by the first one after more were added. Null pointers and segments with a
 /// coordinate that is infinite or not a number keep their place in the numbering and take part in nothing; a
-/// warning says how many there are. An object that was added several times counts once, at its first place.
-/// One checker is used by one thread at a time.
+/// warning says how many there are. An object that was added several times counts once, at its first place;
+/// the first query warns of that, and of a set without segments. One checker is used by one thread at a time.
 ///
 /// Memory: about 65 bytes a segment; twice as much while the index is made, and where boxes are no help (see
 /// `getIllegalSegments`). The index takes O(n) time for coordinates that are not contrived, else O(n log n).
@@ -103,8 +103,10 @@ public:
 
     /// Draws all segments.
     void showSegments(const std::string& filename) const;
-    /// Draws all segments, the illegal ones in red, their intersection points as crosses and what they share
-    /// as thick blue lines. Circles mark where to look.
+    /// Draws all segments, the illegal ones in red, in orange those that only share ends, their intersection
+    /// points as crosses and what they share as thick blue lines. Circles mark where to look. Marks that
+    /// would hide each other are drawn once. Of more than some million pairs a part is looked at, and lines
+    /// above the drawing say so; all illegal segments are in the drawing.
     void showIllegalSegments(bool alsoEndPoints, const std::string& filename) const;
     /// \}
 

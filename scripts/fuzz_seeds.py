@@ -32,8 +32,8 @@ def soup(mode, rows, per_call):
 
 def main():
     data, corpus = Path(sys.argv[1]), Path(sys.argv[2])
-    for target in ("point_file_fuzz", "segment_soup_fuzz", "zone_soup_fuzz", "mesh_fuzz", "removal_fuzz"):
-        (corpus / target).mkdir(parents=True, exist_ok=True)
+    for name in ("point_file", "segment_soup", "zone_soup", "mesh", "removal", "segment_checker"):
+        (corpus / f"{name}_fuzz").mkdir(parents=True, exist_ok=True)
     for path in sorted(data.glob("*.xy")):
         rows, segments = numbers(path), numbers(path.with_suffix(".seg"))
         files = {"text": path.read_bytes()[:2000]}
@@ -46,6 +46,12 @@ def main():
         for mode in range(4):
             seed = corpus / "segment_soup_fuzz" / f"{path.stem}_{mode}"
             seed.write_bytes(soup(mode, segments[:16], 4))
+        # As fuzz/segment_checker_fuzz.cpp reads them: a mode, then coordinates; 8 draws them, too.
+        coarse = [[int(value) & 15 for value in row] for row in segments]
+        halves = bytes(16 * x + y for row in coarse for x, y in (row[:2], row[2:]))
+        doubles = b"".join(struct.pack("<4d", *row) for row in segments)
+        for mode, content in ((8, doubles), (9, halves), (0x83, halves)):
+            (corpus / "segment_checker_fuzz" / f"{path.stem}_{mode}").write_bytes(bytes([mode]) + content)
     # As fuzz/zone_soup_fuzz.cpp reads them: points, two rings, and zones of each kind made of them.
     zones = bytes([0, 5, *b"\x11\xe2\x2d\xdc\x67\x98", 1, 1, 0x22, 3, 0xA2, 0xAA, 0x2A, 1, 0, 0x44, 3, 0x4C, 0xCC, 0xC4])
     kinds = [bytes([3, 0, kind, 0x66, 1]) for kind in range(5)]
