@@ -90,7 +90,10 @@ inline Segments chain(Rng& rng, int num) {
                                 : moved(v.back(), step.x() - 1, step.y() - 1));
     }
     if (rng() % 2 == 0) v.push_back(v.front());
-    return many(static_cast<int>(v.size()) - 1, [&](int i) { return Segment2(v[i + 0u], v[i + 1u]); });
+    Segments vSegments;
+    for (std::size_t i = 1; i < v.size(); ++i)
+        vSegments.emplace_back(v[i - 1], v[i]);
+    return vSegments;
 }
 
 // Spokes with a common end; in some, one to three of them run through the hub.
@@ -176,7 +179,7 @@ inline Segments roundedTouches(Rng& rng, int num) {
         const Point2 p = between(s, below(rng, 9) / 8.0);
         v.emplace_back(p, rng() % 4 == 0 ? between(s, doubles::uniform(rng)) : onCircle(rng, p, 0.2));
     }
-    return many(num, [&](int i) { return v[i + 0u]; });
+    return v;
 }
 
 // A few units in the last place wide, far from the origin.
