@@ -2,9 +2,9 @@
 
 namespace TESK_KIVO2D {
 
-SegmentIndex::SegmentIndex(const SegmentArray& segments) {
-    axisX.set(segments.box().get_minX(), segments.box().get_maxX(), maxCell);
-    axisY.set(segments.box().get_minY(), segments.box().get_maxY(), maxCell);
+SegmentIndex::SegmentIndex(const SegmentArray& segments) : extent(segments.box()) {
+    axisX.set(extent.get_minX(), extent.get_maxX(), maxCell);
+    axisY.set(extent.get_minY(), extent.get_maxY(), maxCell);
     tree.build(segments.size(), [&](std::size_t i) { return boxOf(segments[i]); });
 }
 

@@ -22,7 +22,8 @@ public:
     bool visitCandidates(const Ends& ends, Visit&& visit) const;
 
 private:
-    // A line in cells. The map moves what it maps by less than a cell and a bit in each axis.
+    // A line within the grid, in cells. The map moves what it maps by less than a cell and a bit in each
+    // axis.
     class Line {
     public:
         Line(const SegmentIndex& index, const Ends& ends)
@@ -52,6 +53,7 @@ private:
         const std::int32_t y0 = cell(axisY, ends.srcY), y1 = cell(axisY, ends.trgY);
         return {x0 < x1 ? x0 : x1, y0 < y1 ? y0 : y1, x0 < x1 ? x1 : x0, y0 < y1 ? y1 : y0};
     }
+    Bbox2 extent;
     GridAxis axisX, axisY;
     RTree tree;
 };
@@ -59,7 +61,9 @@ private:
 template<class Visit>
 bool SegmentIndex::visitCandidates(const Ends& ends, Visit&& visit) const {
     const CellBox box = boxOf(ends);
-    if (box.width() * box.height() <= 4 * tree.meanLeafArea())
+    // What reaches beyond the grid has cells at its border, which are not on its line.
+    const bool bInGrid = extent.isInBox(ends.src()) && extent.isInBox(ends.trg());
+    if (!bInGrid || box.width() * box.height() <= 4 * tree.meanLeafArea())
         return tree.visitMeeting(
             box, [](const RTree::Node&, unsigned mask) { return mask; }, visit);
     const Line line(*this, ends);
