@@ -178,7 +178,7 @@ private:
     }
 
     // Of the hull's edges the two across the middle leave the least room between them.
-    static void bound(Node& node, std::span<const Spot> hull, const Direction& d) {
+    void bound(Node& node, std::span<const Spot> hull, const Direction& d) {
         Range x, y, along;
         for (const Spot& p : hull) {
             x.add(p.x);
@@ -195,6 +195,47 @@ private:
             if (bBefore && bAfter) node.aBorders[0] = {a, b};
             if (!bBefore && !bAfter) node.aBorders[1] = {a, b};
         }
+        node.aCorners = quadrangle(node, hull, d, along);
+        if (!isAround(node.aCorners, hull))
+            node.aCorners = {Spot{x.low, y.low}, {x.high, y.low}, {x.high, y.high}, {x.low, y.high}};
+    }
+
+    // The borders, or lines along the direction instead where a border is short against what it would be
+    // extended to, between two lines across. Moved outwards a little: it is to hold what rounding makes of
+    // it.
+    static std::array<Spot, 4> quadrangle(const Node& node, std::span<const Spot> hull, const Direction& d,
+                                          const Range& along) {
+        Range across;
+        double largest = 0;
+        for (const Spot& p : hull) {
+            across.add(d.across(p.x, p.y));
+            largest = std::max({largest, std::fabs(p.x), std::fabs(p.y)});
+        }
+        const double slack = 1e-14 * largest;
+        const double low = along.low - slack, high = along.high + slack;
+        const auto corner = [&](const Border& border, double position, double outermost, double outwards) {
+            const double aAlong = d.along(border.a.x, border.a.y), bAlong = d.along(border.b.x, border.b.y);
+            const double aAcross = d.across(border.a.x, border.a.y);
+            const double bAcross = d.across(border.b.x, border.b.y);
+            const bool bLong = std::fabs(bAlong - aAlong) * 4 > high - low;
+            const double share = (position - aAlong) / (bAlong - aAlong);
+            const double side = (bLong ? aAcross + (bAcross - aAcross) * share : outermost) + outwards;
+            return Spot{d.x * position - d.y * side, d.y * position + d.x * side};
+        };
+        const Border &right = node.aBorders[0], &left = node.aBorders[1];
+        return {corner(right, low, across.low, -slack), corner(right, high, across.low, -slack),
+                corner(left, high, across.high, slack), corner(left, low, across.high, slack)};
+    }
+
+    // Exactly. False, too, for corners that are not finite: they have no sides.
+    bool isAround(const std::array<Spot, 4>& aCorners, std::span<const Spot> hull) {
+        const auto isFinite = [](const Spot& p) { return std::isfinite(p.x) && std::isfinite(p.y); };
+        if (!std::all_of(aCorners.begin(), aCorners.end(), isFinite)) return false;
+        for (std::size_t i = 0; i < 4; ++i)
+            for (const Spot& p : hull)
+                if (tests.orientationUnbounded(aCorners[i], aCorners[(i + 1) % 4], p) != ORIENTATION2_CCW)
+                    return false;
+        return true;
     }
 
     HullTree& tree;
@@ -216,7 +257,7 @@ bool HullTree::isOff(const Node& node, const Ends& ends, bool alsoEndPoints) con
         return true;
     const Point2 src = ends.src(), trg = ends.trg();
     return isBeyond(node.aBorders[0], src, trg, alsoEndPoints) ||
-           isBeyond(node.aBorders[1], src, trg, alsoEndPoints) || isOffLine(box, src, trg);
+           isBeyond(node.aBorders[1], src, trg, alsoEndPoints) || isOffLine(node.aCorners, src, trg);
 }
 
 // A segment with one end on the line meets the node's segments there at most: not outside of a and b, and at
@@ -224,6 +265,7 @@ bool HullTree::isOff(const Node& node, const Ends& ends, bool alsoEndPoints) con
 bool HullTree::isBeyond(const Border& border, const Point2& src, const Point2& trg,
                         bool alsoEndPoints) const {
     const Point2 a = border.a, b = border.b;
+    if (a == b) return !alsoEndPoints && (src == a || trg == a); // all are this point
     const Orientation2 srcSide = sideOf(tests, a, b, src);
     if (srcSide == ORIENTATION2_CCW) return false;
     const Orientation2 trgSide = sideOf(tests, a, b, trg);
@@ -234,12 +276,13 @@ bool HullTree::isBeyond(const Border& border, const Point2& src, const Point2& t
     return onLine < first || last < onLine || (!alsoEndPoints && (onLine == a || onLine == b));
 }
 
-// Whether the box lies on one side of the segment's line, as far as doubles tell.
-bool HullTree::isOffLine(const Box& box, const Point2& src, const Point2& trg) const {
-    const bool bRising = (src.x() < trg.x()) == (src.y() < trg.y());
-    const Point2 p(box.minX, bRising ? box.maxY : box.minY), q(box.maxX, bRising ? box.minY : box.maxY);
-    const stages::Decision side = stages::orientStatic(src, trg, p, tests.filterBound());
-    return side != stages::UNSURE && side == stages::orientStatic(src, trg, q, tests.filterBound());
+// Whether the corners, and all that is between them, lie on one side of the segment's line, as far as doubles
+// tell. Corners may lie beyond the static bound.
+bool HullTree::isOffLine(const std::array<Spot, 4>& aCorners, const Point2& src, const Point2& trg) const {
+    const stages::Decision side = stages::orientDynamic(src, trg, aCorners[0]);
+    if (side == stages::UNSURE) return false;
+    return std::all_of(aCorners.begin() + 1, aCorners.end(),
+                       [&](const Spot& corner) { return stages::orientDynamic(src, trg, corner) == side; });
 }
 
 } // namespace TESK_KIVO2D

@@ -11,13 +11,13 @@ namespace TESK_KIVO2D {
 
 // A tree over segments whose boxes overlap though they do not meet, as those of parallel diagonals and of the
 // spokes of a star. A node knows the box of its segments and two lines, the edges of their convex hull across
-// its middle, that all of them lie between. So parallel segments are told apart by lines parallel to them,
-// and spokes by spokes. Halves are made by position, by offset or by angle, whichever keeps segments apart
-// best.
+// its middle, that all of them lie between, and the ends of those make a quadrangle about them. So parallel
+// segments are told apart by lines parallel to them, and spokes by spokes. Halves are made by position, by
+// offset or by angle, whichever keeps segments apart best.
 //
 // Lines go through ends of segments, and sides are exact: what touches a node's border in an end that the
 // two share is told from what meets it. For segments of which none intersect, a query takes O(log n) where
-// halves do not overlap; nothing is promised, and nothing goes wrong, where they do. 48 bytes a segment.
+// halves do not overlap; nothing is promised, and nothing goes wrong, where they do. 70 bytes a segment.
 class HullTree {
 public:
     // The segments must outlive the tree, and lie within the static bound.
@@ -45,14 +45,15 @@ private:
     struct Node {
         Box box;
         std::array<Border, 2> aBorders;
-        std::uint32_t first, last; // of a leaf: its range in vOrder
-        std::uint32_t right = 0;   // the second child, where the first one follows at once; 0 for a leaf
+        std::array<Spot, 4> aCorners; // of a quadrangle that all of it lies in
+        std::uint32_t first, last;    // of a leaf: its range in vOrder
+        std::uint32_t right = 0;      // the second child, where the first one follows at once; 0 for a leaf
     };
     class Builder;
 
     bool isOff(const Node& node, const Ends& ends, bool alsoEndPoints) const;
     bool isBeyond(const Border& border, const Point2& src, const Point2& trg, bool alsoEndPoints) const;
-    bool isOffLine(const Box& box, const Point2& src, const Point2& trg) const;
+    bool isOffLine(const std::array<Spot, 4>& aCorners, const Point2& src, const Point2& trg) const;
 
     const SegmentArray& segments;
     TeskTest& tests;

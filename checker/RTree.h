@@ -65,6 +65,10 @@ public:
     template<class Narrow, class Visit>
     bool visitMeeting(const CellBox& box, const Narrow& narrow, Visit&& visit) const;
 
+    // The same for the boxes of the one node that holds the i-th, with its own box.
+    template<class Visit>
+    bool visitBeside(std::size_t i, Visit&& visit) const;
+
     CellBox box(std::size_t i) const { return vNodes[i / fanOut].box(static_cast<unsigned>(i % fanOut)); }
     // Mean area, in cells, of the nodes that hold the boxes.
     double meanLeafArea() const { return leafArea; }
@@ -168,6 +172,14 @@ bool RTree::visitMeeting(const CellBox& box, const Narrow& narrow, Visit&& visit
         else if (!visit(child))
             return false;
     }
+    return true;
+}
+
+template<class Visit>
+bool RTree::visitBeside(std::size_t i, Visit&& visit) const {
+    const Node& own = vNodes[i / fanOut];
+    for (unsigned mask = own.meeting(box(i)); mask != 0; mask &= mask - 1)
+        if (!visit(i / fanOut * fanOut + static_cast<unsigned>(std::countr_zero(mask)))) return false;
     return true;
 }
 

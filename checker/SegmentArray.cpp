@@ -36,8 +36,13 @@ SegmentArray::SegmentArray(const std::vector<Segment2*>& vSegments, const std::v
     vEnds.reserve(vPlaces.size());
     vPlace.reserve(vPlaces.size());
     for (std::size_t i = 0; i < entries.size(); ++i) {
+        // Each step needs the memory that the one before has fetched.
         constexpr std::size_t ahead = 16;
-        if (i + ahead < entries.size()) prefetchSegment(vSegments[vPlaces[entries[i + ahead].index]]);
+        if (i + 3 * ahead < entries.size()) {
+            prefetch(&vPlaces[entries[i + 3 * ahead].index]);
+            prefetch(static_cast<const void*>(&vSegments[vPlaces[entries[i + 2 * ahead].index]]));
+            prefetchSegment(vSegments[vPlaces[entries[i + ahead].index]]);
+        }
         vPlace.push_back(vPlaces[entries[i].index]);
         vEnds.emplace_back(*vSegments[vPlace.back()]);
     }

@@ -21,6 +21,16 @@ public:
     template<class Visit>
     bool visitCandidates(const Ends& ends, Visit&& visit) const;
 
+    // The same for the i-th segment of the array, and first of all for its neighbours in the order, where
+    // most hits are found.
+    template<class Visit>
+    bool visitCandidatesOf(std::size_t i, const Ends& ends, const Visit& visit) const {
+        const auto visitOthers = [&](std::size_t j) {
+            return j / RTree::fanOut == i / RTree::fanOut || visit(j);
+        };
+        return tree.visitBeside(i, visit) && visitCandidates(ends, visitOthers);
+    }
+
 private:
     // A line within the grid, in cells. The map moves what it maps by less than a cell and a bit in each
     // axis.

@@ -22,7 +22,7 @@ public:
         if (lines)
             lines->visitCandidates(i, alsoEndPoints, compare);
         else
-            index.visitCandidates(segments[i], compare);
+            index.visitCandidatesOf(i, segments[i], compare);
     }
     bool isMarked(std::size_t i) const { return vMarks[i] != 0; }
 
