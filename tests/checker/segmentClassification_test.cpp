@@ -52,9 +52,9 @@ void expectType(const SegmentChecker& checker, const Points& p, SegmentIntersect
 
 TEST_P(LatticePairs, areClassifiedAsByRationalsInAnyOrderAndDirection) {
     std::vector<std::pair<Point2, Point2>> vSegments; // points among them
-    for (int i = 0; i < 16; ++i) {
-        for (int j = i; j < 16; ++j) {
-            const auto at = [](int k) { return Point2(GetParam().aX[k % 4u], GetParam().aY[k / 4u]); };
+    for (unsigned i = 0; i < 16; ++i) {
+        for (unsigned j = i; j < 16; ++j) {
+            const auto at = [](unsigned k) { return Point2(GetParam().aX[k % 4], GetParam().aY[k / 4]); };
             vSegments.emplace_back(at(i), at(j));
         }
     }

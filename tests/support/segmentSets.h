@@ -90,7 +90,10 @@ inline Segments chain(Rng& rng, int num) {
                                 : moved(v.back(), step.x() - 1, step.y() - 1));
     }
     if (rng() % 2 == 0) v.push_back(v.front());
-    return many(static_cast<int>(v.size()) - 1, [&](int i) { return Segment2(v[i + 0u], v[i + 1u]); });
+    Segments vSegments;
+    for (std::size_t i = 1; i < v.size(); ++i)
+        vSegments.emplace_back(v[i - 1], v[i]);
+    return vSegments;
 }
 
 // Spokes with a common end; in some, one to three of them run through the hub.
@@ -111,11 +114,12 @@ inline Segments fan(Rng& rng, int num) {
     });
 }
 
-// A line and, on one side of it, fans with their hubs on it: it meets their boxes in one corner.
+// Pieces of one line and, on one side of it, fans with their hubs on it: it meets their boxes in one corner.
 inline Segments fansOnALine(Rng& rng, int num) {
     const Point2 step = moved(latticePoint(rng, 50), 1, 1);
     return many(num, [&](int i) {
-        if (i == 0) return Segment2({-step.x(), -step.y()}, {100 * step.x(), 100 * step.y()});
+        if (i % 150 == 0) return Segment2({-step.x(), -step.y()}, {(i + 1) * step.x(), (i + 1) * step.y()});
+        if (i == 1) return Segment2({-uniformPoint(rng, 100).x(), 0}, {0, -uniformPoint(rng, 100).y()});
         const double k = i / 40, size = doubles::uniform(rng);
         return Segment2({k * step.x(), k * step.y()},
                         {k * step.x() + size, k * step.y() - 0.1 * size * size});
@@ -175,7 +179,7 @@ inline Segments roundedTouches(Rng& rng, int num) {
         const Point2 p = between(s, below(rng, 9) / 8.0);
         v.emplace_back(p, rng() % 4 == 0 ? between(s, doubles::uniform(rng)) : onCircle(rng, p, 0.2));
     }
-    return many(num, [&](int i) { return v[i + 0u]; });
+    return v;
 }
 
 // A few units in the last place wide, far from the origin.
