@@ -31,7 +31,8 @@ enum SegmentIntersectionType {
 /// is made by the first query, and by the first one after more were added. Null pointers and segments with a
 /// coordinate that is infinite or not a number keep their place in the numbering and take part in nothing; a
 /// warning says how many there are. An object that was added several times counts once, at its first place;
-/// the first query warns of that, and of a set without segments. One checker is used by one thread at a time.
+/// the first query after that warns of it, and every query of a set without segments. One checker is used by
+/// one thread at a time.
 ///
 /// Memory: about 65 bytes a segment; twice as much while the index is made, and where boxes are no help (see
 /// `getIllegalSegments`). The index takes O(n) time for coordinates that are not contrived, else O(n log n).
