@@ -8,8 +8,9 @@
 
 namespace TESK_KIVO2D {
 
-// An R-tree over the boxes of segments. Boxes are in cells of a grid over all of them: the map to cells keeps
-// the order of coordinates, so that no two boxes that touch come apart, whatever their size.
+// An R-tree over the boxes of segments. Boxes are in cells of a grid over all of them, or all but a few far
+// away, which have cells at its border: the map to cells keeps the order of coordinates, so that no two boxes
+// that touch come apart, whatever their size.
 class SegmentIndex {
 public:
     // The segments must outlive the index.
@@ -63,7 +64,8 @@ private:
         const std::int32_t y0 = cell(axisY, ends.srcY), y1 = cell(axisY, ends.trgY);
         return {x0 < x1 ? x0 : x1, y0 < y1 ? y0 : y1, x0 < x1 ? x1 : x0, y0 < y1 ? y1 : y0};
     }
-    Bbox2 extent;
+
+    Bbox2 grid;
     GridAxis axisX, axisY;
     RTree tree;
 };
@@ -72,7 +74,7 @@ template<class Visit>
 bool SegmentIndex::visitCandidates(const Ends& ends, Visit&& visit) const {
     const CellBox box = boxOf(ends);
     // What reaches beyond the grid has cells at its border, which are not on its line.
-    const bool bInGrid = extent.isInBox(ends.src()) && extent.isInBox(ends.trg());
+    const bool bInGrid = grid.isInBox(ends.src()) && grid.isInBox(ends.trg());
     if (!bInGrid || box.width() * box.height() <= 4 * tree.meanLeafArea())
         return tree.visitMeeting(
             box, [](const RTree::Node&, unsigned mask) { return mask; }, visit);

@@ -34,8 +34,9 @@ enum SegmentIntersectionType {
 /// the first query after that warns of it, and every query of a set without segments. One checker is used by
 /// one thread at a time.
 ///
-/// Memory: about 65 bytes a segment; twice as much while the index is made, and where boxes are no help (see
-/// `getIllegalSegments`). The index takes O(n) time for coordinates that are not contrived, else O(n log n).
+/// Memory: about 65 bytes a segment; up to 100 while the index is made, and 135 to 180 during a search where
+/// boxes are no help (see `getIllegalSegments`). The index takes O(n) time for coordinates that are not
+/// contrived, else O(n log n).
 class KIVO_API SegmentChecker {
 public:
     /// No segments.
