@@ -23,10 +23,11 @@ public:
     // The segments must outlive the tree, and lie within the static bound.
     HullTree(const SegmentArray& segments, TeskTest& predicates);
 
-    // Calls visit(i) for the segments that may meet the i-th, without itself, until one call returns false.
-    // Where alsoEndPoints is false those are left out of which it is clear that they share an end at most.
+    // Calls visit(i) for the segments that may meet this one, which lies within the static bound, until one
+    // call returns false. Where alsoEndPoints is false those are left out of which it is clear that they
+    // share an end at most.
     template<class Visit>
-    bool visitCandidates(std::size_t i, bool alsoEndPoints, const Visit& visit) const;
+    bool visitCandidates(const Ends& ends, bool alsoEndPoints, const Visit& visit) const;
 
 private:
     static constexpr std::size_t maxLeaf = 16;
@@ -62,7 +63,7 @@ private:
 };
 
 template<class Visit>
-bool HullTree::visitCandidates(std::size_t i, bool alsoEndPoints, const Visit& visit) const {
+bool HullTree::visitCandidates(const Ends& ends, bool alsoEndPoints, const Visit& visit) const {
     constexpr std::size_t maxDepth = 64; // halves are equal
     std::array<std::uint32_t, maxDepth> aPending;
     std::size_t numPending = 0;
@@ -70,14 +71,14 @@ bool HullTree::visitCandidates(std::size_t i, bool alsoEndPoints, const Visit& v
     while (numPending > 0) {
         const std::uint32_t number = aPending[--numPending];
         const Node& node = vNodes[number];
-        if (isOff(node, segments[i], alsoEndPoints)) continue;
+        if (isOff(node, ends, alsoEndPoints)) continue;
         if (node.right != 0) {
             aPending[numPending++] = node.right;
             aPending[numPending++] = number + 1;
             continue;
         }
         for (std::uint32_t k = node.first; k < node.last; ++k)
-            if (vOrder[k] != i && !visit(vOrder[k])) return false;
+            if (!visit(vOrder[k])) return false;
     }
     return true;
 }

@@ -1,8 +1,6 @@
 #include "checker/SegmentQueries.h"
 
-#include "checker/HullTree.h"
-
-#include <optional>
+#include <algorithm>
 
 namespace TESK_KIVO2D {
 namespace {
@@ -20,7 +18,7 @@ public:
         const auto compare = [&](std::size_t j) { return !isHit(i, j); };
         if (!lines && numMisses >= maxMisses) lines.emplace(segments, tests);
         if (lines)
-            lines->visitCandidates(i, alsoEndPoints, compare);
+            lines->visitCandidates(segments[i], alsoEndPoints, compare);
         else
             index.visitCandidatesOf(i, segments[i], compare);
     }
@@ -57,6 +55,13 @@ SegmentQueries::SegmentQueries(const std::vector<Segment2*>& vSegments,
     const Bbox2& box = segments.box();
     if (size() > 0)
         tests.setStaticBound(std::fmax(box.getMinPoint().getMaxAbs(), box.getMaxPoint().getMaxAbs()));
+}
+
+void SegmentQueries::prepareLines() {
+    ++numQueries;
+    constexpr std::size_t manyMisses = 32; // a query
+    if (!lines && numMisses > manyMisses * std::max(numQueries, size()) + 4 * numHits)
+        lines.emplace(segments, tests);
 }
 
 std::vector<char> SegmentQueries::findIllegal(bool alsoEndPoints, ProgressHub::Operation* pOperation,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "checker/HullTree.h"
 #include "checker/SegmentArray.h"
 #include "checker/SegmentIndex.h"
 #include "checker/segmentClassification.h"
@@ -7,6 +8,7 @@
 #include "kernel/TeskTest.h"
 
 #include <cmath>
+#include <optional>
 #include <vector>
 
 namespace TESK_KIVO2D {
@@ -33,9 +35,15 @@ public:
     std::size_t size() const { return segments.size(); }
 
 private:
+    // Counts a query. Lines take the place of boxes for good once there were many comparisons without a hit
+    // for each query and each segment, and far more than hits.
+    void prepareLines();
+
     SegmentArray segments;
     SegmentIndex index;
     TeskTest tests;
+    std::optional<HullTree> lines;
+    std::size_t numQueries = 0, numMisses = 0, numHits = 0; // of visitIntersectors
 };
 
 // Makes the static filter valid for larger coordinates, and as sharp as it was when it goes.
@@ -62,12 +70,18 @@ inline SegmentIntersectionType classify(TeskTest& tests, const Ends& a, const En
 
 template<class Visit>
 void SegmentQueries::visitIntersectors(const Ends& ends, const Visit& visit) {
+    prepareLines();
     const StaticBoundRaised raised(tests, std::fmax(ends.src().getMaxAbs(), ends.trg().getMaxAbs()));
-    index.visitCandidates(ends, [&](std::size_t i) {
+    const auto compare = [&](std::size_t i) {
         const SegmentIntersectionType type = classify(tests, ends, segments[i]);
+        ++(type == SIT_NONE ? numMisses : numHits);
         if (type != SIT_NONE) visit(segments.place(i), type);
         return true;
-    });
+    };
+    if (lines)
+        lines->visitCandidates(ends, true, compare);
+    else
+        index.visitCandidates(ends, compare);
 }
 
 } // namespace TESK_KIVO2D
