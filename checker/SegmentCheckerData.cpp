@@ -19,7 +19,6 @@ void SegmentChecker::SegmentCheckerData::add(const std::vector<Segment2*>& vAdde
     vSegments.insert(vSegments.end(), vAdded.begin(), vAdded.end());
     pQueries.reset();
     bAddressesSorted = false;
-    numUnusable += static_cast<std::size_t>(numNull + numNotFinite);
     if (numNull + numNotFinite > 0)
         reportWarning("SegmentChecker::addSegments()",
                       "segments that take no part: null pointers: " + std::to_string(numNull) +
@@ -70,8 +69,13 @@ std::vector<std::uint32_t> SegmentChecker::SegmentCheckerData::placesTakingPart(
     std::vector<char> vOut(vSegments.size(), 0);
     for (std::size_t i = 0; i < vSegments.size(); ++i)
         if (vSegments[i] == nullptr || !isFinite(*vSegments[i])) vOut[i] = 1;
-    for (std::size_t i = 1; i < vByAddress.size(); ++i)
-        if (vSegments[vByAddress[i]] == vSegments[vByAddress[i - 1]]) vOut[vByAddress[i]] = 1;
+    numRepeated = 0;
+    for (std::size_t i = 1; i < vByAddress.size(); ++i) {
+        char& out = vOut[vByAddress[i]];
+        if (out != 0 || vSegments[vByAddress[i]] != vSegments[vByAddress[i - 1]]) continue;
+        out = 1;
+        ++numRepeated;
+    }
     std::vector<std::uint32_t> vPlaces;
     vPlaces.reserve(vSegments.size());
     for (std::size_t i = 0; i < vSegments.size(); ++i)
@@ -83,7 +87,6 @@ SegmentQueries& SegmentChecker::SegmentCheckerData::queries(const char* location
     if (vSegments.empty()) reportWarning(location, "no segments");
     if (pQueries) return *pQueries;
     const std::vector<std::uint32_t> vPlaces = placesTakingPart();
-    const std::size_t numRepeated = vSegments.size() - numUnusable - vPlaces.size();
     if (numRepeated > 0)
         reportWarning(location,
                       "segments that were added before and count once: " + std::to_string(numRepeated));

@@ -35,7 +35,7 @@ public:
 private:
     void sortByAddress();
 
-    std::size_t numUnusable = 0; // null pointers, or not finite
+    std::size_t numRepeated = 0; // as of the latest placesTakingPart
     std::unique_ptr<SegmentQueries> pQueries;
     bool bAddressesSorted = false;
     std::vector<std::uint32_t> vByAddress; // places; empty where they ascend with the addresses as they are

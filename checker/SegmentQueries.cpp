@@ -8,16 +8,19 @@ namespace {
 // Marks segments that meet another one. Each is compared with others until the first hit, which marks both.
 class IllegalSearch {
 public:
-    IllegalSearch(const SegmentArray& allSegments, const SegmentIndex& boxes, TeskTest& predicates,
-                  bool alsoSharedEnds, std::size_t maxMissesASegment)
-        : segments(allSegments), index(boxes), tests(predicates), alsoEndPoints(alsoSharedEnds),
-          maxMisses(maxMissesASegment * allSegments.size()), vMarks(allSegments.size(), 0) {}
+    IllegalSearch(const SegmentArray& allSegments, const SegmentIndex& boxes,
+                  std::optional<HullTree>& lineTree, TeskTest& predicates, bool alsoSharedEnds,
+                  std::size_t maxMissesASegment)
+        : segments(allSegments), index(boxes), lines(lineTree), tests(predicates),
+          alsoEndPoints(alsoSharedEnds), maxMisses(maxMissesASegment * allSegments.size()),
+          vMarks(allSegments.size(), 0) {}
 
     void search(std::size_t i) {
         if (vMarks[i] != 0) return;
         const auto compare = [&](std::size_t j) { return !isHit(i, j); };
-        if (!lines && numMisses >= maxMisses) lines.emplace(segments, tests);
-        if (lines)
+        const bool bByLines = numMisses >= maxMisses;
+        if (bByLines && !lines) lines.emplace(segments, tests);
+        if (bByLines)
             lines->visitCandidates(segments[i], alsoEndPoints, compare);
         else
             index.visitCandidatesOf(i, segments[i], compare);
@@ -39,12 +42,12 @@ private:
 
     const SegmentArray& segments;
     const SegmentIndex& index;
+    std::optional<HullTree>& lines; // made when it is needed
     TeskTest& tests;
     const bool alsoEndPoints;
     const std::size_t maxMisses;
     std::vector<char> vMarks;
     std::size_t numMisses = 0;
-    std::optional<HullTree> lines;
 };
 
 } // namespace
@@ -66,7 +69,7 @@ void SegmentQueries::prepareLines() {
 
 std::vector<char> SegmentQueries::findIllegal(bool alsoEndPoints, ProgressHub::Operation* pOperation,
                                               std::size_t maxMisses) {
-    IllegalSearch search(segments, index, tests, alsoEndPoints, maxMisses);
+    IllegalSearch search(segments, index, lines, tests, alsoEndPoints, maxMisses);
     for (std::size_t i = 0; i < size(); ++i) {
         search.search(i);
         if (pOperation != nullptr) pOperation->advance();

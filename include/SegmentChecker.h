@@ -35,8 +35,8 @@ enum SegmentIntersectionType {
 /// one thread at a time.
 ///
 /// Memory: about 65 bytes a segment, up to 100 while the index is made. Where boxes are no help (see
-/// `getIllegalSegments`) a search takes 135 to 180 bytes a segment, and `getIntersectors` keeps 30 to 50. The
-/// index takes O(n) time for coordinates that are not contrived, else O(n log n).
+/// `getIllegalSegments`) a query takes 135 to 180 bytes a segment, and 30 to 50 of these are kept. The index
+/// takes O(n) time for coordinates that are not contrived, else O(n log n).
 class KIVO_API SegmentChecker {
 public:
     /// No segments.
