@@ -9,16 +9,10 @@
 
 using namespace TESK_KIVO2D;
 using doubles::Rng;
+using segmentSets::pointersTo;
 using segmentSets::Segments;
 
 namespace {
-
-std::vector<Segment2*> pointersTo(Segments& v) {
-    std::vector<Segment2*> vPointers;
-    for (Segment2& segment : v)
-        vPointers.push_back(&segment);
-    return vPointers;
-}
 
 std::vector<std::uint32_t> placesOf(const Segments& v) {
     std::vector<std::uint32_t> vPlaces(v.size());
@@ -66,10 +60,7 @@ void expectIntersectors(Segments& v, std::size_t first, double bound) {
 // All others shared a few cells of the grid: every box met every other one.
 TEST(SegmentIndex, tellsBoxesApartWhereAFewSegmentsAreFarAway) {
     Rng rng(91);
-    const Segments vNear = segmentSets::many(2000, [&](int) {
-        const Point2 p = segmentSets::uniformPoint(rng);
-        return Segment2(p, segmentSets::onCircle(rng, p, 0.02));
-    });
+    const Segments vNear = segmentSets::longAndShort(rng, 2000, 0.02);
     for (const double far : {1e5, 1e12, 1e30, 1e300}) {
         Segments v = vNear;
         const std::size_t numBefore = numCandidates(v);
