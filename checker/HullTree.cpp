@@ -201,8 +201,7 @@ private:
     }
 
     // The borders, or lines along the direction instead where a border is short against what it would be
-    // extended to, between two lines across. Moved outwards a little: it is to hold what rounding makes of
-    // it.
+    // extended to, between two lines across. All a little further out, to hold what rounding takes away.
     static std::array<Spot, 4> quadrangle(const Node& node, std::span<const Spot> hull, const Direction& d,
                                           const Range& along) {
         Range across;

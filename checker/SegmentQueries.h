@@ -18,6 +18,8 @@ class SegmentQueries {
 public:
     // Of the segments at these places of the set, which must not be null and must be finite.
     SegmentQueries(const std::vector<Segment2*>& vSegments, const std::vector<std::uint32_t>& vPlaces);
+    SegmentQueries(const SegmentQueries&) = delete;
+    SegmentQueries& operator=(const SegmentQueries&) = delete;
 
     // Calls visit(place, type) for each segment of the set that has something in common with this one, which
     // may be any, in no order that means anything.
