@@ -32,7 +32,7 @@ public:
     // Boxes are no help once there were maxMisses comparisons a segment without a hit: then lines tell the
     // rest apart. Whatever the segments are, no more than these and the lines' own time is lost.
     std::vector<char> findIllegal(bool alsoEndPoints, ProgressHub::Operation* pOperation,
-                                  std::size_t maxMisses = 16);
+                                  std::size_t maxMisses = 8);
 
     std::size_t size() const { return segments.size(); }
 
