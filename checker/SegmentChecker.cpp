@@ -113,8 +113,8 @@ bool SegmentChecker::getIntersectionSegment(const Segment2* pA, const Segment2* 
                                            : "segments seem to be non-collinear");
         return false;
     }
-    segment =
-        Segment2(std::max(std::min(p1, p2), std::min(p3, p4)), std::min(std::max(p1, p2), std::max(p3, p4)));
+    const auto [first, last] = collinearPart(p1, p2, p3, p4);
+    segment = Segment2(first, last);
     if (p2 < p1) segment.swapSrcTrg();
     return true;
 }

@@ -1,15 +1,13 @@
 #include "checker/segmentClassification.h"
 
-#include <algorithm>
+#include "kernel/tools.h"
 
 namespace TESK_KIVO2D {
 namespace {
 
-// Of segments on one line, on which points are in the order of their coordinates.
 SegmentIntersectionType classifyCollinear(const Point2& p1, const Point2& p2, const Point2& p3,
                                           const Point2& p4) {
-    const Point2 &first = std::max(std::min(p1, p2), std::min(p3, p4)),
-                 &last = std::min(std::max(p1, p2), std::max(p3, p4));
+    const auto [first, last] = collinearPart(p1, p2, p3, p4);
     if (last < first) return SIT_NONE;
     if (first < last) return SIT_SEGMENT;
     const bool bEndOfBoth = (first == p1 || first == p2) && (first == p3 || first == p4);

@@ -90,13 +90,6 @@ std::optional<Point2> pointNearMiddle(const Point2& a, const Point2& b) {
     return std::nullopt;
 }
 
-// Of segments on one line, on which points are in the order of their coordinates.
-std::optional<Point2> commonPoint(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4) {
-    const Point2 &first = std::max(std::min(p1, p2), std::min(p3, p4)),
-                 &last = std::min(std::max(p1, p2), std::max(p3, p4));
-    return first == last ? std::optional(Point2(first.x(), first.y())) : std::nullopt;
-}
-
 } // namespace
 
 double computeArea(double a, double b, double c) {
@@ -135,7 +128,8 @@ std::optional<Point2> getIntersectionCoordsNoRounding(const Point2& p1, const Po
         if (!bPoint)
             reportWarning("getIntersectionCoordsNoRounding()", "has been called for collinear segments");
         const bool bOneLine = side1 == ORIENTATION2_COLLINEAR && side2 == ORIENTATION2_COLLINEAR;
-        return bOneLine ? commonPoint(p1, p2, p3, p4) : std::nullopt;
+        const auto [first, last] = collinearPart(p1, p2, p3, p4);
+        return bOneLine && first == last ? std::optional(Point2(first.x(), first.y())) : std::nullopt;
     }
     if (p3 == p4 || side3 == side4 || side1 == side2) return std::nullopt;
     // Different sides on both lines: the lines are not parallel and the segments meet.

@@ -3,6 +3,7 @@
 #include "Point2.h"
 #include "Vector2.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace TESK_KIVO2D {
@@ -14,6 +15,17 @@ double computeArea(double a, double b, double c);
 // Angle between two unit vectors in degrees, where 3.14159 stands for pi. Vectors whose length is off by more
 // than 0.1 are a programming error.
 double getAngleDegree(const Vector2& u, const Vector2& v);
+
+// What the segments p1p2 and p3p4, on one line, have in common, from the first to the last of it: nothing
+// where the last comes before the first. On a line points are in the order of their coordinates. Refers to
+// the points.
+struct CollinearPart {
+    const Point2& first;
+    const Point2& last;
+};
+inline CollinearPart collinearPart(const Point2& p1, const Point2& p2, const Point2& p3, const Point2& p4) {
+    return {std::max(std::min(p1, p2), std::min(p3, p4)), std::min(std::max(p1, p2), std::max(p3, p4))};
+}
 
 // The one point that the segments p1p2 and p3p4, which may be points, share: an end that lies on the other
 // segment as it is, else where they cross, as near as getNearestIntersection comes to it. Nothing when they
