@@ -71,6 +71,10 @@ public:
     void newCDT_applyOneCS(ConstraintSegment2* pInitialCSeg);
     void insertSegmentConformingDelaunay(ConstraintSegment2* pCSeg);
 
+    // --- soups and knives
+    Zone2* importTriangles(const std::vector<Point2>& vCorners, bool bVerbose);
+    ConstraintGraph2* cutTriangles(const std::vector<Segment2>& vKnives);
+
     // --- zones
     ZoneRegistry& zoneRegistry() const override { return *pZoneRegistry; }
 

@@ -126,6 +126,19 @@ void Kivo_2D::applyConstraintsAndZones() {
     pDt->applyConstraintsAndZones();
 }
 
+Zone2* Kivo_2D::importTriangles(const std::vector<Point2>& vCorners, bool bVerbose) {
+    Zone2* const pZone = pDt->importTriangles(vCorners, bVerbose);
+    if (pZone == nullptr && bVerbose)
+        reportInfo("Kivo_2D::importTriangles(..)", "Nothing imported, returning NULL (bVerbose==true)");
+    return pZone;
+}
+
+ConstraintGraph2* Kivo_2D::cutTriangles(const Segment2& knife) { return pDt->cutTriangles({knife}); }
+
+ConstraintGraph2* Kivo_2D::cutTriangles(const std::vector<Segment2>& vKnives) {
+    return pDt->cutTriangles(vKnives);
+}
+
 Zone2* Kivo_2D::createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc, bool bVerbose) {
     return noteIfNull(pDt->zoneRegistry().createZone(pConstraintGraph, zoneLoc), bVerbose);
 }

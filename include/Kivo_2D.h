@@ -183,6 +183,50 @@ public:
     void applyConstraintsAndZones();
 
     /// \}
+    /// \name Import and cutting
+    /// \{
+
+    /// Makes a soup of triangles, three corners each, part of the triangulation as they are: each of them is
+    /// a triangle of it afterwards. Corners are shared where their coordinates are equal; triangles may be
+    /// given clockwise. The soup's free borders become constraint edges, and so do the edges inside that have
+    /// a far corner strictly inside the circle on the other side; all others are Delaunay anyway. What there
+    /// was before stays, Delaunay up to the soup's borders: corners may be vertices already, lie on
+    /// constraint segments, which are split there, and triangles may be there already. Returns the zone of
+    /// exactly these triangles (`ZL_BOUNDED`).
+    ///
+    /// What can't be part of one triangulation is found before anything changes, and reported with its
+    /// coordinates: triangles with a corner that is not finite or with all corners on one line, edges of
+    /// three or more triangles, triangles that overlap, corners in the inside of an edge, vertices inside a
+    /// triangle or an edge, constraint segments that cross one. Then, and for a number of corners that is
+    /// no multiple of three, the result is null and the triangulation is as it was. At most 100 lines are
+    /// printed; one more tells how many there are in all.
+    ///
+    /// Listeners hear progress as "import triangles". Expected O(n log n) for n triangles, plus the time to
+    /// look at each vertex and each constraint segment that there was.
+    /// \param vCorners three points a triangle; custom indices are taken over by new vertices
+    /// \param bVerbose whether a line tells what was imported, and one more that nothing was
+    Zone2* importTriangles(const std::vector<Point2>& vCorners, bool bVerbose = true);
+    /// Cuts the triangles along a segment: wherever it crosses an edge a vertex appears, and the segment
+    /// becomes a chain of edges, which are constraints from then on. The chain runs from end to end of the
+    /// segment, or as far as the segment lies in the convex hull: beyond it nothing is cut, and the hull
+    /// stays, apart from crossings with it, which are rounded outwards. All edges that are crossed,
+    /// constraint segments too, are split at the crossing, whose coordinates are rounded once; where it is
+    /// rounded onto a vertex, that vertex is taken. All edges that are no constraints are Delaunay
+    /// afterwards. Triangles that the segment does not meet, and whose circles hold no new vertex, stay as
+    /// they are; so do zones, apart from their borders, which follow what is rounded.
+    ///
+    /// Returns the graph of the chain, oriented like the segment. Null, after a warning, for a segment of no
+    /// length, one that is not finite, one that has no more than a point in common with the hull, and while
+    /// not 2-D.
+    ///
+    /// Expected O(k log k) for k crossed edges, plus the time to find the triangle of an end.
+    ConstraintGraph2* cutTriangles(const Segment2& knife);
+    /// The same for several segments, which cut the triangles that there are before the call, and each other:
+    /// where two of them cross, touch or overlap they share vertices. All chains are one graph, in the order
+    /// of the segments. What can't cut is left out, with a warning; null when nothing is left.
+    ConstraintGraph2* cutTriangles(const std::vector<Segment2>& vKnives);
+
+    /// \}
     /// \name Zones
     /// All return null, with a message, when there is nothing to make a zone of; with bVerbose one more line
     /// says so. Graphs and triangles must be of this triangulation.
