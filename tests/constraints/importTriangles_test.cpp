@@ -28,7 +28,8 @@ std::vector<Soup> partsOf(Rng& rng, const Soup& vSoup, std::size_t num) {
         Soup& vPart = vParts[any(rng, num)];
         vPart.insert(vPart.end(), vSoup.begin() + long(i), vSoup.begin() + long(i) + 3);
     }
-    std::copy_if(vParts.begin(), vParts.end(), std::back_inserter(vFilled), [](auto& v) { return !v.empty(); });
+    std::copy_if(vParts.begin(), vParts.end(), std::back_inserter(vFilled),
+                 [](auto& v) { return !v.empty(); });
     return vFilled;
 }
 
@@ -158,6 +159,7 @@ TEST(ImportedSoups, keepZonesThatWereThere) {
         const Soup vSoup = shuffled(rng, goodSoup(rng, aFrames[0], 20));
         if (!oracle::soupFaults(vSoup, verticesOf(c.kivo), segmentsOf(constraintEdges(c))).empty()) continue;
         const Zone2* const pZone = expectImported(c, vSoup);
+        ASSERT_NE(nullptr, pZone);
         c.kivo.insert({{6, 6}, {2.5, 3.5}, {-1, 1}, {11, 2}});
         EXPECT_NEAR(areaOf(vSoup), pZone->getArea2D(), 1e-9);
         zoned::expectNearArea(400, pOuter->getArea2D());

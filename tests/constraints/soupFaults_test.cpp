@@ -46,25 +46,26 @@ Report readReport(const std::string& said) {
 
 using Place = std::pair<SoupFault::Kind, std::size_t>;
 
-// A constraint segment and an edge, whichever triangle is named with them.
+// A constraint segment crosses one of several edges, of triangles with other faults, which may be missing.
 std::string withoutTriangle(const std::string& text) { return text.substr(0, text.find(" of triangle ")); }
 
-// Segments that cross a triangle with another fault may be missing, and nothing else.
 void expectLines(const Report& report, const std::vector<SoupFault>& vFaults) {
     std::multiset<std::string> sCertain;
     std::set<std::string> sPossible;
     std::map<std::string, Place> mPlaces;
     const bool bAllCertain = vFaults[0].kind == SoupFault::CROSSED_EDGE;
+    std::size_t numPossible = 0;
     for (const SoupFault& fault : vFaults) {
         mPlaces[fault.text] = {fault.kind, fault.triangle};
-        if (bAllCertain || fault.kind != SoupFault::CROSSED_EDGE) {
+        numPossible += fault.bFirst;
+        if (fault.kind != SoupFault::CROSSED_EDGE || (bAllCertain && fault.bFirst)) {
             sCertain.insert(fault.text);
-        } else {
+        } else if (!bAllCertain) {
             sPossible.insert(withoutTriangle(fault.text));
         }
     }
     EXPECT_LE(sCertain.size(), report.numFaults);
-    EXPECT_LE(report.numFaults, vFaults.size());
+    EXPECT_LE(report.numFaults, numPossible);
     EXPECT_EQ(std::min<std::size_t>(report.numFaults, 100), report.vLines.size());
     Place last(SoupFault::NOT_FINITE, 0);
     for (const std::string& line : report.vLines) {
@@ -234,8 +235,7 @@ TEST_P(SoupFaults, areFoundBesideVerticesConstraintsAndTrianglesThatAreThere) {
     for (int round = 0; round < numRounds && !HasFailure(); ++round) {
         SCOPED_TRACE(round);
         const Frame& frame = GetParam();
-        const Soup vSoup =
-            rng() % 4 == 0 ? withFaults(rng, frame) : shuffled(rng, goodSoup(rng, frame, 12));
+        const Soup vSoup = rng() % 4 == 0 ? withFaults(rng, frame) : shuffled(rng, goodSoup(rng, frame, 12));
         Points vPoints;
         for (int i = 1 + below(rng, 12); i > 0; --i)
             vPoints.push_back(anyPoint(rng, frame, 12, true));
@@ -248,7 +248,8 @@ TEST_P(SoupFaults, areFoundBesideVerticesConstraintsAndTrianglesThatAreThere) {
         for (const SoupFault& fault : oracle::soupFaults(vSoup, vPoints))
             sWrong.insert(fault.point);
         if (rng() % 4 != 0) std::erase_if(vPoints, [&](const Point2& p) { return sWrong.count(p) != 0; });
-        std::erase_if(vPoints, [](const Point2& p) { return !std::isfinite(p.x()) || !std::isfinite(p.y()); });
+        std::erase_if(vPoints,
+                      [](const Point2& p) { return !std::isfinite(p.x()) || !std::isfinite(p.y()); });
         Constrained c;
         c.kivo.insert(vPoints);
         const bool bAnySegments = rng() % 4 == 0;
@@ -316,7 +317,7 @@ TEST(ManySoupFaults, endTheSearch) {
     EXPECT_EQ(nullptr, c.kivo.importTriangles(vSoup, false));
     const Report report = readReport(captured.output() + captured.error());
     EXPECT_TRUE(report.bAtLeast);
-    EXPECT_EQ(100u, report.vLines.size());
+    ASSERT_EQ(100u, report.vLines.size());
     EXPECT_TRUE(report.numFaults >= 10000 && report.numFaults <= 400 * 399 / 2 + 3) << report.numFaults;
     EXPECT_EQ("The edge (0, 0) (0, 1) is shared by 400 triangles: 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, ...",
               report.vLines[0]);
@@ -338,13 +339,13 @@ TEST_P(PublishedSoups, areImportedOrRefusedForTheFaultsThatTheyHave) {
 
 TEST(ImportMessages, nameEveryFaultWithItsCoordinates) {
     constexpr double inf = HUGE_VAL;
-    const Soup vSoup = {{0, 0},  {4, 0},     {0, 4},                     // 0
-                        {1, 0},  {inf, 0},   {0, 1},                     // 1: not finite
-                        {1, 1},  {0.1, 0.1}, {2, 2},                     // 2: no area
-                        {4, 0},  {0, 4},     {4, 4},                     // 3: clockwise
-                        {5, 5},  {4, 0},     {0, 4},                     // 4: the third at an edge, over 3
-                        {0, 0},  {1, -1},    {2, 0},                     // 5: below 0, with half of its edge
-                        {10, 0}, {12, 0},    {11, 2}};                   // 6
+    const Soup vSoup = {{0, 0},  {4, 0},     {0, 4},   // 0
+                        {1, 0},  {inf, 0},   {0, 1},   // 1: not finite
+                        {1, 1},  {0.1, 0.1}, {2, 2},   // 2: no area
+                        {4, 0},  {0, 4},     {4, 4},   // 3: clockwise
+                        {5, 5},  {4, 0},     {0, 4},   // 4: the third at an edge, over 3
+                        {0, 0},  {1, -1},    {2, 0},   // 5: below 0, with half of its edge
+                        {10, 0}, {12, 0},    {11, 2}}; // 6
     Constrained c;
     c.kivo.insert({{1, 1}, {0, 2}, {4, 0}, {20, 0.5}});
     c.add({{{13, 1}, {9, 1}}}, CIS_CONSTRAINED_DELAUNAY);
@@ -357,8 +358,7 @@ TEST(ImportMessages, nameEveryFaultWithItsCoordinates) {
         "The vertex (1, 1) lies inside triangle 0 (0, 0) (4, 0) (0, 4)",
         "Triangle 3 (4, 0) (0, 4) (4, 4) and triangle 4 (5, 5) (4, 0) (0, 4) overlap",
         "The constraint segment (9, 1) (13, 1) crosses the edge (10, 0) (11, 2) of triangle 6",
-        "The constraint segment (9, 1) (13, 1) crosses the edge (11, 2) (12, 0) of triangle 6",
-        "9 faults, nothing imported, returning NULL"};
+        "8 faults, nothing imported, returning NULL"};
     std::string expected;
     for (const char* line : aLines)
         expected += location + "ERROR: " + line + "\n";
@@ -378,6 +378,7 @@ TEST(ImportMessages, nameEveryFaultWithItsCoordinates) {
                    "ERROR: 1 fault, nothing imported, returning NULL\n",
                {{0, 0}, {0, 0}, {0, 0}});
     expectSaid(location + "WARNING: vCorners is empty, returning NULL\n", {});
-    expectSaid(location + "ERROR: vCorners does not hold three corners a triangle (4 points), returning NULL\n",
+    expectSaid(location +
+                   "ERROR: vCorners does not hold three corners a triangle (4 points), returning NULL\n",
                {{0, 0}, {1, 0}, {0, 1}, {1, 1}});
 }

@@ -80,7 +80,7 @@ private:
                textOf(vCorners[3 * t + 1]) + " " + textOf(vCorners[3 * t + 2]);
     }
     void add(Kind kind, Index triangle, const std::string& text, const Point2& point = {}) {
-        vFaults.push_back({kind, triangle, text, point});
+        vFaults.push_back({kind, triangle, text, point, true});
     }
     int turn(Index i, Index j, Index k) const { return orientation(vExact[i], vExact[j], vExact[k]); }
 
@@ -152,6 +152,8 @@ private:
     }
 
     void findCrossed(Index i) {
+        const auto [low, high] = std::minmax({vPoints[i], vPoints[i + 1]});
+        std::vector<std::pair<RationalPoint, SoupFault>> vCrossings;
         for (Index t = 0; t < numTriangles; ++t) {
             if (!bGood[t] || !boxesMeet(&vPoints[i], 2, &vCorners[3 * t], 3)) continue;
             for (Index k = 0; k < 3; ++k) {
@@ -160,10 +162,20 @@ private:
                 if (mEdges.at(edge)[0] != t || turn(i, i + 1, a) * turn(i, i + 1, b) >= 0 ||
                     turn(a, b, i) * turn(a, b, i + 1) >= 0)
                     continue;
-                add(Kind::CROSSED_EDGE, t,
-                    "The constraint segment " + textOf(edgeOf(vPoints[i], vPoints[i + 1])) +
-                        " crosses the edge " + textOf(edge) + " of triangle " + std::to_string(t));
+                const std::string text = "The constraint segment " + textOf(low) + " " + textOf(high) +
+                                         " crosses the edge " + textOf(edge) + " of triangle ";
+                vCrossings.push_back({lineIntersection(low, high, vCorners[a], vCorners[b]),
+                                      {Kind::CROSSED_EDGE, t, text + std::to_string(t), low, true}});
             }
+        }
+        const auto isBefore = [](const auto& one, const auto& other) {
+            return cmp(one.first.x, other.first.x) < 0 ||
+                   (one.first.x == other.first.x && cmp(one.first.y, other.first.y) < 0);
+        };
+        std::sort(vCrossings.begin(), vCrossings.end(), isBefore);
+        for (auto& [point, fault] : vCrossings) {
+            fault.bFirst = &fault == &vCrossings[0].second;
+            vFaults.push_back(fault);
         }
     }
 

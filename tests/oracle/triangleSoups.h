@@ -27,6 +27,7 @@ struct SoupFault {
     std::size_t triangle; // the lowest number named
     std::string text;
     TESK_KIVO2D::Point2 point; // a corner or vertex that should not be where it is
+    bool bFirst; // CROSSED_EDGE: seen from the segment's lower end; other edges are not reported
 };
 // All of them, by kind and triangle, beside the vertices and constraint segments of a triangulation. A vertex
 // where the soup has a corner counts as that.
