@@ -199,6 +199,23 @@ TEST(ImportedSoups, areHeardOfAndAListenerMayStopThem) {
     }
 }
 
+TEST(LargeSoups, giveTheSameTrianglesByAnyNumberOfThreads) {
+    Rng rng(8);
+    const Soup vSoup = shuffled(rng, gridSoup(rng, isSanitized ? 100 : 340, ANY));
+    std::vector<std::vector<oracle::Corners>> vLists;
+    for (const int numThreads : {1, 2, 3}) {
+        Kivo_2D kivo;
+        kivo.setNumCPU(numThreads);
+        const Zone2* const pZone = quietly([&] { return kivo.importTriangles(vSoup); });
+        ASSERT_NE(nullptr, pZone);
+        EXPECT_EQ(vSoup.size() / 3, pZone->getNumberOfTriangles());
+        vLists.push_back(oracle::triangleList(kivo));
+        EXPECT_EQ(vLists[0], vLists.back());
+    }
+    std::sort(vLists[0].begin(), vLists[0].end());
+    EXPECT_TRUE(oracle::soupFacts(vSoup).vTriangles == vLists[0]);
+}
+
 TEST(RoundTrips, giveTheTrianglesOfNastySetsWithAndWithoutConstraints) {
     Rng rng(6);
     for (const nastySets::Kind& kind : nastySets::all()) {

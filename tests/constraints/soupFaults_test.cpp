@@ -251,12 +251,18 @@ TEST_P(SoupFaults, areFoundBesideVerticesConstraintsAndTrianglesThatAreThere) {
         std::erase_if(vPoints,
                       [](const Point2& p) { return !std::isfinite(p.x()) || !std::isfinite(p.y()); });
         Constrained c;
-        c.kivo.insert(vPoints);
         const bool bAnySegments = rng() % 4 == 0;
-        for (int i = vPoints.empty() ? 0 : below(rng, 2) * below(rng, 8); i > 0; --i)
-            for (const Segment2& s : anySegments(rng, vPoints, 1))
-                if (bAnySegments || oracle::soupFaults(vSoup, {}, {s}).empty())
-                    c.add({s}, ConstraintInsertionStrategy(rng() % 2));
+        const auto addSegments = [&](const Points& v, int num, bool bConforming) {
+            for (const Segment2& s : anySegments(rng, v, num)) {
+                const std::vector<SoupFault> vFaults = oracle::soupFaults(vSoup, {}, {s});
+                if (bAnySegments || vFaults.empty() || vFaults.back().kind != SoupFault::CROSSED_EDGE)
+                    c.add({s}, bConforming ? CIS_CONFORMING_DELAUNAY : CIS_CONSTRAINED_DELAUNAY);
+            }
+        };
+        // Some segments wait until they are applied.
+        if (rng() % 2 == 0 && vPoints.size() > 2) addSegments({vPoints[0], vPoints[1]}, 2, false);
+        c.kivo.insert(vPoints);
+        if (!vPoints.empty()) addSegments(vPoints, below(rng, 2) * below(rng, 8), rng() % 2 == 0);
         if (rng() % 8 == 0) importAnyhow(c, shuffled(rng, goodSoup(rng, frame, 8)));
         if (!HasFailure()) count(importAnyhow(c, vSoup));
     }

@@ -147,18 +147,17 @@ inline Points verticesOf(const Kivo_2D& kivo) {
         vPoints.push_back(*p);
     return vPoints;
 }
-// The edges that are constraints; pending ones from the graphs.
+// The edges that are constraints, and what will be.
 inline std::set<Edge> constraintEdges(const Constrained& c) {
-    std::set<Edge> s;
+    const std::vector<Edge> vLeaves = oracle::leafEdges(c.vGraphs);
+    std::set<Edge> s(vLeaves.begin(), vLeaves.end());
     std::vector<Triangle2*> vTriangles;
     c.kivo.getTrianglePointers(vTriangles);
     for (Triangle2* pT : vTriangles)
         for (int i = 0; i < 3; ++i)
             if (c.kivo.isConstraint(pT, i))
                 s.insert(oracle::edgeOf(*pT->getCorner((i + 1) % 3), *pT->getCorner((i + 2) % 3)));
-    if (c.kivo.is2D()) return s;
-    const auto vPending = oracle::leafEdges(c.vGraphs);
-    return {vPending.begin(), vPending.end()};
+    return s;
 }
 inline Point2 pointOf(const std::pair<double, double>& xy) { return {xy.first, xy.second}; }
 inline Segments segmentsOf(const std::set<Edge>& sEdges) {
@@ -232,7 +231,9 @@ inline Zone2* expectImported(Constrained& c, const Soup& vSoup) {
     const Points vBefore = verticesOf(c.kivo);
     std::vector<Point2*> vOld, vNew;
     c.kivo.getVertexPointers(vOld);
-    std::set<Edge> sExpected = dividedAt(vSoup, constraintEdges(c));
+    Points vAll = vBefore;
+    vAll.insert(vAll.end(), vSoup.begin(), vSoup.end());
+    std::set<Edge> sExpected = dividedAt(vAll, constraintEdges(c));
     sExpected.insert(facts.sBorder.begin(), facts.sBorder.end());
     sExpected.insert(facts.sNotDelaunay.begin(), facts.sNotDelaunay.end());
     Zone2* pZone = nullptr;
@@ -254,8 +255,6 @@ inline Zone2* expectImported(Constrained& c, const Soup& vSoup) {
     EXPECT_EQ("", differenceOf(sFound, sExpected)) << "constraints that nobody wanted" << text;
     EXPECT_EQ("", oracle::findGraphFault(c.kivo, c.vGraphs)) << text;
     c.kivo.getVertexPointers(vNew);
-    Points vAll = vBefore;
-    vAll.insert(vAll.end(), vSoup.begin(), vSoup.end());
     EXPECT_EQ(std::set<Point2>(vAll.begin(), vAll.end()).size(), vNew.size()) << text;
     const std::set<Point2*> sNew(vNew.begin(), vNew.end());
     for (std::size_t i = 0; i < vOld.size(); ++i)
