@@ -1,13 +1,17 @@
 #include "constraints/TriangleSoup.h"
 
+#include "Bbox2.h"
+#include "core/HC2.h"
+#include "core/hilbertOrder.h"
+#include "core/prefetch.h"
+#include "kernel/finite.h"
+
 #include <bit>
 #include <cmath>
 #include <utility>
 
 namespace TESK_KIVO2D {
 namespace {
-
-bool isFinite(const Point2& p) { return std::isfinite(p.x()) && std::isfinite(p.y()); }
 
 } // namespace
 
@@ -17,14 +21,22 @@ TriangleSoup::TriangleSoup(const std::vector<Point2>& vCorners) : vGiven(vCorner
     const Index numGiven = static_cast<Index>(vCorners.size() / 3);
     vTriangles.reserve(numGiven);
     TeskTest tests;
-    for (Index given = 0; given < numGiven; ++given)
+    constexpr Index ahead = 8; // so many triangles ahead, the slots of the corners are fetched
+    for (Index given = 0; given < numGiven; ++given) {
+        if (given + ahead < numGiven) {
+            for (const Point2& corner : givenCorners(given + ahead))
+                prefetch(static_cast<const void*>(&vSlots[firstSlotOf(corner)]));
+        }
         add(given, tests);
+    }
+    sortAlongCurve();
+    sortTriangles();
     collectEdges();
 }
 
 void TriangleSoup::add(Index given, TeskTest& tests) {
     const std::span<const Point2, 3> corners = givenCorners(given);
-    if (!std::all_of(corners.begin(), corners.end(), isFinite)) {
+    if (!std::all_of(corners.begin(), corners.end(), [](const Point2& p) { return isFinite(p); })) {
         vNotFinite.push_back(given);
         return;
     }
@@ -50,18 +62,56 @@ TriangleSoup::Index TriangleSoup::indexOf(const Point2& p) {
     return slot;
 }
 
-// The slot of the point, or the empty one where it would be.
-std::size_t TriangleSoup::slotOf(const Point2& p) const {
+// Where the search for the point's slot begins.
+std::size_t TriangleSoup::firstSlotOf(const Point2& p) const {
     // Zeros of either sign are equal, so they must have one hash.
     const std::uint64_t x = std::bit_cast<std::uint64_t>(p.x() + 0.0);
     const std::uint64_t y = std::bit_cast<std::uint64_t>(p.y() + 0.0);
     std::uint64_t hash = (x * 0x9E3779B97F4A7C15u) ^ (std::rotl(y, 32) * 0xD6E8FEB86659FD93u);
     hash = (hash ^ (hash >> 29)) * 0xBF58476D1CE4E5B9u;
-    const std::size_t mask = vSlots.size() - 1;
-    std::size_t i = static_cast<std::size_t>(hash ^ (hash >> 32)) & mask;
+    return static_cast<std::size_t>(hash ^ (hash >> 32)) & (vSlots.size() - 1);
+}
+
+// The slot of the point, or the empty one where it would be.
+std::size_t TriangleSoup::slotOf(const Point2& p) const {
+    std::size_t i = firstSlotOf(p);
     while (vSlots[i] != none && vPoints[vSlots[i]] != p)
-        i = (i + 1) & mask;
+        i = (i + 1) & (vSlots.size() - 1);
     return i;
+}
+
+void TriangleSoup::sortAlongCurve() {
+    HC2 hc;
+    hc.setBox(Bbox2(vPoints.begin(), vPoints.end()));
+    const HilbertOrder order(PointSource(vPoints.data(), vPoints.size()), hc);
+    std::vector<Point2> vSorted;
+    vSorted.reserve(vPoints.size());
+    std::vector<Index> vNewIndex(vPoints.size());
+    for (const KeyedIndex& entry : order.entries()) {
+        vNewIndex[entry.index] = static_cast<Index>(vSorted.size());
+        vSorted.push_back(vPoints[entry.index]);
+    }
+    vPoints.swap(vSorted);
+    for (Index& slot : vSlots) {
+        if (slot != none) slot = vNewIndex[slot];
+    }
+    for (Triangle& triangle : vTriangles) {
+        for (Index& p : triangle.aPoints)
+            p = vNewIndex[p];
+    }
+}
+
+void TriangleSoup::sortTriangles() {
+    const auto lowest = [](const Triangle& triangle) { return std::ranges::min(triangle.aPoints); };
+    std::vector<Index> vNext(vPoints.size() + 1, 0);
+    for (const Triangle& triangle : vTriangles)
+        ++vNext[lowest(triangle) + 1];
+    for (std::size_t i = 1; i < vNext.size(); ++i)
+        vNext[i] += vNext[i - 1];
+    std::vector<Triangle> vSorted(vTriangles.size());
+    for (const Triangle& triangle : vTriangles)
+        vSorted[vNext[lowest(triangle)]++] = triangle;
+    vTriangles.swap(vSorted);
 }
 
 void TriangleSoup::collectEdges() {
