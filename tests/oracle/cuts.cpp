@@ -425,10 +425,14 @@ void CutWitness::checkZones() const {
         for (const Triangle2* pT : vTs)
             vAfter.back().insert(cornersOf(pT));
     }
+    if (vZones.empty()) return;
     const std::set<Corners> sOld(vTriangles.begin(), vTriangles.end());
-    for (const Triangle2* pT : allTriangles(kivo)) {
-        if (vZones.empty()) return;
-        const Corners corners = cornersOf(pT);
+    std::set<Corners> sNow;
+    for (const Triangle2* pT : allTriangles(kivo))
+        sNow.insert(cornersOf(pT));
+    std::vector<Corners> vGone;
+    std::set_difference(sOld.begin(), sOld.end(), sNow.begin(), sNow.end(), std::back_inserter(vGone));
+    for (const Corners& corners : sNow) {
         const bool bStayed = sOld.count(corners) != 0;
         const auto third = [&](auto get) {
             return get(corners[0]) / 3 + get(corners[1]) / 3 + get(corners[2]) / 3;
@@ -438,7 +442,7 @@ void CutWitness::checkZones() const {
         if (!bStayed && (isSliver(corners) || !isInTriangle(corners, center, 1))) continue;
         std::vector<Corners> vHolding; // more than one where the centre lies on an edge
         if (bStayed) vHolding = {corners};
-        for (const Corners& old : vTriangles) {
+        for (const Corners& old : vGone) {
             const auto [minX, maxX] = std::minmax({old[0]->x(), old[1]->x(), old[2]->x()});
             const auto [minY, maxY] = std::minmax({old[0]->y(), old[1]->y(), old[2]->y()});
             if (bStayed || center.x() < minX || center.x() > maxX || center.y() < minY || center.y() > maxY)
