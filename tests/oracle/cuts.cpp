@@ -317,8 +317,13 @@ std::string CutWitness::findFault(ConstraintGraph2* pGraph) const {
 std::vector<Point2*> CutWitness::verticesAt(const Stop& stop, const Places& mPlaces) const {
     const bool bHull = stop.hullEdge.first != nullptr;
     const auto choices = [bHull](const mpq_class& exact) {
-        const auto [low, high] = around(exact);
-        return bHull ? std::vector<double>{low, high} : nearestTo(exact);
+        std::vector<double> vValues = nearestTo(exact);
+        if (!bHull || (vValues.size() == 1 && vValues[0] == exact)) return vValues;
+        constexpr double infinity = std::numeric_limits<double>::infinity();
+        for (const double value : nearestTo(exact))
+            for (const double end : {-infinity, infinity})
+                vValues.push_back(std::nextafter(value, end));
+        return vValues;
     };
     std::vector<Point2*> v;
     for (const double x : choices(stop.at.x)) {

@@ -35,7 +35,7 @@ public:
     //   - there is no graph exactly when no knife is left;
     //   - all vertices are still there, where they were;
     //   - each stop has a vertex at the exact point rounded to nearest, or hardly further away; on the hull:
-    //     rounded down or up in each coordinate, on the hull edge or beyond it;
+    //     at most one step further in each coordinate, on the hull edge or beyond it;
     //   - the originals of the graph join successive stops, in the order and direction of the knives;
     //   - constraint segments that are met pass through the vertices there;
     //   - triangles that are more than slivers belong to a zone exactly when their centre did.
