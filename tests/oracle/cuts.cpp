@@ -303,7 +303,7 @@ std::string CutWitness::findFault(ConstraintGraph2* pGraph) const {
                 for (Point2* p : verticesAt(stop, mPlaces))
                     sAtStops.insert(p);
         for (Point2* p : vNew)
-            demand(sAtStops.count(p) != 0, "a new vertex is at no stop");
+            if (sAtStops.count(p) == 0) throw Fault{"a new vertex is at no stop:" + textOf({p})};
         checkLeaves(mPlaces, true);
         checkOldTriangles(vNew);
         checkHull(mPlaces);
@@ -318,7 +318,7 @@ std::vector<Point2*> CutWitness::verticesAt(const Stop& stop, const Places& mPla
     const bool bHull = stop.hullEdge.first != nullptr;
     const auto choices = [bHull](const mpq_class& exact) {
         std::vector<double> vValues = nearestTo(exact);
-        if (!bHull || (vValues.size() == 1 && vValues[0] == exact)) return vValues;
+        if (!bHull) return vValues;
         constexpr double infinity = std::numeric_limits<double>::infinity();
         for (const double value : nearestTo(exact))
             for (const double end : {-infinity, infinity})
@@ -344,9 +344,12 @@ void CutWitness::checkVertices(const Places& mPlaces) const {
     }
     for (const Knife& knife : vKnives)
         for (const Stop& stop : knife.vStops)
-            demand(!verticesAt(stop, mPlaces).empty(), stop.hullEdge.first != nullptr
-                                                           ? "a stop on the hull without a vertex"
-                                                           : "a stop without a vertex");
+            if (verticesAt(stop, mPlaces).empty()) {
+                const Point2 at(stop.at.x.get_d(), stop.at.y.get_d());
+                throw Fault{(stop.hullEdge.first != nullptr ? "no vertex at the stop on the hull at"
+                                                            : "no vertex at the stop at") +
+                            textOf({&at})};
+            }
 }
 
 void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces) const {
@@ -374,7 +377,12 @@ void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces) co
                 if (contains(vThere, pHere)) vSame.push_back(pHere);
             }
             if (pThere == nullptr || &stop == &knife.vStops.front()) {
-                demand(!vSame.empty(), "no piece from a stop to the next one");
+                if (vSame.empty()) {
+                    const Point2 at(stop.at.x.get_d(), stop.at.y.get_d());
+                    std::string text = "no piece from" + textOf({vHere.front()}) + " to" + textOf({&at});
+                    if (k < vPieces.size()) text += ", but" + textOf({vPieces[k].first, vPieces[k].second});
+                    throw Fault{text};
+                }
                 vHere = vSame;
                 continue;
             }
