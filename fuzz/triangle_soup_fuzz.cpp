@@ -193,27 +193,28 @@ private:
         Zone2* const pZone = kivo.importTriangles(vCorners, (input.byte() & 1) != 0);
         const bool bExpected = !vCorners.empty() && vCorners.size() % 3 == 0 && faults.isFree();
         CHECK((pZone != nullptr) == bExpected);
-        CHECK(areas() == vAreas);
         if (pZone == nullptr) {
-            CHECK(State(kivo, vGraphs) == before);
             if (!vCorners.empty() && vCorners.size() % 3 == 0) checkReport(faults);
-            return false;
+            CHECK(State(kivo, vGraphs) == before);
         }
+        CHECK(areas() == vAreas);
+        if (pZone == nullptr) return false;
         checkImported(pZone, faults, before);
         vZones.push_back(pZone);
         return true;
     }
     static void checkReport(const Faults& faults) {
-        CHECK(numHeard(" not finite\n") == faults.numNotFinite);
-        CHECK(numHeard(" is degenerate\n") == faults.numDegenerate);
-        CHECK(numHeard(" is shared by ") == std::min<std::size_t>(faults.numShared, 100));
         const std::size_t numLines = numHeard("ERROR") - 1;
-        if (numLines < 100) {
-            CHECK(numHeard(" overlap\n") == faults.numOverlaps);
-            CHECK(numHeard("The corner ") == faults.numInEdges);
-            CHECK(faults.bBeside == (numLines > faults.numCertain()));
-            CHECK(numHeard(std::to_string(numLines) + " fault") == 1);
-        }
+        const bool bTrue = numHeard(" not finite\n") == faults.numNotFinite &&
+                           numHeard(" is degenerate\n") == faults.numDegenerate &&
+                           numHeard(" is shared by ") == faults.numShared &&
+                           numHeard("The corner ") == faults.numInEdges &&
+                           numHeard(" overlap\n") == faults.numOverlaps &&
+                           (faults.bBeside || numLines == faults.numCertain()) &&
+                           numHeard(" " + std::to_string(numLines) + " fault") == 1;
+        const bool bTooMany = numLines >= 100; // not all have a line
+        if (!bTrue && !bTooMany) std::fprintf(stderr, "%s", heard.c_str());
+        CHECK(bTrue || bTooMany);
     }
     void checkImported(const Zone2* pZone, const Faults& faults, const State& before) {
         const Triangles vTriangles = trianglesOf(pZone);
