@@ -1,0 +1,11 @@
+#pragma once
+
+#include "cli/Run.h"
+
+namespace cli {
+
+// Cuts the triangulation of the run along the knives of its input, and collects the new vertices: they get
+// attributes interpolated between the points. The caller adds the number of pieces to the report.
+CutReport cut(Run& run);
+
+} // namespace cli
