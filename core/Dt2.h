@@ -33,6 +33,9 @@
 namespace TESK_KIVO2D {
 
 class SegmentInserter;
+class SoupFaults;
+class SoupPlacement;
+class TriangleSoup;
 struct RefinementMemory;
 class VertexMover;
 class Visualizer2;
@@ -149,6 +152,10 @@ private:
     void legalizeSpokes(Point2* pVtx);
     void draw(Visualizer2& vis, bool bWithConstraints) const;
     bool checkConstraintSegments(const std::string& label) const;
+    // Changes nothing.
+    void findSoupFaults(const TriangleSoup& soup, SoupFaults& faults);
+    Zone2* placeSoup(const TriangleSoup& soup, bool bVerbose);
+    Zone2* boundedZone(const TriangleSoup& soup, const SoupPlacement& placement);
 
     // --- ConstraintHost and SegmentSite
     TeskTest& predicates() override { return pTeskPredicates; }

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "Point2.h"
+#include "Triangle2.h"
+#include "constraints/CzRetriangulation.h"
+#include "constraints/CzTraversal.h"
+#include "constraints/TriangleSoup.h"
+#include "core/EdgeGuard.h"
+#include "kernel/TeskTest.h"
+
+#include <vector>
+
+namespace TESK_KIVO2D {
+
+// Makes the edges of a soup edges of a triangulation that has all points of the soup as vertices, and finds
+// the soup's triangles there. Edges of the soup that are there stay; what an edge crosses else is filled anew
+// as a constrained Delaunay triangulation. So where no edge is blocked all of them are there in the end, and
+// the triangulation is Delaunay but for them, if it was before.
+class SoupPlacement : private EdgeGuard {
+public:
+    // A vertex for each point of the soup.
+    SoupPlacement(const TriangleSoup& triangleSoup, const std::vector<Point2*>& vItsVertices,
+                  TeskTest& predicates)
+        : soup(triangleSoup), vVertices(vItsVertices), tests(predicates), retriangulation(predicates) {}
+
+    // Calls onBlocked(lower, upper, halves, result) with each edge that can't be one, since a vertex lies on
+    // it or it crosses another one of the soup, and onForced(lower, upper) with each that was none before.
+    template<class OnBlocked, class OnForced>
+    void force(OnBlocked onBlocked, OnForced onForced) {
+        soup.forEachEdge([&](TriangleSoup::Index p, TriangleSoup::Index q, TriangleSoup::Halves halves) {
+            if (isThere(p, q)) return;
+            const CzResult result = traverse(vVertices[p], vVertices[q], tests, this, zone);
+            if (result.end == CzResult::REACHED) {
+                retriangulation.fill(zone);
+                onForced(p, q);
+            } else {
+                onBlocked(p, q, halves, result);
+            }
+        });
+    }
+
+    // The triangle of the triangulation that has these corners, or null. Costs the lowest of the degrees of
+    // the first two.
+    Triangle2* find(const TriangleSoup::Triangle& triangle) const;
+
+    // Knows the edges of the soup as fixed.
+    const EdgeGuard& guard() const { return *this; }
+
+private:
+    bool isThere(TriangleSoup::Index p, TriangleSoup::Index q) const;
+    bool isFixed(const Point2* p, const Point2* q) const override;
+    void wasSplit(Point2*, Point2*, Point2*) override {} // no vertex comes
+
+    const TriangleSoup& soup;
+    const std::vector<Point2*>& vVertices;
+    TeskTest& tests;
+    CzRetriangulation retriangulation;
+    ConstraintZone zone;
+};
+
+} // namespace TESK_KIVO2D

@@ -1,0 +1,101 @@
+#include "constraints/TriangleSoup.h"
+
+#include <bit>
+#include <cmath>
+#include <utility>
+
+namespace TESK_KIVO2D {
+namespace {
+
+bool isFinite(const Point2& p) { return std::isfinite(p.x()) && std::isfinite(p.y()); }
+
+} // namespace
+
+TriangleSoup::TriangleSoup(const std::vector<Point2>& vCorners) : vGiven(vCorners) {
+    // Never more than three quarters full.
+    vSlots.assign(std::bit_ceil(vCorners.size() + vCorners.size() / 3 + 1), none);
+    const Index numGiven = static_cast<Index>(vCorners.size() / 3);
+    vTriangles.reserve(numGiven);
+    TeskTest tests;
+    for (Index given = 0; given < numGiven; ++given)
+        add(given, tests);
+    collectEdges();
+}
+
+void TriangleSoup::add(Index given, TeskTest& tests) {
+    const std::span<const Point2, 3> corners = givenCorners(given);
+    if (!std::all_of(corners.begin(), corners.end(), isFinite)) {
+        vNotFinite.push_back(given);
+        return;
+    }
+    const Orientation2 orientation = tests.orientationUnbounded(corners[0], corners[1], corners[2]);
+    if (orientation == ORIENTATION2_COLLINEAR) {
+        vDegenerate.push_back(given);
+        return;
+    }
+    Triangle triangle = {{indexOf(corners[0]), indexOf(corners[1]), indexOf(corners[2])}, given};
+    if (orientation == ORIENTATION2_CW) {
+        std::swap(triangle.aPoints[1], triangle.aPoints[2]);
+        ++numTurnedRound;
+    }
+    vTriangles.push_back(triangle);
+}
+
+TriangleSoup::Index TriangleSoup::indexOf(const Point2& p) {
+    Index& slot = vSlots[slotOf(p)];
+    if (slot == none) {
+        slot = static_cast<Index>(vPoints.size());
+        vPoints.push_back(p);
+    }
+    return slot;
+}
+
+// The slot of the point, or the empty one where it would be.
+std::size_t TriangleSoup::slotOf(const Point2& p) const {
+    // Zeros of either sign are equal, so they must have one hash.
+    const std::uint64_t x = std::bit_cast<std::uint64_t>(p.x() + 0.0);
+    const std::uint64_t y = std::bit_cast<std::uint64_t>(p.y() + 0.0);
+    std::uint64_t hash = (x * 0x9E3779B97F4A7C15u) ^ (std::rotl(y, 32) * 0xD6E8FEB86659FD93u);
+    hash = (hash ^ (hash >> 29)) * 0xBF58476D1CE4E5B9u;
+    const std::size_t mask = vSlots.size() - 1;
+    std::size_t i = static_cast<std::size_t>(hash ^ (hash >> 32)) & mask;
+    while (vSlots[i] != none && vPoints[vSlots[i]] != p)
+        i = (i + 1) & mask;
+    return i;
+}
+
+void TriangleSoup::collectEdges() {
+    const auto forEachHalf = [this](auto f) {
+        for (std::size_t t = 0; t < vTriangles.size(); ++t) {
+            for (std::size_t i = 0; i < 3; ++i) {
+                const Index p = vTriangles[t].aPoints[i], q = vTriangles[t].aPoints[(i + 1) % 3];
+                f(std::min(p, q), std::max(p, q), 3 * t + i);
+            }
+        }
+    };
+    vFirst.assign(vPoints.size() + 2, 0);
+    forEachHalf([&](Index lower, Index, std::size_t) { ++vFirst[lower + 2]; });
+    for (std::size_t i = 1; i < vFirst.size(); ++i)
+        vFirst[i] += vFirst[i - 1];
+    vHalves.resize(3 * vTriangles.size());
+    forEachHalf([&](Index lower, Index upper, std::size_t half) {
+        vHalves[vFirst[lower + 1]++] = std::uint64_t{upper} << 32 | half;
+    });
+    vFirst.pop_back();
+    const auto at = [this](std::size_t i) { return vHalves.begin() + static_cast<std::ptrdiff_t>(i); };
+    for (std::size_t p = 0; p < vPoints.size(); ++p)
+        std::sort(at(vFirst[p]), at(vFirst[p + 1]));
+}
+
+TriangleSoup::Halves TriangleSoup::halvesBetween(Index p, Index q) const {
+    const Index lower = std::min(p, q), upper = std::max(p, q);
+    const Halves all(vHalves.data() + vFirst[lower], vFirst[lower + 1] - vFirst[lower]);
+    const auto first = std::partition_point(all.begin(), all.end(),
+                                            [=](std::uint64_t half) { return upperOf(half) < upper; });
+    auto last = first;
+    while (last != all.end() && upperOf(*last) == upper)
+        ++last;
+    return {first, last};
+}
+
+} // namespace TESK_KIVO2D
