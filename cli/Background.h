@@ -7,8 +7,8 @@
 
 namespace cli {
 
-// A copy of the triangulation as it was before it was meshed or cut, which tells what holds at a place. The input
-// must stay where it is, and keep the points that it had.
+// A copy of the triangulation as it was before it was meshed or cut, which tells what holds at a place. The
+// input must stay where it is, and keep the points that it had.
 class Background {
 public:
     Background(const Input& input, const std::vector<ConstraintEdge>& vEdges);

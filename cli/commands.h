@@ -17,7 +17,7 @@ struct TriangulateOptions {
     std::string zone;     // one of zoneKinds(); empty for all triangles
     std::vector<std::string> vOutputs;
     std::vector<std::string> vCuts; // knives: "x0,y0,x1,y1", or a file of segments
-    bool bMesh = false;       // the triangulation is the start of a mesh
+    bool bMesh = false;             // the triangulation is the start of a mesh
     bool bMeasure = false;    // the quality of triangles is asked for: mesh files are read, and .svg drawn
     bool bImport = false;     // the input is a mesh file, whose triangles stay as they are
     bool bFlipY = false;      // the input's y axis points downwards
@@ -41,8 +41,8 @@ struct MeshOptions {
     std::string grid; // "length,dx,dy"; empty for none
 };
 
-// Reads, triangulates, cuts, unifies and checks when asked, and writes every output. A failed check is told by the
-// report, and the outputs are written all the same. Throws `FileError` or `UsageError`.
+// Reads, triangulates, cuts, unifies and checks when asked, and writes every output. A failed check is told
+// by the report, and the outputs are written all the same. Throws `FileError` or `UsageError`.
 Report runTriangulate(const TriangulateOptions& options);
 
 // The same, and refines the zone before it unifies, checks and writes. An interrupt from the keyboard ends

@@ -21,8 +21,6 @@ using TESK_KIVO2D::Triangle2;
 
 std::size_t positionOf(const Point2* pVertex) { return static_cast<std::size_t>(pVertex->getCustomIndex()); }
 
-PositionPair pairOf(const ConstraintEdge& edge) { return std::minmax(edge.source, edge.target); }
-
 // A segment whose ends are different vertices.
 struct Span {
     const Point2* pSource;
@@ -176,6 +174,8 @@ std::size_t countCrossings(const std::vector<ConstraintEdge>& vEdges, std::size_
 } // namespace
 
 PositionPair pairOf(const Point2* p, const Point2* q) { return std::minmax(positionOf(p), positionOf(q)); }
+
+PositionPair pairOf(const ConstraintEdge& edge) { return std::minmax(edge.source, edge.target); }
 
 Constraints insertSegments(Kivo_2D& triangulation, Input& input, const std::vector<Point2*>& vHandles,
                            TESK_KIVO2D::ConstraintInsertionStrategy strategy) {

@@ -22,6 +22,7 @@ struct ConstraintEdge {
 // Two positions, the lower one first.
 using PositionPair = std::pair<std::size_t, std::size_t>;
 PositionPair pairOf(const TESK_KIVO2D::Point2* p, const TESK_KIVO2D::Point2* q);
+PositionPair pairOf(const ConstraintEdge& edge);
 
 // What became of the segments, and of the knives along which was cut.
 struct Constraints {
@@ -29,8 +30,8 @@ struct Constraints {
     TESK_KIVO2D::ConstraintGraph2* pCuts = nullptr;  // none where nothing was cut
     // Segment by segment, along each; a piece of several segments once. Behind them cuts, then all others.
     std::vector<ConstraintEdge> vEdges;
-    std::size_t numSkipped = 0;         // segments whose ends are one vertex
-    std::size_t numMissing = 0;         // pieces that are no edges of the triangulation
+    std::size_t numSkipped = 0; // segments whose ends are one vertex
+    std::size_t numMissing = 0; // pieces that are no edges of the triangulation
     std::size_t numSteinerPoints = 0;
     std::size_t numCrossings = 0; // Steiner points where more than two edges meet
     std::size_t firstSteiner = 0; // position in the table behind the given points and ends

@@ -10,6 +10,9 @@
 #include "cli/readers.h"
 #include "cli/segmentReader.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace cli {
 
 namespace {
@@ -28,31 +31,42 @@ Input readMain(const std::string& filename) {
     return input;
 }
 
-// A mesh has no segments, holes and regions of its own. Missing attributes and markers are 0.
+void appendPoints(PointTable& table, const PointTable& others) {
+    const std::size_t numBefore = table.vPoints.size(), numAfter = numBefore + others.vPoints.size();
+    for (const Point2& point : others.vPoints)
+        addPoint(table, point.x(), point.y());
+    const std::size_t numAttributes = std::max(table.numAttributes, others.numAttributes);
+    std::vector<double> vAttributes(numAfter * numAttributes, 0.0);
+    const auto copy = [&](const PointTable& from, std::size_t first, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i)
+            std::copy_n(from.getAttributes(i), from.numAttributes, &vAttributes[(first + i) * numAttributes]);
+    };
+    if (table.numAttributes > 0) copy(table, 0, numBefore);
+    if (others.numAttributes > 0) copy(others, numBefore, others.vPoints.size());
+    table.numAttributes = numAttributes;
+    table.vAttributes = std::move(vAttributes);
+    if (!table.bWithMarkers && !others.bWithMarkers) return;
+    table.bWithMarkers = true;
+    table.vMarkers.resize(numBefore, 0);
+    table.vMarkers.insert(table.vMarkers.end(), others.vMarkers.begin(), others.vMarkers.end());
+    table.vMarkers.resize(numAfter, 0);
+}
+
+// A mesh has no segments, holes and regions of its own. Attributes and markers that one of the files does not
+// have are 0.
 void addPoints(Input& input, const std::string& filename) {
     Input beside = readMain(filename);
-    PointTable& table = input.table;
-    const std::size_t first = table.vPoints.size(), num = beside.table.vPoints.size();
-    if (num > MAX_POINTS - first) throw FileError(filename, "more points than can be numbered");
-    const std::size_t numAttributes = std::max(table.numAttributes, beside.table.numAttributes);
-    for (PointTable* pTable : {&table, &beside.table}) {
-        widen(*pTable, numAttributes);
-        if (pTable->bWithMarkers) continue;
-        pTable->vMarkers.assign(pTable->vPoints.size(), 0);
-    }
-    table.bWithMarkers = table.bWithMarkers || beside.table.bWithMarkers;
-    for (const Point2& point : beside.table.vPoints)
-        addPoint(table, point.x(), point.y());
-    const auto append = [](auto& vTo, const auto& vFrom) { vTo.insert(vTo.end(), vFrom.begin(), vFrom.end()); };
-    append(table.vAttributes, beside.table.vAttributes);
-    append(table.vMarkers, beside.table.vMarkers);
+    const std::size_t first = input.table.vPoints.size();
+    if (beside.table.vPoints.size() > MAX_POINTS - first)
+        throw FileError(filename, "more points than can be numbered");
+    appendPoints(input.table, beside.table);
+    input.numPoints = first + beside.numPoints;
     input.domain = std::move(beside.domain);
     for (InputSegment& segment : input.domain.vSegments) {
         segment.source += first;
         segment.target += first;
     }
-    input.numPoints = table.vPoints.size();
-    append(input.vFilenames, beside.vFilenames);
+    input.vFilenames.insert(input.vFilenames.end(), beside.vFilenames.begin(), beside.vFilenames.end());
 }
 
 std::size_t addEnd(PointTable& table, const Point2& end) {

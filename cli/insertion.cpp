@@ -101,8 +101,8 @@ Insertion insertPoints(Kivo_2D& triangulation, Input& input, const std::string& 
         triangulation.insert(vGiven, insertion.vHandles);
     }
     if (bCarries) warnOfLostData(table, insertion.vHandles, name);
-    const auto numLeft = static_cast<std::size_t>(
-        std::count(insertion.vHandles.begin(), insertion.vHandles.end(), nullptr));
+    const auto numLeft =
+        static_cast<std::size_t>(std::count(insertion.vHandles.begin(), insertion.vHandles.end(), nullptr));
     insertion.numDuplicates = input.numPoints - numLeft - triangulation.numberOfPoints();
     if (bWithEnds) insertEnds(triangulation, input, name, insertion);
     return insertion;

@@ -41,8 +41,8 @@ Zone2* importMesh(Kivo_2D& triangulation, const Input& input, Insertion& inserti
     if (pZone == nullptr)
         throw FileError(name, "is no mesh of triangles side by side; the lines above count them from 0");
     const std::size_t numNew = triangulation.numberOfPoints() - numBefore;
-    const auto numGiven = static_cast<std::size_t>(
-        std::count(insertion.vHandles.begin(), insertion.vHandles.end(), nullptr));
+    const auto numGiven =
+        static_cast<std::size_t>(std::count(insertion.vHandles.begin(), insertion.vHandles.end(), nullptr));
     if (numGiven == numNew) return pZone;
     insertion.numDuplicates += numGiven - numNew;
     resolveDuplicates(triangulation, input.table, insertion.vHandles);
@@ -54,8 +54,7 @@ ImportReport measureImport(const Kivo_2D& triangulation, const Input& input, con
     ImportReport report;
     const std::vector<Point2>& vPoints = input.table.vPoints;
     for (const auto& [a, b, c] : input.vTriangles) {
-        if (triangulation.getOrientation(vPoints[a], vPoints[b], vPoints[c]) ==
-            TESK_KIVO2D::ORIENTATION2_CW)
+        if (triangulation.getOrientation(vPoints[a], vPoints[b], vPoints[c]) == TESK_KIVO2D::ORIENTATION2_CW)
             ++report.numTurned;
     }
     MeshArrays arrays;

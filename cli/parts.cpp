@@ -31,7 +31,8 @@ Parts partsOf(const MeshArrays& arrays, const std::function<bool(std::size_t edg
             vStack.pop_back();
             for (std::size_t i = 3 * triangle; i < 3 * triangle + 3; ++i) {
                 const std::uint32_t next = arrays.vNeighbours[i];
-                if (next == MeshArrays::noTriangle || parts.vPartOf[next] != NO_PART || isBarrier(i)) continue;
+                if (next == MeshArrays::noTriangle || parts.vPartOf[next] != NO_PART || isBarrier(i))
+                    continue;
                 parts.vPartOf[next] = part;
                 vStack.push_back(next);
             }

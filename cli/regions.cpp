@@ -15,7 +15,7 @@ using TESK_KIVO2D::Triangle2;
 RegionMap::RegionMap(const Kivo_2D& triangulation, const std::vector<ConstraintEdge>& vEdges,
                      const std::vector<Region>& vRegions) {
     for (const ConstraintEdge& edge : vEdges) {
-        if (edge.bOfSegment) vBorders.push_back(std::minmax(edge.source, edge.target));
+        if (edge.bOfSegment) vBorders.push_back(pairOf(edge));
     }
     std::sort(vBorders.begin(), vBorders.end());
     std::vector<Triangle2*> vTriangles;
