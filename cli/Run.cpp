@@ -174,8 +174,9 @@ void Run::unify() {
 
 void Run::countPieces() {
     if (!report.segments) return;
-    const std::vector<ConstraintEdge>& vEdges = constraints.vEdges;
     report.segments->numMissing = constraints.numMissing;
+    if (!triangulation.is2D()) return;
+    const std::vector<ConstraintEdge>& vEdges = constraints.vEdges;
     report.segments->numEdges = static_cast<std::size_t>(std::count_if(
         vEdges.begin(), vEdges.end(), [](const ConstraintEdge& edge) { return edge.bOfSegment; }));
 }

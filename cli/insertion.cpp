@@ -100,7 +100,7 @@ Insertion insertPoints(Kivo_2D& triangulation, Input& input, const std::string& 
             table.vPoints.begin(), table.vPoints.begin() + static_cast<std::ptrdiff_t>(input.numPoints));
         triangulation.insert(vGiven, insertion.vHandles);
     }
-    if (bCarries) warnOfLostData(table, insertion.vHandles, name);
+    if (bCarries && input.vTriangles.empty()) warnOfLostData(table, insertion.vHandles, name);
     const auto numLeft =
         static_cast<std::size_t>(std::count(insertion.vHandles.begin(), insertion.vHandles.end(), nullptr));
     insertion.numDuplicates = input.numPoints - numLeft - triangulation.numberOfPoints();
