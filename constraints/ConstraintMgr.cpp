@@ -153,7 +153,12 @@ ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<Segment2>& v
 
 ConstraintGraph2* ConstraintMgr::createConstraint_oriented(const std::vector<Segment2>& vSegments,
                                                            ConstraintInsertionStrategy cis) {
-    return makeGraph(insertEnds(vSegments),
+    return createConstraint_oriented(insertEnds(vSegments), cis);
+}
+
+ConstraintGraph2* ConstraintMgr::createConstraint_oriented(const std::vector<PointerPair>& vPairs,
+                                                           ConstraintInsertionStrategy cis) {
+    return makeGraph(vPairs,
                      {cis, true, Application::NOW,
                       "ConstraingMgr::createConstraint_oriented(vSegments,...)", // text kept as it is
                       "(2) Identical source and endpoint, a constraint segment has been skipped.", false});

@@ -72,6 +72,8 @@ public:
                                        ConstraintInsertionStrategy cis);
     ConstraintGraph2* createConstraint_oriented(const std::vector<Segment2>& vSegments,
                                                 ConstraintInsertionStrategy cis);
+    ConstraintGraph2* createConstraint_oriented(const std::vector<PointerPair>& vPairs,
+                                                ConstraintInsertionStrategy cis);
     // An oriented graph from directed edges of the triangulation, which stays as it is. Where such an edge
     // once was a segment that has been split, beside its line as rounding has it, it gets a new segment.
     ConstraintGraph2* createConstraint_directed(const std::vector<PointerPair>& vPairs,

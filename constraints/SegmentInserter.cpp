@@ -39,11 +39,28 @@ bool isBelowResolution(const Point2& a, const Point2& b, double largestCoordinat
     return std::fabs(a.x() - b.x()) < eps && std::fabs(a.y() - b.y()) < eps;
 }
 
+// The part of the segment that lives and has the point, which lies on the segment but for rounding.
+ConstraintSegment2* leafAt(ConstraintSegment2* pCSeg, const Point2& p) {
+    while (!pCSeg->isAlive()) {
+        ConstraintSegment2 *pKid0 = nullptr, *pKid1 = nullptr;
+        Point2* pSplit = nullptr;
+        pCSeg->getChildrenAndSplitPoint(pKid0, pKid1, pSplit);
+        const auto& [first, last] = std::minmax(*pKid0->getSrc(), *pKid0->getTrg());
+        pCSeg = p < first || last < p ? pKid1 : pKid0;
+    }
+    return pCSeg;
+}
+
 } // namespace
 
 bool SegmentInserter::insert(ConstraintSegment2* pInitialCSeg) {
     KIVO_ASSERT(pInitialCSeg->isAlive(), "pInitialCSeg->isAlive()");
     vStack.assign(1, pInitialCSeg);
+    return insertPieces();
+}
+
+// Those on the stack, and all that comes of them.
+bool SegmentInserter::insertPieces() {
     numOwnLeft = numOwnSteinerPoints;
     for (std::uint64_t numPieces = 0; !vStack.empty(); ++numPieces) {
         if (numPieces == budget) {
@@ -160,7 +177,10 @@ void SegmentInserter::cross(ConstraintSegment2* pCSeg, HalfEdge edge) {
             "Dt2::treatConstraintZone()",
             "intersection point of two constraints has bad numerica accuracy!"); // text kept as it is
     }
-    if (crossInPlace(pCSeg, pCrossingCSeg, edge, crossing)) return;
+    if (splitInPlace(pCrossingCSeg, edge, crossing, pCSeg) != nullptr) {
+        pushPieces(pCSeg);
+        return;
+    }
     Point2* const pSplitPoint = insertReleased(crossing, edge.pT, pCrossingCSeg);
     pCrossingCSeg->split_combinatorialOnly(pSplitPoint);
     pCSeg->split_combinatorialOnly(pSplitPoint);
@@ -182,17 +202,35 @@ bool SegmentInserter::splitAtEnd(ConstraintSegment2* pCSeg, const ConstraintSegm
     return false;
 }
 
-// Puts the crossing in the place of the crossed edge, if that makes four proper triangles.
-bool SegmentInserter::crossInPlace(ConstraintSegment2* pCSeg, ConstraintSegment2* pCrossingCSeg,
-                                   HalfEdge edge, const Point2& crossing) {
-    if (!isStarShaped(edge, crossing)) return false;
-    Point2* const pSplitPoint = site.newVertex(crossing);
+// Puts the point in the place of the segment's edge, if that makes four proper triangles; else it is null.
+// The segment that crosses there, if there is one, is split too.
+Point2* SegmentInserter::splitInPlace(ConstraintSegment2* pCSeg, HalfEdge edge, const Point2& p,
+                                      ConstraintSegment2* pCrossing) {
+    if (edge.opposite() == nullptr || !isStarShaped(edge, p)) return nullptr;
+    Point2* const pSplitPoint = site.newVertex(p);
     // First, so that the new edges are known as fixed when they are legalised around.
-    pCrossingCSeg->split_combinatorialOnly(pSplitPoint);
     pCSeg->split_combinatorialOnly(pSplitPoint);
+    if (pCrossing != nullptr) pCrossing->split_combinatorialOnly(pSplitPoint);
     site.replaceEdge(edge, pSplitPoint);
-    pushPieces(pCSeg);
-    return true;
+    return pSplitPoint;
+}
+
+Point2* SegmentInserter::splitAt(ConstraintSegment2* pCSeg, const Point2& p) {
+    ConstraintSegment2* const pLeaf = leafAt(pCSeg, p);
+    Point2 *const a = pLeaf->getSrc(), *const b = pLeaf->getTrg();
+    if (p == *a || p == *b) return p == *a ? a : b;
+    mgr.reserveSplits(1);
+    const HalfEdge edge = findEdge(a, b);
+    if (edge.pT != nullptr) {
+        if (Point2* const pSplitPoint = splitInPlace(pLeaf, edge, p, nullptr)) return pSplitPoint;
+    }
+    Point2* const pSplitPoint = insertReleased(p, a->getIncidentTriangle(), pLeaf);
+    pLeaf->split_combinatorialOnly(pSplitPoint);
+    site.legalizeEdge(a, b);
+    vStack.clear();
+    pushPieces(pLeaf);
+    insertPieces();
+    return pSplitPoint;
 }
 
 // Inserts a point as if this segment were no constraint: it is not split by it, and its edge is not held.

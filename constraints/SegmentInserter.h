@@ -35,6 +35,10 @@ public:
     // edges.
     bool insert(ConstraintSegment2* pCSeg);
 
+    // Splits what lives of the segment, at the point, which lies on it but for rounding and is no end of it.
+    // Returns the vertex there.
+    Point2* splitAt(ConstraintSegment2* pCSeg, const Point2& p);
+
     // The segment is alive, and neither a vertex nor a constraint is in its way. It becomes an edge, of
     // whatever strategy it is.
     void force(ConstraintSegment2* pCSeg);
@@ -45,6 +49,7 @@ public:
     void setBudget(std::uint64_t num) { budget = num; }
 
 private:
+    bool insertPieces();
     void insertPiece(ConstraintSegment2* pCSeg);
     bool takeSteinerPoint();
     bool splitInTheMiddle(ConstraintSegment2* pCSeg);
@@ -52,8 +57,8 @@ private:
 
     void cross(ConstraintSegment2* pCSeg, HalfEdge edge);
     bool splitAtEnd(ConstraintSegment2* pCSeg, const ConstraintSegment2& other, const Point2& crossing);
-    bool crossInPlace(ConstraintSegment2* pCSeg, ConstraintSegment2* pCrossingCSeg, HalfEdge edge,
-                      const Point2& crossing);
+    Point2* splitInPlace(ConstraintSegment2* pCSeg, HalfEdge edge, const Point2& p,
+                         ConstraintSegment2* pCrossing);
     Point2* insertReleased(const Point2& p, Triangle2* pNear, ConstraintSegment2* pReleased);
     bool isStarShaped(HalfEdge edge, const Point2& p) const;
     void pushPieces(ConstraintSegment2* pCSeg);

@@ -149,14 +149,17 @@ Triangle2* Dt2::locateNear(const Point2& q, Triangle2* pHint) {
     Triangle2* pStart = vertexVault.getCloT(q);
     if (pHint != nullptr && sqDistance(*pHint->getCorner(0), q) < sqDistance(*pStart->getCorner(0), q))
         pStart = pHint;
-    // A query point does not raise the static bound: one far question would make all later ones slow.
-    const bool bFar = q.getMaxAbs() > pTeskPredicates.getMaxAbsCoord();
-    const WalkResult found =
-        walk(pStart, q, pTeskPredicates, bFar ? QueryRange::ANYWHERE : QueryRange::WITHIN_BOUND);
+    const WalkResult found = walkTo(q, pStart);
     if (found.code == WalkResult::INSIDE || found.code == WalkResult::ON_CORNER) return found.pT;
     const HullEdge edge{found.pT, found.code};
     const Orientation2 side = pTeskPredicates.orientationUnbounded(*edge.source(), *edge.target(), q);
     return side == ORIENTATION2_CW ? nullptr : found.pT;
+}
+
+// A query point does not raise the static bound: one far question would make all later ones slow.
+WalkResult Dt2::walkTo(const Point2& q, Triangle2* pStart) {
+    const bool bFar = q.getMaxAbs() > pTeskPredicates.getMaxAbsCoord();
+    return walk(pStart, q, pTeskPredicates, bFar ? QueryRange::ANYWHERE : QueryRange::WITHIN_BOUND);
 }
 
 int Dt2::setNumCPU(int num) {

@@ -36,6 +36,7 @@ class SegmentInserter;
 class SoupFaults;
 class SoupPlacement;
 class TriangleSoup;
+class KnifeCut;
 struct RefinementMemory;
 class VertexMover;
 class Visualizer2;
@@ -138,6 +139,7 @@ private:
     // Inserts a point within the box into the 2-D triangulation; the walk starts at the triangle, if one is
     // given.
     Point2* insertFrom(const Point2& p, Triangle2* pStart);
+    WalkResult walkTo(const Point2& q, Triangle2* pStart);
     // False, after a warning, while a batch is triangulated in chunks: who asks was called by a listener.
     bool mayInsert(const char* location) const;
     // All triangles go; these vertices, which are all that there are, stay stored.
@@ -152,6 +154,7 @@ private:
     void legalizeSpokes(Point2* pVtx);
     void draw(Visualizer2& vis, bool bWithConstraints) const;
     bool checkConstraintSegments(const std::string& label) const;
+    std::vector<KnifeCut> findCuts(const std::vector<Segment2>& vKnives, ProgressHub::Operation& progress);
     // Changes nothing.
     void findSoupFaults(const TriangleSoup& soup, SoupFaults& faults);
     Zone2* placeSoup(const TriangleSoup& soup, bool bVerbose);

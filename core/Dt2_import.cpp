@@ -164,6 +164,3 @@ Zone2* Dt2::boundedZone(const TriangleSoup& soup, const SoupPlacement& placement
 }
 
 } // namespace TESK_KIVO2D
-namespace TESK_KIVO2D {
-ConstraintGraph2* Dt2::cutTriangles(const std::vector<Segment2>&) { return nullptr; }
-} // namespace TESK_KIVO2D

@@ -1,0 +1,122 @@
+// Knives through the triangles.
+#include "core/Dt2.h"
+
+#include "checker/SegmentQueries.h"
+#include "constraints/ConstraintMgr.h"
+#include "constraints/KnifeCut.h"
+#include "constraints/KnifePath.h"
+#include "constraints/SegmentInserter.h"
+#include "kernel/messages.h"
+#include "kernel/tools.h"
+
+#include <cmath>
+#include <cstdint>
+#include <numeric>
+#include <optional>
+#include <string>
+
+namespace TESK_KIVO2D {
+namespace {
+
+constexpr const char* location = "Dt2::cutTriangles(..)";
+
+bool isFinite(const Segment2& knife) {
+    const Point2 src = knife.getSrc(), trg = knife.getTrg();
+    return std::isfinite(src.x()) && std::isfinite(src.y()) && std::isfinite(trg.x()) &&
+           std::isfinite(trg.y());
+}
+
+void warnIgnored(std::size_t num, const std::string& whatOne, const std::string& whatMany) {
+    if (num > 0)
+        reportWarning(location, std::to_string(num) + " " +
+                                    (num == 1 ? "knife " + whatOne : "knives " + whatMany) + " ignored");
+}
+
+// Where two knives have points in common, both get them as stops: the same points, since each pair is looked
+// at once.
+void addShared(std::vector<KnifeCut>& vCuts) {
+    if (vCuts.size() < 2) return;
+    std::vector<Segment2> vKnives;
+    for (const KnifeCut& cut : vCuts)
+        vKnives.push_back(cut.getKnife());
+    std::vector<Segment2*> vPointers;
+    for (Segment2& knife : vKnives)
+        vPointers.push_back(&knife);
+    std::vector<std::uint32_t> vPlaces(vKnives.size());
+    std::iota(vPlaces.begin(), vPlaces.end(), 0U);
+    SegmentQueries queries(vPointers, vPlaces);
+    std::vector<std::vector<Point2>> vShared(vKnives.size());
+    for (std::uint32_t i = 0; i < vKnives.size(); ++i) {
+        const Point2 a = vKnives[i].getSrc(), b = vKnives[i].getTrg();
+        queries.visitIntersectors(Ends(vKnives[i]), [&](std::uint32_t k, SegmentIntersectionType type) {
+            if (k <= i || type == SIT_ENDPOINT) return; // a common end is a stop of both
+            const Point2 c = vKnives[k].getSrc(), d = vKnives[k].getTrg();
+            std::vector<Point2> vPoints;
+            if (type == SIT_SEGMENT) {
+                const CollinearPart part = collinearPart(a, b, c, d);
+                vPoints = {part.first, part.last};
+            } else if (const std::optional<Point2> point = getIntersectionCoordsNoRounding(a, b, c, d)) {
+                vPoints = {*point};
+            }
+            for (const std::uint32_t knife : {i, k})
+                vShared[knife].insert(vShared[knife].end(), vPoints.begin(), vPoints.end());
+        });
+    }
+    for (std::size_t i = 0; i < vCuts.size(); ++i)
+        vCuts[i].add(vShared[i]);
+}
+
+} // namespace
+
+ConstraintGraph2* Dt2::cutTriangles(const std::vector<Segment2>& vKnives) {
+    if (vKnives.empty() || !is2D()) {
+        reportWarning(location, vKnives.empty() ? "vKnives is empty, returning NULL"
+                                                : "The triangulation has no triangles yet, returning NULL");
+        return nullptr;
+    }
+    if (!mayInsert("Kivo_2D::cutTriangles()")) return nullptr;
+    pEdgeGuard = pConstraintMgr.get();
+    ProgressHub::Operation progress(hub, "cut triangles", 2 * vKnives.size());
+    if (pConstraintMgr->hasPending()) pConstraintMgr->apply();
+    std::vector<KnifeCut> vCuts = findCuts(vKnives, progress);
+    ConstraintGraph2* pGraph = nullptr;
+    if (vCuts.empty()) {
+        reportWarning(location, "No knife is left, returning NULL");
+    } else {
+        addShared(vCuts);
+        pGraph = pConstraintMgr->createConstraint_oriented(placeStops(vCuts, *this, *pSegmentInserter),
+                                                           CIS_CONSTRAINED_DELAUNAY);
+    }
+    progress.finish();
+    return pGraph;
+}
+
+// Those that cut, in the order of the knives; what does not is reported.
+std::vector<KnifeCut> Dt2::findCuts(const std::vector<Segment2>& vKnives, ProgressHub::Operation& progress) {
+    std::vector<KnifeCut> vCuts;
+    std::size_t numNotFinite = 0, numEmpty = 0, numOutside = 0;
+    KnifePath path(*pConstraintMgr, hullLinks, pTeskPredicates);
+    for (const Segment2& knife : vKnives) {
+        progress.advance();
+        if (!isFinite(knife)) {
+            ++numNotFinite;
+        } else if (knife.getSrc() == knife.getTrg()) {
+            ++numEmpty;
+        } else {
+            const Point2 src = knife.getSrc();
+            KnifeCut cut = path.follow(knife, walkTo(src, vertexVault.getCloT(src)));
+            if (cut.isPoint()) {
+                ++numOutside;
+            } else {
+                vCuts.push_back(std::move(cut));
+            }
+        }
+    }
+    warnIgnored(numNotFinite, "with a coordinate that is not finite", "with a coordinate that is not finite");
+    warnIgnored(numEmpty, "of no length", "of no length");
+    warnIgnored(numOutside, "that meets the triangulation in no more than a point",
+                "that meet the triangulation in no more than a point");
+    return vCuts;
+}
+
+} // namespace TESK_KIVO2D
