@@ -100,7 +100,7 @@ Insertion insertPoints(Kivo_2D& triangulation, Input& input, const std::string& 
             table.vPoints.begin(), table.vPoints.begin() + static_cast<std::ptrdiff_t>(input.numPoints));
         triangulation.insert(vGiven, insertion.vHandles);
     }
-    if (bCarries && input.vTriangles.empty()) warnOfLostData(table, insertion.vHandles, name);
+    if (bCarries && input.vTriangles.empty()) warnOfLostData(input, insertion.vHandles, name);
     const auto numLeft =
         static_cast<std::size_t>(std::count(insertion.vHandles.begin(), insertion.vHandles.end(), nullptr));
     insertion.numDuplicates = input.numPoints - numLeft - triangulation.numberOfPoints();
@@ -108,10 +108,10 @@ Insertion insertPoints(Kivo_2D& triangulation, Input& input, const std::string& 
     return insertion;
 }
 
-void warnOfLostData(const PointTable& table, const std::vector<Point2*>& vHandles, const std::string& name) {
+void warnOfLostData(const Input& input, const std::vector<Point2*>& vHandles, const std::string& name) {
     std::size_t numLost = 0;
-    for (std::size_t i = 0; i < vHandles.size(); ++i) {
-        if (vHandles[i] != nullptr && !carryTheSame(table, i, positionOf(vHandles[i]))) ++numLost;
+    for (std::size_t i = 0; i < input.numPoints; ++i) {
+        if (vHandles[i] != nullptr && !carryTheSame(input.table, i, positionOf(vHandles[i]))) ++numLost;
     }
     if (numLost == 0) return;
     std::fprintf(

@@ -24,7 +24,7 @@ struct Insertion {
 Insertion insertPoints(TESK_KIVO2D::Kivo_2D& triangulation, Input& input, const std::string& name);
 
 // Of equal points the first one becomes the vertex; what the others carry is lost, and that is said.
-void warnOfLostData(const PointTable& table, const std::vector<TESK_KIVO2D::Point2*>& vHandles,
+void warnOfLostData(const Input& input, const std::vector<TESK_KIVO2D::Point2*>& vHandles,
                     const std::string& name);
 
 } // namespace cli

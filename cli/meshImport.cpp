@@ -39,14 +39,14 @@ Zone2* importMesh(Kivo_2D& triangulation, const Input& input, Insertion& inserti
     const std::size_t numBefore = triangulation.numberOfPoints();
     Zone2* const pZone = triangulation.importTriangles(vCorners, false);
     if (pZone == nullptr)
-        throw FileError(name,
-                        "the triangles can't be kept as they are; the lines above tell why, and count them from 0");
+        throw FileError(
+            name, "the triangles can't be kept as they are; the lines above tell why, and count them from 0");
     const std::size_t numNew = triangulation.numberOfPoints() - numBefore;
     const auto numGiven =
         static_cast<std::size_t>(std::count(insertion.vHandles.begin(), insertion.vHandles.end(), nullptr));
     if (numGiven > numNew) resolveDuplicates(triangulation, input.table, insertion.vHandles);
     insertion.numDuplicates += numGiven - numNew;
-    warnOfLostData(input.table, insertion.vHandles, name);
+    warnOfLostData(input, insertion.vHandles, name);
     return pZone;
 }
 
