@@ -30,8 +30,7 @@ bool endsWith(const std::string& filename, std::string_view text) {
 void drawWithCuts(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone,
                   const ConstraintGraph2& cuts) {
     TESK_KIVO2D::Visualizer2 drawing(filename);
-    drawing.addHeaderLine(std::to_string(triangulation.numberOfPoints()) + " vertices, " +
-                          std::to_string(triangulation.numberOfTriangles()) + " triangles, cuts in purple");
+    drawing.addHeaderLine("Cuts in purple");
     if (pZone == nullptr)
         triangulation.show(&drawing);
     else

@@ -49,7 +49,7 @@ Parts piecesOf(const Mesh& mesh) {
     });
 }
 
-std::vector<std::size_t> colorsOf(const Parts& parts, const MeshArrays& arrays) {
+std::vector<std::size_t> colorsOf(const Parts& parts, const MeshArrays& arrays, std::size_t numColors) {
     std::set<std::pair<std::uint32_t, std::uint32_t>> sBeside; // in both directions
     for (std::size_t i = 0; i < arrays.vNeighbours.size(); ++i) {
         const std::uint32_t neighbour = arrays.vNeighbours[i];
@@ -63,8 +63,10 @@ std::vector<std::size_t> colorsOf(const Parts& parts, const MeshArrays& arrays) 
         std::set<std::size_t> sTaken; // by those that have a colour already
         for (; it != sBeside.end() && it->first == part; ++it)
             if (it->second < part) sTaken.insert(vColors[it->second]);
-        while (sTaken.count(vColors[part]) > 0)
-            ++vColors[part];
+        std::size_t color = part;
+        while (sTaken.count(color % numColors) > 0 && color < part + numColors)
+            ++color;
+        vColors[part] = color % numColors;
     }
     return vColors;
 }

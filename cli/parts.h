@@ -14,7 +14,9 @@ Parts partsOf(const TESK_KIVO2D::MeshArrays& arrays, const std::function<bool(st
 // The pieces into which cuts divide the triangles.
 Parts piecesOf(const Mesh& mesh);
 
-// The number of a colour for each part, from 0, such that parts on both sides of an edge have different ones.
-std::vector<std::size_t> colorsOf(const Parts& parts, const TESK_KIVO2D::MeshArrays& arrays);
+// The number of a colour for each part, from 0. Parts on both sides of an edge have different ones, unless
+// too many parts meet at one.
+std::vector<std::size_t> colorsOf(const Parts& parts, const TESK_KIVO2D::MeshArrays& arrays,
+                                  std::size_t numColors);
 
 } // namespace cli

@@ -43,12 +43,12 @@ EdgeLists listEdges(const Mesh& mesh, const Page& page) {
     return lists;
 }
 
-void writeHead(OutputFile& out, const Mesh& mesh, const Page& page, std::size_t numConstraints) {
+void writeHead(OutputFile& out, const Mesh& mesh, const Page& page, const EdgeLists& lists) {
     out << "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"kivo2d\" role=\"img\" viewBox=\"0 0 "
         << (page.getWidth() + 2 * Page::MARGIN) / 100.0 << " "
         << (page.getHeight() + 2 * Page::MARGIN) / 100.0 << "\">\n<title>"
-        << counted(mesh.numTriangles(), "triangle") << ", " << counted(numConstraints, "constraint edge")
-        << "</title>\n";
+        << counted(mesh.numTriangles(), "triangle") << ", " << counted(lists.vConstraints.size(), "constraint edge")
+        << (lists.vCuts.empty() ? "" : ", " + counted(lists.vCuts.size(), "cut edge")) << "</title>\n";
     out << "<g transform=\"translate(10 10) scale(.01)\" stroke-linejoin=\"round\" "
            "stroke-linecap=\"round\">\n";
 }
@@ -67,12 +67,12 @@ void writeFill(OutputFile& out, const Page& page, const Fill& fill,
     out << "\"/>\n";
 }
 
-// One path a colour: pieces of one colour have no edge in common.
+// One path a colour.
 void writePieces(OutputFile& out, const Mesh& mesh, const Page& page) {
-    constexpr std::array<const char*, 6> COLORS{"#3b82d6", "#f2a33a", "#5fb56a",
-                                                "#a678d8", "#e2726b", "#3fb8c0"};
-    const std::vector<std::size_t> vColors = colorsOf(mesh.pieces, mesh.triangles);
-    std::vector<std::vector<Trails::Edge>> vBorders(*std::max_element(vColors.begin(), vColors.end()) + 1);
+    constexpr std::array<const char*, 6> COLORS{"#3b82d6", "#5fb56a", "#f2a33a",
+                                                "#a678d8", "#3fb8c0", "#e2726b"};
+    const std::vector<std::size_t> vColors = colorsOf(mesh.pieces, mesh.triangles, COLORS.size());
+    std::array<std::vector<Trails::Edge>, COLORS.size()> aBorders;
     const std::vector<std::uint32_t>& vPartOf = mesh.pieces.vPartOf;
     for (std::size_t i = 0; i < mesh.triangles.vNeighbours.size(); ++i) {
         const std::uint32_t neighbour = mesh.triangles.vNeighbours[i];
@@ -80,10 +80,11 @@ void writePieces(OutputFile& out, const Mesh& mesh, const Page& page) {
         if (neighbour != TESK_KIVO2D::MeshArrays::noTriangle && vPartOf[neighbour] == vPartOf[triangle])
             continue;
         const auto* const pCorners = &mesh.triangles.vCorners[3 * triangle];
-        vBorders[vColors[vPartOf[triangle]]].push_back({pCorners[(i + 1) % 3], pCorners[(i + 2) % 3]});
+        aBorders[vColors[vPartOf[triangle]]].push_back({pCorners[(i + 1) % 3], pCorners[(i + 2) % 3]});
     }
-    for (std::size_t color = 0; color < vBorders.size(); ++color)
-        writeFill(out, page, {"pieces", COLORS[color % COLORS.size()], ".4"}, vBorders[color]);
+    for (std::size_t color = 0; color < COLORS.size(); ++color) {
+        if (!aBorders[color].empty()) writeFill(out, page, {"pieces", COLORS[color], ".4"}, aBorders[color]);
+    }
 }
 
 } // namespace
@@ -91,7 +92,7 @@ void writePieces(OutputFile& out, const Mesh& mesh, const Page& page) {
 void writeSvg(OutputFile& out, const Mesh& mesh) {
     const Page page(mesh.triangles);
     const EdgeLists lists = listEdges(mesh, page);
-    writeHead(out, mesh, page, lists.vConstraints.size());
+    writeHead(out, mesh, page, lists);
     // Lines as thin as the mesh is fine, so that it does not become a blot.
     const int width = std::clamp(static_cast<int>(lists.meanLength / 20.0), 20, 100);
     if (mesh.pieces.numParts > 1)
