@@ -2,6 +2,7 @@
 
 #include "core/edgeSearch.h"
 #include "kernel/intersection.h"
+#include "kernel/tools.h"
 
 #include <cmath>
 #include <limits>
@@ -152,17 +153,18 @@ void KnifePath::addCrossing(HalfEdge edge) {
 }
 
 // The point, or if it lies inside of the hull edge, one beside it that does not: a step of one unit in each
-// coordinate makes up for any rounding.
+// coordinate makes up for any rounding. A coordinate for which it would leave the edge's box was rounded
+// outwards already.
 Point2 KnifePath::roundedOutwards(HullEdge edge, const Point2& p) {
     if (sideOf(edge, p) != ORIENTATION2_CCW) return p;
     const Point2 &source = *edge.source(), &target = *edge.target();
     constexpr double far = std::numeric_limits<double>::max();
     const double x = std::nextafter(p.x(), source.y() < target.y() ? far : -far);
     const double y = std::nextafter(p.y(), source.x() < target.x() ? -far : far);
-    for (const Point2& beside : {Point2(x, p.y()), Point2(p.x(), y)}) {
-        if (sideOf(edge, beside) != ORIENTATION2_CCW) return beside;
+    for (const Point2& beside : {Point2(x, p.y()), Point2(p.x(), y), Point2(x, y)}) {
+        if (isInBox(beside, source, target) && sideOf(edge, beside) != ORIENTATION2_CCW) return beside;
     }
-    return {x, y};
+    return p;
 }
 
 } // namespace TESK_KIVO2D

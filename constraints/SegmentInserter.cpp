@@ -219,6 +219,8 @@ Point2* SegmentInserter::splitAt(ConstraintSegment2* pCSeg, const Point2& p) {
     ConstraintSegment2* const pLeaf = leafAt(pCSeg, p);
     Point2 *const a = pLeaf->getSrc(), *const b = pLeaf->getTrg();
     if (p == *a || p == *b) return p == *a ? a : b;
+    // Beside it rather than on it, between earlier splits that were rounded too.
+    if (!isInBox(p, *a, *b)) return site.insertNear(p, a->getIncidentTriangle());
     mgr.reserveSplits(1);
     const HalfEdge edge = findEdge(a, b);
     if (edge.pT != nullptr) {

@@ -149,25 +149,34 @@ void SoupTrial::compareMissing(SoupFaults& faults) {
     }
 }
 
-// The first edge of the soup that the segment crosses.
+// The first edge of the soup that the segment crosses, from the lower end on.
 void SoupTrial::findCrossed(const PointerPair& segment, SoupFaults& faults) {
-    auto [pFrom, pTo] = segment;
-    std::vector<PointerPair> vPieces = {segment};
+    const auto [pLower, pUpper] =
+        std::minmax(segment.first, segment.second, [](const Point2* a, const Point2* b) { return *a < *b; });
+    std::vector<PointerPair> vPieces = {{pLower, pUpper}};
     while (!vPieces.empty()) {
         const auto [a, b] = vPieces.back();
         vPieces.pop_back();
-        const CzResult result = traverse(a, b, tests, &placement.guard(), zone);
+        const CzResult result = traverse(a, b, tests, nullptr, zone);
         if (result.end == CzResult::MET_VERTEX) {
             vPieces.emplace_back(result.pVtx, b);
             vPieces.emplace_back(a, result.pVtx);
-        } else if (result.end == CzResult::MET_FIXED) {
-            const Point2 &p = *result.edge.source(), &q = *result.edge.target();
+            continue;
+        }
+        if (result.end == CzResult::IS_EDGE) continue;
+        if (zone.pStart != a) std::reverse(zone.vTriangles.begin(), zone.vTriangles.end());
+        for (std::size_t i = 1; i < zone.vTriangles.size(); ++i) {
+            const Triangle2 *const pT = zone.vTriangles[i - 1], *const pN = zone.vTriangles[i];
+            const int ith = pN->getIntraTriangleIndex(pT);
+            const Point2 &p = *pN->getCorner(Triangle2::incIndexBy1(ith)),
+                         &q = *pN->getCorner(Triangle2::incIndexBy2(ith));
+            if (!placement.guard().isFixed(&p, &q)) continue;
             faults.add({.kind = SoupFault::CROSSED_EDGE,
                         .triangle = firstGiven(soup.halvesBetween(soup.find(p), soup.find(q))),
                         .p = p,
                         .q = q,
-                        .from = *pFrom,
-                        .to = *pTo});
+                        .from = *pLower,
+                        .to = *pUpper});
             return;
         }
     }

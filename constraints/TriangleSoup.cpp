@@ -1,5 +1,9 @@
 #include "constraints/TriangleSoup.h"
 
+#include "Bbox2.h"
+#include "core/HC2.h"
+#include "core/hilbertOrder.h"
+
 #include <bit>
 #include <cmath>
 #include <utility>
@@ -19,6 +23,8 @@ TriangleSoup::TriangleSoup(const std::vector<Point2>& vCorners) : vGiven(vCorner
     TeskTest tests;
     for (Index given = 0; given < numGiven; ++given)
         add(given, tests);
+    sortAlongCurve();
+    sortTriangles();
     collectEdges();
 }
 
@@ -62,6 +68,40 @@ std::size_t TriangleSoup::slotOf(const Point2& p) const {
     while (vSlots[i] != none && vPoints[vSlots[i]] != p)
         i = (i + 1) & mask;
     return i;
+}
+
+void TriangleSoup::sortAlongCurve() {
+    HC2 hc;
+    hc.setBox(Bbox2(vPoints.begin(), vPoints.end()));
+    const HilbertOrder order(PointSource(vPoints.data(), vPoints.size()), hc);
+    std::vector<Point2> vSorted;
+    vSorted.reserve(vPoints.size());
+    std::vector<Index> vNewIndex(vPoints.size());
+    for (const KeyedIndex& entry : order.entries()) {
+        vNewIndex[entry.index] = static_cast<Index>(vSorted.size());
+        vSorted.push_back(vPoints[entry.index]);
+    }
+    vPoints.swap(vSorted);
+    for (Index& slot : vSlots) {
+        if (slot != none) slot = vNewIndex[slot];
+    }
+    for (Triangle& triangle : vTriangles) {
+        for (Index& p : triangle.aPoints)
+            p = vNewIndex[p];
+    }
+}
+
+void TriangleSoup::sortTriangles() {
+    const auto lowest = [](const Triangle& triangle) { return std::ranges::min(triangle.aPoints); };
+    std::vector<Index> vNext(vPoints.size() + 1, 0);
+    for (const Triangle& triangle : vTriangles)
+        ++vNext[lowest(triangle) + 1];
+    for (std::size_t i = 1; i < vNext.size(); ++i)
+        vNext[i] += vNext[i - 1];
+    std::vector<Triangle> vSorted(vTriangles.size());
+    for (const Triangle& triangle : vTriangles)
+        vSorted[vNext[lowest(triangle)]++] = triangle;
+    vTriangles.swap(vSorted);
 }
 
 void TriangleSoup::collectEdges() {

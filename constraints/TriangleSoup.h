@@ -36,8 +36,10 @@ public:
     // Their number is a multiple of three, and no more than maxCorners. O(n log n), mostly O(n).
     explicit TriangleSoup(const std::vector<Point2>& vCorners);
 
-    // In the order in which they came first.
+    // In the order of the Hilbert curve, so that neighbours are near in memory too; each is the first one
+    // given of those with its coordinates.
     const std::vector<Point2>& points() const { return vPoints; }
+    // In the order of their lowest points.
     const std::vector<Triangle>& triangles() const { return vTriangles; }
     const Point2& cornerOf(const Triangle& triangle, int i) const {
         return vPoints[triangle.aPoints[static_cast<std::size_t>(i)]];
@@ -90,6 +92,8 @@ private:
     void add(Index given, TeskTest& tests);
     Index indexOf(const Point2& p);
     std::size_t slotOf(const Point2& p) const;
+    void sortAlongCurve();
+    void sortTriangles();
     void collectEdges();
 
     const std::vector<Point2>& vGiven;

@@ -122,6 +122,7 @@ public:
         maxChunkSize = maxChunk;
     }
     ProgressHub& progressHub() override { return hub; }
+    void setCircleTies(CircleTies ties) { circleTies = ties; }
 
     // What insertions and removals cost since construction, for tests and benchmarks.
     const WorkCounts& workCounts() const { return work; }
@@ -144,7 +145,9 @@ private:
     bool mayInsert(const char* location) const;
     // All triangles go; these vertices, which are all that there are, stay stored.
     void returnToStored(std::vector<Point2*> vVertices);
-    InsertionSite insertionSite() { return {store, pTeskPredicates, hullLinks, pEdgeGuard, vCheckT}; }
+    InsertionSite insertionSite() {
+        return {store, pTeskPredicates, hullLinks, pEdgeGuard, vCheckT, circleTies};
+    }
     // Links the vertex in at the place that its walk found, and legalises.
     void place(Point2* pVtx, const WalkResult& found);
     // Takes out a vertex whose star the remover has looked at.
@@ -154,7 +157,8 @@ private:
     void legalizeSpokes(Point2* pVtx);
     void draw(Visualizer2& vis, bool bWithConstraints) const;
     bool checkConstraintSegments(const std::string& label) const;
-    std::vector<KnifeCut> findCuts(const std::vector<Segment2>& vKnives, ProgressHub::Operation& progress);
+    struct IgnoredKnives;
+    std::vector<KnifeCut> findCuts(const std::vector<Segment2>& vKnives, IgnoredKnives& ignored);
     // Changes nothing.
     void findSoupFaults(const TriangleSoup& soup, SoupFaults& faults);
     Zone2* placeSoup(const TriangleSoup& soup, bool bVerbose);
@@ -217,6 +221,7 @@ private:
     HullLinks hullLinks;
     EdgeGuard* pEdgeGuard = nullptr; // null while no edge is fixed
     int numCPU = 1;
+    CircleTies circleTies = CircleTies::TURN_DIAGONALS;
     bool bInChunks = false; // the batch that runs is triangulated in chunks
     std::size_t minChunkedBatch = 100000;
     std::size_t maxChunkSize = 32768;

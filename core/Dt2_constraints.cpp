@@ -101,7 +101,7 @@ void Dt2::replaceEdge(HalfEdge edge, Point2* pVtx) {
     const Point2* const onN = pN->getCorner(pN->getIntraTriangleIndex(pT));
     splitEdge(edge.pT, edge.ith, pVtx, store, vCheckT);
     ++work.insertions;
-    work.flips += legalizeNewVertex(vCheckT, pTeskPredicates, pEdgeGuard);
+    work.flips += legalizeNewVertex(vCheckT, pTeskPredicates, pEdgeGuard, circleTies);
     vertexVault.added(vertexVault.startCell(*pVtx, store), pVtx, 0); // before what may run out of memory
     // Edges at a new vertex are legal where it lies in the triangle or on the edge that it splits. Here it
     // may lie a little beside the edge.

@@ -26,12 +26,6 @@ bool isFinite(const Segment2& knife) {
            std::isfinite(trg.y());
 }
 
-void warnIgnored(std::size_t num, const std::string& whatOne, const std::string& whatMany) {
-    if (num > 0)
-        reportWarning(location, std::to_string(num) + " " +
-                                    (num == 1 ? "knife " + whatOne : "knives " + whatMany) + " ignored");
-}
-
 // Where two knives have points in common, both get them as stops: the same points, since each pair is looked
 // at once.
 void addShared(std::vector<KnifeCut>& vCuts) {
@@ -66,7 +60,36 @@ void addShared(std::vector<KnifeCut>& vCuts) {
         vCuts[i].add(vShared[i]);
 }
 
+// Triangles with a new vertex on their circle stay as they are, while this lives.
+class CircleTiesKept {
+public:
+    explicit CircleTiesKept(Dt2& triangulation) : dt(triangulation) { dt.setCircleTies(CircleTies::KEEP); }
+    ~CircleTiesKept() { dt.setCircleTies(CircleTies::TURN_DIAGONALS); }
+    CircleTiesKept(const CircleTiesKept&) = delete;
+    CircleTiesKept& operator=(const CircleTiesKept&) = delete;
+
+private:
+    Dt2& dt;
+};
+
 } // namespace
+
+// Knives that cut nothing.
+struct Dt2::IgnoredKnives {
+    std::size_t numNotFinite = 0, numEmpty = 0, numOutside = 0;
+
+    void report() const {
+        const auto warn = [](std::size_t num, const std::string& verb, const std::string& what) {
+            if (num == 0) return;
+            const std::string knives =
+                num == 1 ? " knife" + verb + (verb.empty() ? "" : "s") : " knives" + verb;
+            reportWarning(location, std::to_string(num) + knives + what + " ignored");
+        };
+        warn(numNotFinite, "", " with a coordinate that is not finite");
+        warn(numEmpty, "", " of no length");
+        warn(numOutside, " that meet", " the triangulation in no more than a point");
+    }
+};
 
 ConstraintGraph2* Dt2::cutTriangles(const std::vector<Segment2>& vKnives) {
     if (vKnives.empty() || !is2D()) {
@@ -75,47 +98,51 @@ ConstraintGraph2* Dt2::cutTriangles(const std::vector<Segment2>& vKnives) {
         return nullptr;
     }
     if (!mayInsert("Kivo_2D::cutTriangles()")) return nullptr;
-    pEdgeGuard = pConstraintMgr.get();
     ProgressHub::Operation progress(hub, "cut triangles", 2 * vKnives.size());
-    if (pConstraintMgr->hasPending()) pConstraintMgr->apply();
-    std::vector<KnifeCut> vCuts = findCuts(vKnives, progress);
-    ConstraintGraph2* pGraph = nullptr;
+    IgnoredKnives ignored;
+    std::vector<KnifeCut> vCuts = findCuts(vKnives, ignored);
+    ignored.report();
     if (vCuts.empty()) {
         reportWarning(location, "No knife is left, returning NULL");
-    } else {
-        addShared(vCuts);
-        pGraph = pConstraintMgr->createConstraint_oriented(placeStops(vCuts, *this, *pSegmentInserter),
-                                                           CIS_CONSTRAINED_DELAUNAY);
+        progress.finish();
+        return nullptr;
     }
+    pEdgeGuard = pConstraintMgr.get();
+    const CircleTiesKept kept(*this);
+    if (pConstraintMgr->hasPending()) {
+        pConstraintMgr->apply();
+        vCuts = findCuts(vKnives, ignored);
+    }
+    progress.advance(
+        vKnives.size()); // listeners might insert, which no cut minds: it knows vertices, not edges
+    addShared(vCuts);
+    ConstraintGraph2* const pGraph = pConstraintMgr->createConstraint_oriented(
+        placeStops(vCuts, *this, *pSegmentInserter), CIS_CONSTRAINED_DELAUNAY);
     progress.finish();
     return pGraph;
 }
 
-// Those that cut, in the order of the knives; what does not is reported.
-std::vector<KnifeCut> Dt2::findCuts(const std::vector<Segment2>& vKnives, ProgressHub::Operation& progress) {
+// Those that cut, in the order of the knives.
+std::vector<KnifeCut> Dt2::findCuts(const std::vector<Segment2>& vKnives, IgnoredKnives& ignored) {
     std::vector<KnifeCut> vCuts;
-    std::size_t numNotFinite = 0, numEmpty = 0, numOutside = 0;
     KnifePath path(*pConstraintMgr, hullLinks, pTeskPredicates);
     for (const Segment2& knife : vKnives) {
-        progress.advance();
         if (!isFinite(knife)) {
-            ++numNotFinite;
-        } else if (knife.getSrc() == knife.getTrg()) {
-            ++numEmpty;
+            ++ignored.numNotFinite;
+            continue;
+        }
+        const Point2 src = knife.getSrc();
+        if (src == knife.getTrg()) {
+            ++ignored.numEmpty;
+            continue;
+        }
+        KnifeCut cut = path.follow(knife, walkTo(src, vertexVault.getCloT(src)));
+        if (cut.isPoint()) {
+            ++ignored.numOutside;
         } else {
-            const Point2 src = knife.getSrc();
-            KnifeCut cut = path.follow(knife, walkTo(src, vertexVault.getCloT(src)));
-            if (cut.isPoint()) {
-                ++numOutside;
-            } else {
-                vCuts.push_back(std::move(cut));
-            }
+            vCuts.push_back(std::move(cut));
         }
     }
-    warnIgnored(numNotFinite, "with a coordinate that is not finite", "with a coordinate that is not finite");
-    warnIgnored(numEmpty, "of no length", "of no length");
-    warnIgnored(numOutside, "that meets the triangulation in no more than a point",
-                "that meet the triangulation in no more than a point");
     return vCuts;
 }
 

@@ -73,7 +73,6 @@ void reportImported(const TriangleSoup& soup, std::size_t numHeld) {
 Zone2* Dt2::importTriangles(const std::vector<Point2>& vCorners, bool bVerbose) {
     if (!areCorners(vCorners) || !mayInsert("Kivo_2D::importTriangles()")) return nullptr;
     ProgressHub::Operation progress(hub, "import triangles", 100);
-    if (is2D() && pConstraintMgr->hasPending()) pConstraintMgr->apply();
     const TriangleSoup soup(vCorners);
     progress.advance(10); // listeners might insert: not between the search for faults and the end
     SoupFaults faults;

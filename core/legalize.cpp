@@ -3,15 +3,17 @@
 #include "core/flip.h"
 
 namespace TESK_KIVO2D {
+namespace {
 
-std::uint64_t legalizeNewVertex(std::vector<Triangle2*>& vCheckT, TeskTest& tests, const EdgeGuard* pGuard) {
+template<class IsIllegal>
+std::uint64_t legalizeFan(std::vector<Triangle2*>& vCheckT, IsIllegal isIllegal, const EdgeGuard* pGuard) {
     std::uint64_t numFlips = 0;
     for (; !vCheckT.empty(); vCheckT.pop_back()) {
         Triangle2* pT = vCheckT.back();
         int numToRevisit = 0; // triangles flipped before this one and not looked at since
         for (;;) {
             Triangle2* const pN = pT->getOppositeTriangle(0);
-            const bool bFlip = pN != nullptr && tests.isInCircleOrRectangle(*pN, *pT->getCorner(0)) &&
+            const bool bFlip = pN != nullptr && isIllegal(*pN, *pT->getCorner(0)) &&
                                (pGuard == nullptr || !pGuard->isFixed(pT->getCorner(1), pT->getCorner(2)));
             if (bFlip) {
                 flip(pT, 0);
@@ -26,6 +28,22 @@ std::uint64_t legalizeNewVertex(std::vector<Triangle2*>& vCheckT, TeskTest& test
         }
     }
     return numFlips;
+}
+
+} // namespace
+
+std::uint64_t legalizeNewVertex(std::vector<Triangle2*>& vCheckT, TeskTest& tests, const EdgeGuard* pGuard,
+                                CircleTies ties) {
+    if (ties == CircleTies::KEEP) {
+        const auto isInCircle = [&](const Triangle2& t, const Point2& q) {
+            return tests.inCircle(t, q) == CINC2_INCIRCLE;
+        };
+        return legalizeFan(vCheckT, isInCircle, pGuard);
+    }
+    const auto isInCircleOrRectangle = [&](const Triangle2& t, const Point2& q) {
+        return tests.isInCircleOrRectangle(t, q);
+    };
+    return legalizeFan(vCheckT, isInCircleOrRectangle, pGuard);
 }
 
 std::uint64_t legalizeEdges(std::vector<HalfEdge>& vEdges, TeskTest& tests, const EdgeGuard* pGuard) {

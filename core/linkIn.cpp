@@ -1,7 +1,6 @@
 #include "core/linkIn.h"
 
 #include "core/HalfEdge.h"
-#include "core/legalize.h"
 #include "core/split.h"
 
 namespace TESK_KIVO2D {
@@ -36,7 +35,7 @@ void insertVertex(Point2* pVtx, const WalkResult& found, const InsertionSite& si
     linkIn(pVtx, found, site);
     ++work.insertions;
     work.walkSteps += static_cast<std::uint64_t>(found.numSteps);
-    work.flips += legalizeNewVertex(site.vCheckT, site.tests, site.pGuard);
+    work.flips += legalizeNewVertex(site.vCheckT, site.tests, site.pGuard, site.ties);
 }
 
 } // namespace TESK_KIVO2D

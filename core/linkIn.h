@@ -6,6 +6,7 @@
 #include "core/MeshStore.h"
 #include "core/WorkCounts.h"
 #include "core/hull.h"
+#include "core/legalize.h"
 #include "core/walk.h"
 #include "kernel/TeskTest.h"
 
@@ -20,6 +21,7 @@ struct InsertionSite {
     HullLinks& hullLinks;
     EdgeGuard* pGuard;                // null while no edge is fixed
     std::vector<Triangle2*>& vCheckT; // receives the triangles that are to be legalised
+    CircleTies ties = CircleTies::TURN_DIAGONALS;
 };
 
 // Makes the vertex part of the triangulation at the place that its walk found, which is no corner: it splits
