@@ -32,6 +32,11 @@ bool bringsSegments(const TriangulateOptions& options) {
            (!options.points.empty() && canHoldSegments(formatOf(options.points)));
 }
 
+std::size_t countEdges(const std::vector<ConstraintEdge>& vEdges, bool ConstraintEdge::*bCounted) {
+    return static_cast<std::size_t>(std::count_if(
+        vEdges.begin(), vEdges.end(), [bCounted](const ConstraintEdge& edge) { return edge.*bCounted; }));
+}
+
 void checkOutputs(const std::vector<std::string>& vOutputs, const Input& input) {
     for (const std::string& output : vOutputs) {
         checkNotInput(output, input.vFilenames);
@@ -176,9 +181,7 @@ void Run::countPieces() {
     if (!report.segments) return;
     report.segments->numMissing = constraints.numMissing;
     if (!triangulation.is2D()) return;
-    const std::vector<ConstraintEdge>& vEdges = constraints.vEdges;
-    report.segments->numEdges = static_cast<std::size_t>(std::count_if(
-        vEdges.begin(), vEdges.end(), [](const ConstraintEdge& edge) { return edge.bOfSegment; }));
+    report.segments->numEdges = countEdges(constraints.vEdges, &ConstraintEdge::bOfSegment);
 }
 
 void Run::collectNewVertices() {
@@ -243,6 +246,7 @@ void Run::collectMesh() {
     if (report.cut) {
         mesh.pieces = piecesOf(mesh);
         report.cut->numPieces = mesh.pieces.numParts;
+        report.cut->numEdges = countEdges(constraints.vEdges, &ConstraintEdge::bCut);
     }
     if (pZone != nullptr)
         report.zone = measureZone(isZoneGiven() ? "mesh" : options.zone, *pZone, mesh.triangles);

@@ -36,9 +36,6 @@ CutReport cut(Run& run) {
     if (background != nullptr) background->interpolateNewVertices(run.triangulation, run.input.table);
     run.collectNewVertices();
     report.numSplit = countSplit(vBefore, listConstraintEdges(run.triangulation));
-    const std::vector<ConstraintEdge>& vEdges = run.constraints.vEdges;
-    report.numEdges = static_cast<std::size_t>(
-        std::count_if(vEdges.begin(), vEdges.end(), [](const ConstraintEdge& edge) { return edge.bCut; }));
     return report;
 }
 

@@ -47,7 +47,8 @@ void writeHead(OutputFile& out, const Mesh& mesh, const Page& page, const EdgeLi
     out << "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"kivo2d\" role=\"img\" viewBox=\"0 0 "
         << (page.getWidth() + 2 * Page::MARGIN) / 100.0 << " "
         << (page.getHeight() + 2 * Page::MARGIN) / 100.0 << "\">\n<title>"
-        << counted(mesh.numTriangles(), "triangle") << ", " << counted(lists.vConstraints.size(), "constraint edge")
+        << counted(mesh.numTriangles(), "triangle") << ", "
+        << counted(lists.vConstraints.size(), "constraint edge")
         << (lists.vCuts.empty() ? "" : ", " + counted(lists.vCuts.size(), "cut edge")) << "</title>\n";
     out << "<g transform=\"translate(10 10) scale(.01)\" stroke-linejoin=\"round\" "
            "stroke-linecap=\"round\">\n";
