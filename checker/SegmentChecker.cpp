@@ -1,7 +1,7 @@
 #include "SegmentChecker.h"
 
 #include "checker/SegmentCheckerData.h"
-#include "checker/finite.h"
+#include "kernel/finite.h"
 #include "checker/segmentClassification.h"
 #include "kernel/assertion.h"
 #include "kernel/messages.h"

@@ -1,6 +1,6 @@
 #include "checker/SegmentCheckerData.h"
 
-#include "checker/finite.h"
+#include "kernel/finite.h"
 #include "checker/segmentClassification.h"
 #include "kernel/messages.h"
 

@@ -3,6 +3,8 @@
 #include "Bbox2.h"
 #include "core/HC2.h"
 #include "core/hilbertOrder.h"
+#include "core/prefetch.h"
+#include "kernel/finite.h"
 
 #include <bit>
 #include <cmath>
@@ -10,8 +12,6 @@
 
 namespace TESK_KIVO2D {
 namespace {
-
-bool isFinite(const Point2& p) { return std::isfinite(p.x()) && std::isfinite(p.y()); }
 
 } // namespace
 
@@ -21,8 +21,14 @@ TriangleSoup::TriangleSoup(const std::vector<Point2>& vCorners) : vGiven(vCorner
     const Index numGiven = static_cast<Index>(vCorners.size() / 3);
     vTriangles.reserve(numGiven);
     TeskTest tests;
-    for (Index given = 0; given < numGiven; ++given)
+    constexpr Index ahead = 8; // so many triangles ahead, the slots of the corners are fetched
+    for (Index given = 0; given < numGiven; ++given) {
+        if (given + ahead < numGiven) {
+            for (const Point2& corner : givenCorners(given + ahead))
+                prefetch(static_cast<const void*>(&vSlots[firstSlotOf(corner)]));
+        }
         add(given, tests);
+    }
     sortAlongCurve();
     sortTriangles();
     collectEdges();
@@ -30,7 +36,7 @@ TriangleSoup::TriangleSoup(const std::vector<Point2>& vCorners) : vGiven(vCorner
 
 void TriangleSoup::add(Index given, TeskTest& tests) {
     const std::span<const Point2, 3> corners = givenCorners(given);
-    if (!std::all_of(corners.begin(), corners.end(), isFinite)) {
+    if (!std::all_of(corners.begin(), corners.end(), [](const Point2& p) { return isFinite(p); })) {
         vNotFinite.push_back(given);
         return;
     }
@@ -56,17 +62,21 @@ TriangleSoup::Index TriangleSoup::indexOf(const Point2& p) {
     return slot;
 }
 
-// The slot of the point, or the empty one where it would be.
-std::size_t TriangleSoup::slotOf(const Point2& p) const {
+// Where the search for the point's slot begins.
+std::size_t TriangleSoup::firstSlotOf(const Point2& p) const {
     // Zeros of either sign are equal, so they must have one hash.
     const std::uint64_t x = std::bit_cast<std::uint64_t>(p.x() + 0.0);
     const std::uint64_t y = std::bit_cast<std::uint64_t>(p.y() + 0.0);
     std::uint64_t hash = (x * 0x9E3779B97F4A7C15u) ^ (std::rotl(y, 32) * 0xD6E8FEB86659FD93u);
     hash = (hash ^ (hash >> 29)) * 0xBF58476D1CE4E5B9u;
-    const std::size_t mask = vSlots.size() - 1;
-    std::size_t i = static_cast<std::size_t>(hash ^ (hash >> 32)) & mask;
+    return static_cast<std::size_t>(hash ^ (hash >> 32)) & (vSlots.size() - 1);
+}
+
+// The slot of the point, or the empty one where it would be.
+std::size_t TriangleSoup::slotOf(const Point2& p) const {
+    std::size_t i = firstSlotOf(p);
     while (vSlots[i] != none && vPoints[vSlots[i]] != p)
-        i = (i + 1) & mask;
+        i = (i + 1) & (vSlots.size() - 1);
     return i;
 }
 

@@ -91,6 +91,7 @@ private:
 
     void add(Index given, TeskTest& tests);
     Index indexOf(const Point2& p);
+    std::size_t firstSlotOf(const Point2& p) const;
     std::size_t slotOf(const Point2& p) const;
     void sortAlongCurve();
     void sortTriangles();

@@ -11,6 +11,7 @@
 #include "core/prefetch.h"
 #include "core/split.h"
 #include "kernel/assertion.h"
+#include "kernel/finite.h"
 #include "kernel/messages.h"
 #include "meshing/RefinementDriver.h"
 #include "zones/ZoneRegistry.h"
@@ -22,8 +23,6 @@
 
 namespace TESK_KIVO2D {
 namespace {
-
-bool isFinite(const Point2& p) { return std::isfinite(p.x()) && std::isfinite(p.y()); }
 
 void warnNotFinite(const char* location, std::size_t num) {
     reportWarning(location, std::to_string(num) + (num == 1 ? " point" : " points") +

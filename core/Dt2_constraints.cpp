@@ -8,23 +8,14 @@
 #include "core/queries.h"
 #include "core/split.h"
 #include "kernel/assertion.h"
+#include "kernel/finite.h"
 #include "kernel/messages.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 #include <string>
 
 namespace TESK_KIVO2D {
-namespace {
-
-bool isFinite(const Segment2& segment) {
-    const Point2 src = segment.getSrc(), trg = segment.getTrg();
-    return std::isfinite(src.x()) && std::isfinite(src.y()) && std::isfinite(trg.x()) &&
-           std::isfinite(trg.y());
-}
-
-} // namespace
 
 ConstraintGraph2* Dt2::createConstraint(std::vector<Segment2>& vSegments, ConstraintInsertionStrategy cis,
                                         bool bOrientedSegments) {
@@ -33,16 +24,17 @@ ConstraintGraph2* Dt2::createConstraint(std::vector<Segment2>& vSegments, Constr
         return nullptr;
     }
     if (!mayInsert("Kivo_2D::createConstraint()")) return nullptr;
+    const auto finite = [](const Segment2& s) { return isFinite(s); };
     const std::vector<Segment2>* pSegments = &vSegments;
     std::vector<Segment2> vFinite;
     const auto numFinite =
-        static_cast<std::size_t>(std::count_if(vSegments.begin(), vSegments.end(), isFinite));
+        static_cast<std::size_t>(std::count_if(vSegments.begin(), vSegments.end(), finite));
     if (numFinite < vSegments.size()) {
         const std::size_t num = vSegments.size() - numFinite;
         reportWarning("Kivo_2D::createConstraint()", std::to_string(num) +
                                                          (num == 1 ? " segment" : " segments") +
                                                          " with a coordinate that is not finite ignored");
-        std::copy_if(vSegments.begin(), vSegments.end(), std::back_inserter(vFinite), isFinite);
+        std::copy_if(vSegments.begin(), vSegments.end(), std::back_inserter(vFinite), finite);
         pSegments = &vFinite;
     }
     pEdgeGuard = pConstraintMgr.get();

@@ -6,6 +6,7 @@
 #include "constraints/KnifeCut.h"
 #include "constraints/KnifePath.h"
 #include "constraints/SegmentInserter.h"
+#include "kernel/finite.h"
 #include "kernel/messages.h"
 #include "kernel/tools.h"
 
@@ -19,12 +20,6 @@ namespace TESK_KIVO2D {
 namespace {
 
 constexpr const char* location = "Dt2::cutTriangles(..)";
-
-bool isFinite(const Segment2& knife) {
-    const Point2 src = knife.getSrc(), trg = knife.getTrg();
-    return std::isfinite(src.x()) && std::isfinite(src.y()) && std::isfinite(trg.x()) &&
-           std::isfinite(trg.y());
-}
 
 // Where two knives have points in common, both get them as stops: the same points, since each pair is looked
 // at once.

@@ -2,6 +2,7 @@
 
 #include "kernel/TeskTest_exact.h"
 #include "kernel/assertion.h"
+#include "kernel/finite.h"
 #include "kernel/messages.h"
 
 #include <cstdlib>
@@ -11,8 +12,6 @@
 
 namespace TESK_KIVO2D {
 namespace {
-
-bool isFinite(const Point2& p) { return std::isfinite(p.x()) && std::isfinite(p.y()); }
 
 std::ostringstream classicStream() {
     std::ostringstream stream;

@@ -3,6 +3,7 @@
 #include "Vector2.h"
 #include "functions.h"
 #include "kernel/assertion.h"
+#include "kernel/finite.h"
 #include "kernel/tools.h"
 #include "kernel/valueText.h"
 
@@ -23,8 +24,6 @@ struct CornerPoints {
         : p0(*t.getCorner(0)), p1(*t.getCorner(1)), p2(*t.getCorner(2)) {}
     double maxAbs() const { return std::max({p0.getMaxAbs(), p1.getMaxAbs(), p2.getMaxAbs()}); }
 };
-
-bool isFinite(const Vector2& v) { return std::isfinite(v.x()) && std::isfinite(v.y()); }
 
 // ---- lengths ----------------------------------------------------------------------------------------------
 

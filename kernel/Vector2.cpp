@@ -2,15 +2,15 @@
 
 #include "functions.h"
 #include "kernel/assertion.h"
+#include "kernel/finite.h"
 #include "kernel/messages.h"
 #include "kernel/valueText.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace TESK_KIVO2D {
 namespace {
-
-bool isFinite(const Vector2& v) { return std::isfinite(v.x()) && std::isfinite(v.y()); }
 
 // For lengths that are infinite, subnormal or near to it: first by a power of two to a size near 1, which is
 // exact for every component that counts in the result.
