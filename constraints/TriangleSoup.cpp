@@ -11,9 +11,7 @@
 #include <utility>
 
 namespace TESK_KIVO2D {
-namespace {
-
-} // namespace
+namespace {} // namespace
 
 TriangleSoup::TriangleSoup(const std::vector<Point2>& vCorners) : vGiven(vCorners) {
     // Never more than three quarters full.

@@ -147,16 +147,21 @@ inline Points verticesOf(const Kivo_2D& kivo) {
         vPoints.push_back(*p);
     return vPoints;
 }
-// The edges that are constraints, and what will be.
-inline std::set<Edge> constraintEdges(const Constrained& c) {
-    const std::vector<Edge> vLeaves = oracle::leafEdges(c.vGraphs);
-    std::set<Edge> s(vLeaves.begin(), vLeaves.end());
+inline std::set<Edge> constraintEdges(const Kivo_2D& kivo) {
+    std::set<Edge> s;
     std::vector<Triangle2*> vTriangles;
-    c.kivo.getTrianglePointers(vTriangles);
+    kivo.getTrianglePointers(vTriangles);
     for (Triangle2* pT : vTriangles)
         for (int i = 0; i < 3; ++i)
-            if (c.kivo.isConstraint(pT, i))
+            if (kivo.isConstraint(pT, i))
                 s.insert(oracle::edgeOf(*pT->getCorner((i + 1) % 3), *pT->getCorner((i + 2) % 3)));
+    return s;
+}
+// With those that wait until they are applied.
+inline std::set<Edge> constraintEdges(const Constrained& c) {
+    std::set<Edge> s = constraintEdges(c.kivo);
+    const std::vector<Edge> vLeaves = oracle::leafEdges(c.vGraphs);
+    s.insert(vLeaves.begin(), vLeaves.end());
     return s;
 }
 inline Point2 pointOf(const std::pair<double, double>& xy) { return {xy.first, xy.second}; }
