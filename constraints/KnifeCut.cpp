@@ -1,7 +1,7 @@
 #include "constraints/KnifeCut.h"
 
 #include <algorithm>
-#include <tuple>
+#include <cmath>
 #include <utility>
 
 namespace TESK_KIVO2D {
@@ -15,31 +15,46 @@ Point2* placeStop(const KnifeStop& stop, const Point2* pNear, SegmentSite& site,
 
 } // namespace
 
-KnifeCut::KnifeCut(const Segment2& itsKnife, std::vector<KnifeStop> vItsStops)
-    : knife(itsKnife), bAscending(knife.getSrc() < knife.getTrg()), vStops(std::move(vItsStops)) {
-    sort();
+KnifeCut::KnifeCut(const Segment2& itsKnife, const std::vector<KnifeStop>& vItsStops) : knife(itsKnife) {
+    vStops.reserve(vItsStops.size());
+    for (const KnifeStop& stop : vItsStops)
+        append(stop);
 }
 
-void KnifeCut::add(const std::vector<Point2>& vPoints) {
+void KnifeCut::add(std::vector<Point2> vPoints) {
     if (isPoint()) return;
-    const KnifeStop first = vStops.front(), last = vStops.back();
-    for (const Point2& p : vPoints) {
-        if (isBefore(first.point, p) && isBefore(p, last.point))
-            vStops.push_back({p, nullptr, nullptr, first.pNear});
+    const auto before = [this](const Point2& p, const Point2& q) { return isBefore(p, q); };
+    std::sort(vPoints.begin(), vPoints.end(), before);
+    const std::vector<KnifeStop> vOnPath = std::move(vStops);
+    vStops.clear();
+    auto next = std::upper_bound(vPoints.begin(), vPoints.end(), vOnPath.front().point, before);
+    for (const KnifeStop& stop : vOnPath) {
+        for (; next != vPoints.end() && isBefore(*next, stop.point); ++next)
+            append({*next, nullptr, nullptr, stop.pNear});
+        append(stop);
     }
-    sort();
 }
 
-void KnifeCut::sort() {
-    // A vertex is as good as any other stop there; and where a constraint is crossed it has to be split.
-    const auto rank = [](const KnifeStop& stop) {
-        return stop.pVtx != nullptr ? 0 : stop.pCSeg != nullptr ? 1 : 2;
+// A vertex is as good as any other stop there; and where a constraint is crossed it has to be split.
+void KnifeCut::append(const KnifeStop& stop) {
+    const auto rank = [](const KnifeStop& s) { return s.pVtx != nullptr ? 2 : s.pCSeg != nullptr ? 1 : 0; };
+    if (vStops.empty() || vStops.back().point != stop.point) {
+        vStops.push_back(stop);
+    } else if (rank(stop) > rank(vStops.back())) {
+        vStops.back() = stop;
+    }
+}
+
+bool KnifeCut::isBefore(const Point2& p, const Point2& q) const {
+    const Point2 src = knife.getSrc(), trg = knife.getTrg();
+    const auto compare = [](double from, double to, double a, double b) {
+        return a == b || from == to ? 0 : (a < b) == (from < to) ? -1 : 1;
     };
-    std::stable_sort(vStops.begin(), vStops.end(), [&](const KnifeStop& a, const KnifeStop& b) {
-        return a.point == b.point ? rank(a) < rank(b) : isBefore(a.point, b.point);
-    });
-    const auto isSame = [](const KnifeStop& a, const KnifeStop& b) { return a.point == b.point; };
-    vStops.erase(std::unique(vStops.begin(), vStops.end(), isSame), vStops.end());
+    const int inX = compare(src.x(), trg.x(), p.x(), q.x()), inY = compare(src.y(), trg.y(), p.y(), q.y());
+    // Halves, since differences may overflow.
+    const bool bMainlyX = std::fabs(trg.x() / 2 - src.x() / 2) >= std::fabs(trg.y() / 2 - src.y() / 2);
+    const int first = bMainlyX ? inX : inY, second = bMainlyX ? inY : inX;
+    return first < 0 || (first == 0 && second < 0);
 }
 
 std::vector<PointerPair> placeStops(const std::vector<KnifeCut>& vCuts, SegmentSite& site,

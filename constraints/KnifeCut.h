@@ -19,27 +19,27 @@ struct KnifeStop {
     Point2* pNear;             // a vertex near
 };
 
-// The part of a knife that cuts, from stop to stop. The order of points along a knife is that of their
-// coordinates: rounding to nearest keeps it in each of them.
+// The part of a knife that cuts, from stop to stop.
 class KnifeCut {
 public:
-    KnifeCut(const Segment2& itsKnife, std::vector<KnifeStop> vItsStops);
+    // The stops are in the order in which the knife meets them.
+    KnifeCut(const Segment2& itsKnife, const std::vector<KnifeStop>& vItsStops);
 
     // True when there is nothing to cut.
     bool isPoint() const { return vStops.size() < 2; }
     const Segment2& getKnife() const { return knife; }
-    // The first and the last of them bound the cut.
+    // No two that follow each other are at the same place.
     const std::vector<KnifeStop>& stops() const { return vStops; }
-    // More stops: those of these points of the knife that lie within the cut.
-    void add(const std::vector<Point2>& vPoints);
+    // More stops: those of these points of the knife that lie between the first one and the last one.
+    void add(std::vector<Point2> vPoints);
 
 private:
-    bool isBefore(const Point2& p, const Point2& q) const { return bAscending ? p < q : q < p; }
-    // In order, and one of several at the same place.
-    void sort();
+    // For points of the knife that may have been rounded: to nearest, which keeps their order in each
+    // coordinate. The one in which the knife is longer tells more of them apart.
+    bool isBefore(const Point2& p, const Point2& q) const;
+    void append(const KnifeStop& stop);
 
     Segment2 knife;
-    bool bAscending;
     std::vector<KnifeStop> vStops;
 };
 

@@ -24,7 +24,7 @@ KnifeCut KnifePath::follow(const Segment2& knife, const WalkResult& start) {
         Triangle2* const pT = edge.opposite();
         position = passTriangle(pT, pT->getIntraTriangleIndex(edge.pT));
     }
-    return KnifeCut(knife, std::move(vStops));
+    return KnifeCut(knife, vStops);
 }
 
 KnifePath::Position KnifePath::enter(const WalkResult& start) {

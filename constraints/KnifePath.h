@@ -8,7 +8,6 @@
 #include "core/walk.h"
 #include "kernel/TeskTest.h"
 
-#include <utility>
 #include <vector>
 
 namespace TESK_KIVO2D {

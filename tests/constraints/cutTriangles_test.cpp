@@ -1,0 +1,550 @@
+#include "tests/oracle/bruteForce.h"
+#include "tests/oracle/cuts.h"
+#include "tests/support/constrained.h"
+#include "tests/support/meshed.h"
+#include "tests/support/nastySets.h"
+#include "tests/support/realData.h"
+#include "tests/support/sanitized.h"
+
+#include <limits>
+
+// Knives through triangulations, against a second opinion by rationals (see oracle::CutWitness).
+
+using namespace TESK_KIVO2D;
+using doubles::below;
+using doubles::Points;
+using doubles::Rng;
+
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr int few = isSanitized ? 10 : 1; // what many is divided by
+
+// How near to each other things may be: apart, or nearer than a few units in the last place.
+enum Nearness { APART, NEAR };
+
+struct Scene : Constrained {
+    std::vector<Zone2*> vZones;
+
+    std::vector<Point2*> vertices() const {
+        std::vector<Point2*> v;
+        kivo.getVertexPointers(v);
+        return v;
+    }
+    void addZone(Zone2* pZone) {
+        ASSERT_NE(nullptr, pZone);
+        vZones.push_back(pZone);
+    }
+
+    // Zones of most kinds, two of them inside and outside of a ring.
+    void addZones(const Segments& vRing) {
+        const Point2 p = vRing[0].getSrc(), q = vRing[1].getSrc(), r = vRing[2].getSrc();
+        if (!kivo.is2D() || oracle::orientation(p, q, r) == 0) return;
+        ConstraintGraph2* const pRing = add(vRing, CIS_CONSTRAINED_DELAUNAY);
+        const CapturedMessages captured;
+        addZone(kivo.createZone(static_cast<ConstraintGraph2*>(nullptr), ZL_GLOBAL));
+        if (!pRing->isPolygon()) return;
+        addZone(kivo.createZone(pRing, ZL_INSIDE));
+        addZone(kivo.createZone(pRing, ZL_OUTSIDE));
+        oracle::Triangles vSome = oracle::allTriangles(kivo);
+        std::sort(vSome.begin(), vSome.end(), [](const Triangle2* pT, const Triangle2* pOther) {
+            return pT->getBarycenter() < pOther->getBarycenter();
+        });
+        vSome.resize((vSome.size() + 2) / 3);
+        Zone2* const pSome = kivo.createZone(vSome);
+        addZone(pSome);
+        std::vector<ConstraintGraph2*> vBorder;
+        pSome->getConstraintGraphs(vBorder);
+        for (ConstraintGraph2* pGraph : vBorder)
+            vGraphs.push_back({pGraph, oracle::originalsOf(pGraph)});
+        addZone(zoneSymmetricDifference(vZones[1], pSome));
+    }
+
+    // Cuts, and demands what must hold.
+    ConstraintGraph2* cut(const Segments& vKnives, Nearness nearness) {
+        const oracle::CutWitness witness(kivo, vKnives, vGraphs, vZones);
+        std::vector<double> vAreas;
+        for (const Zone2* pZone : vZones)
+            vAreas.push_back(pZone->getArea2D());
+        ConstraintGraph2* pGraph = nullptr;
+        const std::string said = cutQuietly(vKnives, pGraph);
+        doubles::Points vEnds;
+        for (const Segment2& s : vKnives)
+            vEnds.insert(vEnds.end(), {s.getSrc(), s.getTrg()});
+        const std::string text = "cut " + doubles::hex(vEnds) + "\n" + given();
+        EXPECT_EQ("", nearness == APART ? witness.findFault(pGraph) : witness.findLoss(pGraph)) << text;
+        if (nearness == APART) {
+            EXPECT_EQ(witness.warnings(), said) << text;
+            for (std::size_t i = 0; i < vZones.size(); ++i)
+                EXPECT_NEAR(vAreas[i], vZones[i]->getArea2D(), 1e-9 * vAreas[i]) << text;
+        }
+        if (pGraph != nullptr) vGraphs.push_back({pGraph, oracle::originalsOf(pGraph)});
+        expectConstrained(*this);
+        return pGraph;
+    }
+    std::string cutQuietly(const Segments& vKnives, ConstraintGraph2*& pGraph) {
+        const CapturedMessages captured;
+        pGraph = vKnives.size() == 1 ? kivo.cutTriangles(vKnives[0]) : kivo.cutTriangles(vKnives);
+        return captured.output() + captured.error();
+    }
+};
+
+Segments scaled(const Segments& v, int exponent) {
+    Segments vScaled;
+    for (const Segment2& s : v) {
+        const Points p = doubles::scaled({s.getSrc(), s.getTrg()}, exponent);
+        vScaled.emplace_back(p[0], p[1]);
+    }
+    return vScaled;
+}
+
+template<class Value>
+const Value& anyOf(Rng& rng, const std::vector<Value>& v) {
+    return v[rng() % v.size()];
+}
+
+// A lattice, halves of whose steps are exact: knives meet vertices, edges and each other in all ways.
+struct Lattice {
+    int size;
+
+    Point2 at(Rng& rng, int numParts) const { // sometimes beyond
+        const auto coordinate = [&] { return double(below(rng, (size + 3) * numParts)) / numParts - 1; };
+        const double x = coordinate();
+        return {x, coordinate()};
+    }
+    Points points(Rng& rng) const {
+        Points v;
+        for (int x = 0; x <= size; ++x)
+            for (int y = 0; y <= size; ++y)
+                if (rng() % 4 != 0) v.emplace_back(x, y);
+        return v;
+    }
+    // Along the axes and diagonals: they cross in halves.
+    Segment2 constraint(Rng& rng) const {
+        const double x = below(rng, size), y = below(rng, size), length = 1 + below(rng, size);
+        const int way = 1 + below(rng, 3);
+        return {{x, y}, {x + (way & 1) * length, y + (way & 2) / 2 * length}};
+    }
+    Segments ring(Rng& rng) const {
+        const double x = below(rng, size), y = below(rng, size), s = 1 + below(rng, size);
+        return rng() % 2 == 0 ? zoned::ringOf({{x, y}, {x + s, y}, {x + s, y + s}, {x, y + s}})
+                              : zoned::ringOf({{x, y}, {x + s, y}, {x, y + s}});
+    }
+    Segment2 knife(Rng& rng) const {
+        if (rng() % 40 == 0) return {at(rng, 2), {infinity, 0}};
+        const int numParts = 1 + below(rng, 2);
+        const Point2 p = at(rng, numParts);
+        switch (below(rng, 4)) {
+        case 0:
+            return {p, {p.x() + below(rng, 5) - 2, p.y()}};
+        case 1:
+            return {p, {p.x(), p.y() + below(rng, 5) - 2}};
+        case 2: {
+            const double d = below(rng, 2 * size) - size;
+            return {p, {p.x() + d, rng() % 2 == 0 ? p.y() + d : p.y() - d}};
+        }
+        default:
+            return {p, at(rng, numParts)};
+        }
+    }
+};
+
+} // namespace
+
+TEST(CutTriangles, onALatticeMeetsTheSecondOpinion) {
+    for (unsigned round = 0; round < 600 / few && !testing::Test::HasFailure(); ++round) {
+        SCOPED_TRACE(round);
+        const auto run = [&] {
+            Rng rng(round);
+            const int aExponents[] = {0, 498, -498}, exponent = aExponents[round % 3];
+            const Lattice lattice{2 + below(rng, 5)};
+            Scene scene;
+            scene.kivo.insert(doubles::scaled(lattice.points(rng), exponent));
+            Segments vConstraints, vKnives;
+            for (int i = below(rng, 4); i > 0; --i)
+                vConstraints.push_back(lattice.constraint(rng));
+            scene.addOneByOne(scaled(vConstraints, exponent));
+            scene.addZones(scaled(lattice.ring(rng), exponent));
+            for (int i = 1 + below(rng, 2) * below(rng, 8); i > 0; --i) {
+                vKnives.push_back(lattice.knife(rng));
+                if (rng() % 4 == 0) vKnives.push_back(vKnives[rng() % vKnives.size()]);
+                if (rng() % 8 == 0) vKnives.back().swapSrcTrg();
+            }
+            scene.cut(scaled(vKnives, exponent), APART);
+            return oracle::triangleList(scene.kivo);
+        };
+        EXPECT_EQ(run(), run()) << "not twice the same";
+    }
+}
+
+TEST(CutTriangles, amongRandomPointsMeetsTheSecondOpinion) {
+    const Point2 aOrigins[] = {{0, 0}, {448262, 5411932}, {-1e3, 0}};
+    for (unsigned round = 0; round < 300 / few && !testing::Test::HasFailure(); ++round) {
+        SCOPED_TRACE(round);
+        Rng rng(round);
+        const Point2 origin = aOrigins[round % 3];
+        const int exponent = round % 5 != 0 ? 0 : round % 2 == 0 ? 490 : -490;
+        const auto points = [&](int num, double margin) {
+            Points v;
+            for (; num > 0; --num) {
+                const double x = doubles::uniform(rng, -margin, 10 + margin);
+                v.emplace_back(origin.x() + x, origin.y() + doubles::uniform(rng, -margin, 10 + margin));
+            }
+            return doubles::scaled(v, exponent);
+        };
+        const auto segments = [&](int num) {
+            Segments v;
+            for (; num > 0; --num) {
+                const Points p = points(2, 3);
+                v.emplace_back(p[0], p[1]);
+            }
+            return v;
+        };
+        Scene scene;
+        scene.kivo.insert(points(5 + below(rng, 60), 0));
+        scene.addOneByOne(segments(below(rng, 4)));
+        scene.addZones(zoned::ringOf(points(3, -2)));
+        for (int i = below(rng, 4); i >= 0; --i) {
+            Segments vKnives = segments(1 + below(rng, 2) * below(rng, 12));
+            // Along edges, through vertices and from them.
+            const std::vector<Point2*> vVertices = scene.vertices();
+            const Point2 p = *anyOf(rng, vVertices), q = *anyOf(rng, vVertices);
+            if (rng() % 2 == 0) vKnives.emplace_back(p, q);
+            if (rng() % 2 == 0) vKnives.emplace_back(p, points(1, 3)[0]);
+            if (rng() % 4 == 0) vKnives.emplace_back(*vVertices[0], *vVertices[1]);
+            scene.cut(vKnives, APART);
+        }
+    }
+}
+
+// Nothing may rest on where a crossing is rounded to.
+TEST(CutTriangles, ofNastySetsKeepsAllLaws) {
+    for (const nastySets::Kind& kind : nastySets::all()) {
+        for (unsigned round = 0; round < 60 / few && !testing::Test::HasFailure(); ++round) {
+            SCOPED_TRACE(kind.name + std::string(" ") + std::to_string(round));
+            Rng rng(round);
+            Points vPoints = kind.make(rng), vEnds = kind.make(rng);
+            Scene scene;
+            scene.kivo.insert(vPoints);
+            if (!scene.kivo.is2D()) continue;
+            vEnds.insert(vEnds.end(), vPoints.begin(), vPoints.end());
+            const auto segments = [&](int num) {
+                Segments v;
+                while (num-- > 0)
+                    v.emplace_back(anyOf(rng, vEnds),
+                                   doubles::jittered(rng, anyOf(rng, vEnds), below(rng, 2)));
+                return v;
+            };
+            const auto distinct = [&](Segments v) {
+                std::erase_if(v, [](const Segment2& s) { return s.getSrc() == s.getTrg(); });
+                return v;
+            };
+            scene.addOneByOne(distinct(segments(3)));
+            scene.addZones(zoned::ringOf({vPoints[0], anyOf(rng, vPoints), vPoints.back()}));
+            for (int i = 0; i < 3; ++i)
+                scene.cut(segments(1 + below(rng, 4)), NEAR);
+        }
+    }
+}
+
+// Coordinates that are integers from 2^52 on, and map coordinates: crossings are rounded to the far side of
+// what lies beside them.
+TEST(CutTriangles, onACoarseGridKeepsAllLaws) {
+    for (unsigned round = 0; round < 300 / few && !testing::Test::HasFailure(); ++round) {
+        SCOPED_TRACE(round);
+        Rng rng(round);
+        const double dx = round % 3 == 0 ? 0 : 0x1p52, dy = round % 2 == 0 ? 0x1p52 : -0x1p52;
+        const int width = round % 4 == 0 ? 100 : 9, height = 2 + below(rng, 8);
+        const auto at = [&] {
+            const double x = below(rng, width) + dx;
+            return Point2(x, below(rng, height) + dy);
+        };
+        const auto segments = [&](int num) {
+            Segments v;
+            while (num-- > 0)
+                v.emplace_back(at(), at());
+            std::erase_if(v, [](const Segment2& s) { return s.getSrc() == s.getTrg(); });
+            return v;
+        };
+        Scene scene;
+        scene.kivo.insert({at(), at(), at(), at(), {dx, dy}, {dx + width, dy}, {dx, dy + height}});
+        scene.addOneByOne(segments(3));
+        scene.addZones(zoned::ringOf({at(), at(), at()}));
+        for (int i = 0; i < 3; ++i)
+            scene.cut(segments(1 + below(rng, 4)), NEAR);
+    }
+}
+
+TEST(CutTriangles, byBundlesOfKnivesOneStepApartKeepsAllLaws) {
+    for (unsigned round = 0; round < 60 / few && !testing::Test::HasFailure(); ++round) {
+        SCOPED_TRACE(round);
+        Rng rng(round);
+        const double offset = round % 2 == 0 ? 0 : 5e6;
+        const Points vEnds = zoned::randomPoints(rng, 2, offset, offset + 10);
+        Scene scene;
+        scene.kivo.insert(zoned::randomPoints(rng, 30, offset, offset + 10));
+        scene.addZones(zoned::ringOf(zoned::randomPoints(rng, 3, offset, offset + 10)));
+        Segments vKnives;
+        for (int i = 0; i < 10; ++i)
+            vKnives.emplace_back(doubles::jittered(rng, vEnds[0], 1), doubles::jittered(rng, vEnds[1], 2));
+        scene.cut({vKnives.begin(), vKnives.begin() + 5}, NEAR);
+        for (std::size_t i = 5; i < vKnives.size(); ++i)
+            scene.cut({vKnives[i]}, NEAR);
+    }
+}
+
+// The square from 0 to 4 with its diagonal from (0, 0) to (4, 4): how many vertices and pieces there are.
+TEST(CutTriangles, makesTheVerticesAndPiecesThatOneExpects) {
+    struct Case {
+        const char* name;
+        Segments vKnives;
+        std::size_t numNew, numPieces;
+    };
+    const Case aCases[] = {
+        {"across", {{{-1, 1}, {5, 1}}}, 3, 2},
+        {"from outside to inside", {{{-1, 1}, {3, 1}}}, 3, 2},
+        {"inside a triangle", {{{1, 2}, {1, 3}}}, 2, 1},
+        {"from an edge to an edge", {{{1, 1}, {4, 1}}}, 2, 1},
+        {"along an edge", {{{-1, -1}, {2, 2}}}, 1, 1},
+        {"an edge", {{{4, 4}, {0, 0}}}, 0, 1},
+        {"along a part of the hull", {{{-1, 0}, {2, 0}}}, 1, 1},
+        {"along a part inside a hull edge", {{{1, 0}, {2, 0}}}, 2, 1},
+        {"along the whole hull edge and on", {{{-1, 0}, {5, 0}}}, 0, 1},
+        {"through two corners of the hull", {{{-1, 5}, {5, -1}}}, 1, 2},
+        {"the same twice", {{{-1, 1}, {5, 1}}, {{-1, 1}, {5, 1}}}, 3, 4},
+        {"there and back", {{{-1, 1}, {5, 1}}, {{5, 1}, {-1, 1}}}, 3, 4},
+        {"one a part of the other", {{{-1, 1}, {5, 1}}, {{3, 1}, {2, 1}}}, 5, 5},
+        {"overlapping", {{{-1, 1}, {3, 1}}, {{2, 1}, {5, 1}}}, 5, 5},
+        {"a cross", {{{2, 3}, {4, 3}}, {{3.5, 2}, {3.5, 4}}}, 7, 6},
+        {"a cross on an edge", {{{-1, 1}, {5, 1}}, {{1, -1}, {1, 5}}}, 5, 4},
+        {"a T", {{{1, 2}, {1, 4}}, {{0, 3}, {1, 3}}}, 4, 3},
+        {"a cross outside", {{{-1, 1}, {5, 3}}, {{5, 1}, {4, 4.5}}}, 3, 2},
+    };
+    for (const Case& some : aCases) {
+        SCOPED_TRACE(some.name);
+        Scene scene;
+        scene.kivo.insert({{0, 0}, {4, 0}, {4, 4}, {0, 4}});
+        scene.add({{{0, 0}, {4, 4}}}, CIS_CONSTRAINED_DELAUNAY);
+        ConstraintGraph2* const pGraph = scene.cut(some.vKnives, APART);
+        ASSERT_NE(nullptr, pGraph);
+        EXPECT_EQ(4 + some.numNew, scene.kivo.numberOfPoints());
+        EXPECT_EQ(some.numPieces, oracle::originalsOf(pGraph).size());
+    }
+}
+
+TEST(CutTriangles, throughOnePointMakesOneVertexThere) {
+    Rng rng(7);
+    for (const double third : {0.0, 1.0, 2.0}) { // through (0, 0), (1/3, 1/3), (2/3, 2/3), exactly
+        Scene scene;
+        scene.kivo.insert(zoned::randomPoints(rng, 40, -20, 20));
+        Segments vKnives;
+        for (int i = 0; i < 30; ++i) {
+            const double sign = third == 1 ? 2 : 1, dx = 3 * (below(rng, 15) - 7) + sign,
+                         dy = 3 * (below(rng, 15) - 7) + sign;
+            vKnives.emplace_back(Point2((third - 2 * dx) / 3, (third - 2 * dy) / 3),
+                                 Point2((third + 4 * dx) / 3, (third + 4 * dy) / 3));
+            if (third == 0) vKnives.back() = {{-dx, -dy}, {2 * dx, 2 * dy}};
+        }
+        scene.cut(vKnives, APART);
+        const double at = third / 3;
+        const auto isThere = [&](const Point2* p) { return *p == Point2(at, at); };
+        const std::vector<Point2*> v = scene.vertices();
+        EXPECT_EQ(1, std::count_if(v.begin(), v.end(), isThere)) << third;
+    }
+}
+
+TEST(CutTriangles, byARingMakesAPolygonThatAZoneFills) {
+    for (unsigned round = 0; round < 40 / few; ++round) {
+        SCOPED_TRACE(round);
+        Rng rng(round);
+        Scene scene;
+        scene.kivo.insert(zoned::randomPoints(rng, 50, -10, 10));
+        scene.kivo.insert({{-10, -10}, {10, -10}, {10, 10}, {-10, 10}});
+        Segments vRing = zoned::star(rng, 3 + below(rng, 20), {0, 0}, 9);
+        if (round % 2 == 0) vRing = zoned::reversed(vRing);
+        ConstraintGraph2* const pGraph = scene.cut(vRing, APART);
+        ASSERT_NE(nullptr, pGraph);
+        EXPECT_TRUE(pGraph->isPolygon());
+        zoned::expectNearArea(std::abs(oracle::areaOf(vRing)),
+                              scene.kivo.createZone(pGraph, ZL_INSIDE)->getArea2D());
+    }
+}
+
+TEST(CutTriangles, againWhereAllIsExactChangesNothing) {
+    for (unsigned round = 0; round < 40 / few; ++round) {
+        SCOPED_TRACE(round);
+        Rng rng(round);
+        Scene scene;
+        for (int i = 0; i <= 16; ++i)
+            scene.kivo.insert({{0, double(i)}, {16, double(i)}, {double(i), 0}, {double(i), 16}});
+        Segments vKnives;
+        for (int i = 0; i < 6; ++i) {
+            const double x = below(rng, 16), y = below(rng, 16);
+            vKnives.emplace_back(Point2(x, y), rng() % 2 == 0 ? Point2(x + 20, y) : Point2(x, y + 20));
+        }
+        scene.cut(vKnives, APART);
+        const auto before = oracle::triangleList(scene.kivo);
+        scene.cut(vKnives, APART);
+        std::reverse(vKnives.begin(), vKnives.end());
+        for (Segment2 s : vKnives) {
+            s.swapSrcTrg();
+            scene.cut({s}, APART);
+        }
+        EXPECT_EQ(before, oracle::triangleList(scene.kivo));
+    }
+}
+
+TEST(CutTriangles, byHundredsOfKnivesIsSoundAtOnceAndOneByOne) {
+    Rng rng(5);
+    const Points vPoints = zoned::randomPoints(rng, 300, 0, 10);
+    Segments vKnives;
+    for (int i = 0; i < 300 / few; ++i) {
+        const Points p = zoned::randomPoints(rng, 2, -1, 11);
+        vKnives.emplace_back(
+            p[0], i % 3 == 0 ? anyOf(rng, vPoints)
+                             : Point2(0.8 * p[0].x() + 0.2 * p[1].x(), 0.8 * p[0].y() + 0.2 * p[1].y()));
+    }
+    std::size_t numAtOnce = 0;
+    for (const bool bAtOnce : {true, false}) {
+        Scene scene;
+        scene.kivo.insert(vPoints);
+        scene.addZones(zoned::square(2, 2, 5));
+        if (bAtOnce) {
+            scene.cut(vKnives, APART);
+            numAtOnce = scene.kivo.numberOfPoints();
+            continue;
+        }
+        for (const Segment2& knife : vKnives) {
+            ConstraintGraph2* pGraph = nullptr;
+            scene.cutQuietly({knife}, pGraph);
+            if (pGraph != nullptr) scene.vGraphs.push_back({pGraph, oracle::originalsOf(pGraph)});
+        }
+        expectConstrained(scene);
+        EXPECT_NEAR(25, scene.vZones[1]->getArea2D(), 1e-9);
+        // Knives meet edges that others have made.
+        EXPECT_LT(numAtOnce, scene.kivo.numberOfPoints());
+    }
+}
+
+TEST(CutTriangles, saysWhatCanNotCutAndThenChangesNothing) {
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    const Segment2 beyond({5, 0}, {5, 9}), notFinite({0, nan}, {1, 1}), noLength({1, 1}, {1, 1});
+    const Segment2 atCorner({-1, 1}, {1, -1}), atEdge({2, 0}, {2, -3}), infinite({0, 0}, {infinity, 1});
+    const std::string one = "1 knife ", none = "No knife is left, returning NULL";
+    const std::string apart = "meets the triangulation in no more than a point ignored";
+    const std::pair<Segments, std::vector<std::string>> aCases[] = {
+        {{}, {"vKnives is empty, returning NULL"}},
+        {{notFinite}, {one + "with a coordinate that is not finite ignored", none}},
+        {{noLength}, {one + "of no length ignored", none}},
+        {{beyond}, {one + "that " + apart, none}},
+        {{atCorner}, {one + "that " + apart, none}},
+        {{atEdge}, {one + "that " + apart, none}},
+        {{beyond, atEdge, noLength, atCorner, infinite, noLength, notFinite},
+         {"2 knives with a coordinate that is not finite ignored", "2 knives of no length ignored",
+          "3 knives that meet the triangulation in no more than a point ignored", none}},
+    };
+    const auto said = [](const std::vector<std::string>& vLines) {
+        std::string text;
+        for (const std::string& line : vLines)
+            text += "      [Kivo2D-Message] Dt2::cutTriangles(..), WARNING: " + line + "\n";
+        return text;
+    };
+    for (const auto& [vKnives, vLines] : aCases) {
+        for (const bool b2D : {true, false}) {
+            Scene scene;
+            scene.kivo.insert(b2D ? Points{{0, 0}, {4, 0}, {0, 4}} : Points{{0, 0}, {4, 0}, {8, 0}});
+            const auto before = oracle::triangleList(scene.kivo);
+            ConstraintGraph2* pGraph = nullptr;
+            const std::string text = scene.cutQuietly(vKnives, pGraph);
+            EXPECT_EQ(nullptr, pGraph);
+            if (b2D || vKnives.empty()) {
+                EXPECT_EQ(said(vLines), text);
+            } else {
+                EXPECT_EQ(said({"The triangulation has no triangles yet, returning NULL"}), text);
+            }
+            EXPECT_EQ(before, oracle::triangleList(scene.kivo));
+            EXPECT_EQ(3u, scene.kivo.numberOfPoints());
+        }
+    }
+    // What is left cuts.
+    Scene scene;
+    scene.kivo.insert({{0, 0}, {4, 0}, {0, 4}});
+    EXPECT_NE(nullptr, scene.cut({beyond, {{1, -1}, {1, 5}}, noLength}, APART));
+    EXPECT_EQ(5u, scene.kivo.numberOfPoints());
+}
+
+TEST(CutTriangles, ofRealDataMeetsTheSecondOpinion) {
+    for (const realData::Folder& folder : realData::folders()) {
+        for (const realData::Path& path : realData::filesIn(folder, ".seg")) {
+            const Segments vSegments = realData::readSegments(path);
+            if (vSegments.size() > std::size_t(10000 / few)) continue;
+            SCOPED_TRACE(path.filename().string());
+            Rng rng(vSegments.size());
+            Scene scene;
+            Points vPoints;
+            for (const Segment2& s : vSegments)
+                if (s.getSrc() != s.getTrg()) vPoints.insert(vPoints.end(), {s.getSrc(), s.getTrg()});
+            ConstraintGraph2* const pGraph = scene.add(vSegments, CIS_CONSTRAINED_DELAUNAY);
+            if (pGraph == nullptr || !scene.kivo.is2D()) continue;
+            {
+                const CapturedMessages captured;
+                Zone2* const pZone = scene.kivo.createParityZone({pGraph});
+                if (pZone != nullptr) scene.vZones.push_back(pZone);
+            }
+            const auto knives = [&](std::size_t num, double jitter) {
+                Segments v;
+                for (; num > 0; --num) {
+                    const Point2 p = anyOf(rng, vPoints), q = anyOf(rng, vPoints);
+                    const double dx = (p.x() - q.x()) * jitter * doubles::uniform(rng),
+                                 dy = (q.y() - p.y()) * jitter * doubles::uniform(rng);
+                    v.emplace_back(Point2(p.x() + dx, p.y() + dy), Point2(q.x() + dy, q.y() - dx));
+                }
+                return v;
+            };
+            scene.cut(knives(8, 0.1), APART);
+            scene.cut(knives(3, 0), NEAR);
+        }
+    }
+}
+
+TEST(CutTriangles, leavesATriangulationForAllThatMayFollow) {
+    for (unsigned round = 0; round < 20 / few; ++round) {
+        SCOPED_TRACE(round);
+        Rng rng(round);
+        Scene scene;
+        scene.kivo.insert(zoned::randomPoints(rng, 60, -10, 10));
+        ConstraintGraph2* const pGraph =
+            scene.cut(meshed::bluntStar(rng, 5 + below(rng, 8), {0, 0}, 6), APART);
+        ASSERT_NE(nullptr, pGraph);
+        for (Point2* p : scene.vertices())
+            if (!scene.kivo.isConstraint(p) && rng() % 2 == 0) scene.kivo.remove(p);
+        expectConstrained(scene);
+        Points vMore = zoned::randomPoints(rng, 30, -12, 12); // among them some on the chain, or nearly
+        for (const Segment2& s : oracle::leavesOf({pGraph}))
+            vMore.emplace_back((s.getSrc().x() + s.getTrg().x()) / 2, (s.getSrc().y() + s.getTrg().y()) / 2);
+        scene.kivo.insert(vMore);
+        expectConstrained(scene);
+        MeshGenParams params = meshed::onlyAngles(scene.kivo.createZone(pGraph, ZL_INSIDE), 25);
+        meshed::expectMeshed(scene.kivo, params, {pGraph});
+        scene.cut({{vMore[0], vMore[1]}}, NEAR);
+    }
+}
+
+TEST(CutTriangles, cutsWhatWasImported) {
+    Kivo_2D source;
+    Rng rng(3);
+    source.insert(zoned::randomPoints(rng, 60, 0, 10));
+    Points vCorners; // with a hole
+    for (const Triangle2* pT : oracle::allTriangles(source))
+        for (int i = 0; i < 3 && !(sqDistance(pT->getBarycenter(), {5, 5}) < 5); ++i)
+            vCorners.push_back(*pT->getCorner(i));
+    Scene scene;
+    scene.kivo.insert(zoned::randomPoints(rng, 20, 11, 15));
+    Zone2* const pSoup = scene.kivo.importTriangles(vCorners, false);
+    scene.addZone(pSoup);
+    std::vector<ConstraintGraph2*> vBorder;
+    pSoup->getConstraintGraphs(vBorder);
+    for (ConstraintGraph2* pGraph : vBorder)
+        scene.vGraphs.push_back({pGraph, oracle::originalsOf(pGraph)});
+    scene.cut({{{-1, 3}, {16, 14}}, {{-1, 6}, {20, 5}}, {{5, -1}, {5, 12}}}, APART);
+}

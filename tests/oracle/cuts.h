@@ -1,0 +1,106 @@
+#pragma once
+
+#include "tests/oracle/constraints.h"
+#include "tests/oracle/exact.h"
+#include "tests/oracle/zones.h"
+
+#include <array>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+// The laws of cutting, checked from outside: where knives meet a triangulation is found by brute force, in
+// rationals.
+namespace oracle {
+
+// What a graph was made of, in its directions.
+Segments originalsOf(TESK_KIVO2D::ConstraintGraph2* pGraph);
+
+// Remembers a triangulation before knives cut it, and compares it with what it is afterwards.
+class CutWitness {
+public:
+    // The graphs must be all that the triangulation has, apart from those of the zones. All must be applied.
+    CutWitness(const TESK_KIVO2D::Kivo_2D& kivo, const Segments& vKnives,
+               const std::vector<GivenGraph>& vGraphs, const std::vector<TESK_KIVO2D::Zone2*>& vZones = {});
+
+    // The warnings that the call must give.
+    std::string warnings() const;
+    // Whether a knife is left.
+    bool isCut() const { return !vKnives.empty(); }
+    // How many different points there are where knives meet vertices, edges, each other, or end.
+    std::size_t numStops() const;
+
+    // The first of these laws that is broken, in words, or an empty text. They hold however near things are:
+    //   - there is no graph exactly when no knife is left;
+    //   - all vertices are still there, where they were;
+    //   - each stop has a vertex at the exact point rounded to nearest, or hardly further away; on the hull:
+    //     at most one step further in each coordinate, on the hull edge or beyond it;
+    //   - the originals of the graph join successive stops, in the order and direction of the knives;
+    //   - constraint segments that are met pass through the vertices there;
+    //   - triangles that are more than slivers belong to a zone exactly when their centre did.
+    std::string findLoss(TESK_KIVO2D::ConstraintGraph2* pGraph) const;
+
+    // The same, and these laws, which hold where stops are more than some units in the last place apart from
+    // each other, and from vertices and edges that they do not lie on:
+    //   - each new vertex is one at a stop;
+    //   - triangles that no knife meets, and whose circles hold no new vertex, stay as they were;
+    //   - constraint segments that no knife meets stay;
+    //   - corners of the hull stay on the hull, and what is new there is one of its stops.
+    std::string findFault(TESK_KIVO2D::ConstraintGraph2* pGraph) const;
+
+private:
+    using Point2 = TESK_KIVO2D::Point2;
+    using Corners = std::array<Point2*, 3>; // counter-clockwise, the smallest address first
+    using Places = std::map<std::pair<double, double>, Point2*>;
+    using PointPair = std::pair<Point2*, Point2*>;
+
+    struct Stop {
+        RationalPoint at;
+        PointPair hullEdge = {nullptr, nullptr}; // that it lies on, with the triangulation on the left
+    };
+    struct Knife {
+        Point2 source, target;
+        mpq_class first, last; // the part of it in the hull
+        std::vector<Stop> vStops;
+        std::vector<int> vSides; // of the vertices
+
+        mpq_class parameterOf(const RationalPoint& p) const;
+    };
+    struct Leaf {
+        TESK_KIVO2D::ConstraintSegment2* pSegment;
+        std::vector<Stop> vStops;
+    };
+    struct ZoneBefore {
+        const TESK_KIVO2D::Zone2* pZone;
+        std::map<Corners, bool> mHas;
+    };
+
+    void sortOut(const Segments& vGiven);
+    void addStops(Knife& knife) const;
+    void findHullEdge(Stop& stop) const;
+    bool meets(const Knife& knife, const Corners& corners) const;
+
+    std::vector<Point2*> verticesAt(const Stop& stop, const Places& mPlaces) const;
+    void checkVertices(const Places& mPlaces) const;
+    void checkPieces(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
+    void checkRing(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
+    void checkLeaves(const Places& mPlaces, bool bOthersLive) const;
+    void checkZones() const;
+    void checkOldTriangles(const std::vector<Point2*>& vNew) const;
+    void checkHull(const Places& mPlaces) const;
+
+    const TESK_KIVO2D::Kivo_2D& kivo;
+    std::size_t numNotFinite = 0, numNoLength = 0, numApart = 0;
+    bool bNoneGiven, bWas2D;
+    std::vector<Point2*> vVertices, vHull;
+    std::vector<std::pair<Point2*, Point2>> vPlaces; // of the vertices
+    std::map<Point2*, std::size_t> mIndex;
+    std::vector<Corners> vTriangles;
+    std::vector<PointPair> vEdges, vHullEdges;
+    std::vector<Knife> vKnives;
+    std::vector<Leaf> vLeaves;
+    std::vector<ZoneBefore> vZones;
+};
+
+} // namespace oracle
