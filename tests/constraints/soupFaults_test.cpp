@@ -96,17 +96,20 @@ void expectRefused(Constrained& c, const Soup& vSoup, const std::vector<SoupFaul
     EXPECT_TRUE(before == stateOf(c));
 }
 
-// Finds out by brute force what must happen. Segments that wait may get Steiner points on the way.
+// Finds out by brute force what must happen. Segments that wait may have more to be divided at once they are
+// applied.
 std::vector<SoupFault> importAnyhow(Constrained& c, const Soup& vSoup) {
     const std::set<Edge> sConstraints = constraintEdges(c);
     const std::vector<SoupFault> vFaults =
         oracle::soupFaults(vSoup, verticesOf(c.kivo), segmentsOf(sConstraints));
     if (!vFaults.empty()) {
         expectRefused(c, vSoup, vFaults);
-    } else if (c.kivo.is2D() && sConstraints != constraintEdges(c.kivo)) {
+    } else if (sConstraints != constraintEdges(c.kivo)) {
         const CapturedMessages captured;
         expectZoneOf(c.kivo, c.kivo.importTriangles(vSoup), oracle::soupFacts(vSoup));
+        c.kivo.applyConstraintsAndZones();
         EXPECT_TRUE(c.kivo.checkValidity(true, "imported"));
+        EXPECT_EQ("", oracle::findGraphFault(c.kivo, c.vGraphs));
     } else {
         expectImported(c, vSoup);
     }
