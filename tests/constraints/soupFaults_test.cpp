@@ -279,6 +279,20 @@ TEST_P(SoupFaults, areFoundBesideVerticesConstraintsAndTrianglesThatAreThere) {
                   {SoupFault::VERTEX_IN_EDGE, SoupFault::VERTEX_IN_TRIANGLE, SoupFault::CROSSED_EDGE});
 }
 
+// Where many edges meet in an end of it, a walk may start at the other one.
+TEST(CrossedEdges, areNamedFromTheLowerEndOfTheirSegment) {
+    for (const double direction : {-1, 1}) {
+        Soup vSoup = {{20 * direction, -5}, {20 * direction, 5}, {21 * direction, 0}};
+        for (int i = 0; i < 63; ++i)
+            append(vSoup, {0, 0}, {9 * std::cos(0.1 * i), 9 * std::sin(0.1 * i)},
+                   {9 * std::cos(0.1 * i + 0.1), 9 * std::sin(0.1 * i + 0.1)});
+        vSoup.back() = vSoup[4];
+        Constrained c;
+        c.add({{{0, 0}, {30 * direction, 1}}}, CIS_CONSTRAINED_DELAUNAY);
+        EXPECT_EQ(3u, importAnyhow(c, vSoup).size());
+    }
+}
+
 TEST(RefusedSoups, leaveLaterWorkAsItWouldBeWithoutThem) {
     Rng rng(4);
     for (int round = 0; round < numRounds / 10 && !HasFailure(); ++round) {
