@@ -283,10 +283,9 @@ TEST_P(SoupFaults, areFoundBesideVerticesConstraintsAndTrianglesThatAreThere) {
 TEST(CrossedEdges, areNamedFromTheLowerEndOfTheirSegment) {
     for (const double direction : {-1, 1}) {
         Soup vSoup = {{20 * direction, -5}, {20 * direction, 5}, {21 * direction, 0}};
-        for (int i = 0; i < 63; ++i)
+        for (int i = 0; i < 62; ++i)
             append(vSoup, {0, 0}, {9 * std::cos(0.1 * i), 9 * std::sin(0.1 * i)},
-                   {9 * std::cos(0.1 * i + 0.1), 9 * std::sin(0.1 * i + 0.1)});
-        vSoup.back() = vSoup[4];
+                   {9 * std::cos(0.1 * (i + 1)), 9 * std::sin(0.1 * (i + 1))});
         Constrained c;
         c.add({{{0, 0}, {30 * direction, 1}}}, CIS_CONSTRAINED_DELAUNAY);
         EXPECT_EQ(3u, importAnyhow(c, vSoup).size());
