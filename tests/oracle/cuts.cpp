@@ -87,13 +87,15 @@ bool isInTriangle(const std::array<Point2*, 3>& corners, const Point2& p, int le
     return true;
 }
 
+// In the last place.
+double unitOf(double value) { return std::ldexp(1.0, std::max(std::ilogb(value) - 52, -1074)); }
+
 // So low that rounding may have moved borders across its centre.
 bool isSliver(const std::array<Point2*, 3>& corners) {
     double largest = 0;
     for (const Point2* p : corners)
         largest = std::max(largest, p->getMaxAbs());
-    const double unit = std::ldexp(1.0, std::max(std::ilogb(largest) - 52, -1074));
-    const auto p = exactPoints({*corners[0], *corners[1], *corners[2], Point2(unit, 0)});
+    const auto p = exactPoints({*corners[0], *corners[1], *corners[2], Point2(unitOf(largest), 0)});
     mpz_class longest = 0;
     for (int i = 0; i < 3; ++i) {
         const ExactPoint &a = p[i], &b = p[(i + 1) % 3];
@@ -278,7 +280,7 @@ std::string CutWitness::findLoss(ConstraintGraph2* pGraph) const {
             mPlaces[{p->x() + 0.0, p->y() + 0.0}] = p; // one zero only
         checkVertices(mPlaces);
         if (pGraph != nullptr) checkPieces(pGraph, mPlaces);
-        checkLeaves(mPlaces, false);
+        checkLeaves(pGraph, mPlaces, false);
         checkZones();
         return "";
     } catch (const Fault& fault) {
@@ -304,7 +306,7 @@ std::string CutWitness::findFault(ConstraintGraph2* pGraph) const {
                     sAtStops.insert(p);
         for (Point2* p : vNew)
             if (sAtStops.count(p) == 0) throw Fault{"a new vertex is at no stop:" + textOf({p})};
-        checkLeaves(mPlaces, true);
+        checkLeaves(pGraph, mPlaces, true);
         checkOldTriangles(vNew);
         checkHull(mPlaces);
         return "";
@@ -410,7 +412,14 @@ void CutWitness::checkRing(ConstraintGraph2* pGraph, const Places& mPlaces) cons
     demand(vPieces == vExpected, "the ring is not the one between stops");
 }
 
-void CutWitness::checkLeaves(const Places& mPlaces, bool bOthersLive) const {
+// The vertex of the stop is one between the pieces of the segment. Or, where other vertices are near, the two
+// chains meet beside it.
+void CutWitness::checkLeaves(ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const {
+    std::set<Point2*> sCut;
+    if (pGraph != nullptr)
+        for (const Segment2& s : leavesOf({pGraph}))
+            for (const Point2& p : {s.getSrc(), s.getTrg()})
+                sCut.insert(mPlaces.at({p.x() + 0.0, p.y() + 0.0}));
     for (const Leaf& leaf : vLeaves) {
         std::vector<ConstraintSegment2*> vPieces;
         if (!leaf.pSegment->isAlive()) leaf.pSegment->getChildrenRec(vPieces);
@@ -419,13 +428,21 @@ void CutWitness::checkLeaves(const Places& mPlaces, bool bOthersLive) const {
             demand(s->isAlive(), "a piece of a constraint segment is no leaf");
             sEnds.insert({s->getSrc(), s->getTrg()});
         }
+        demand(!bApart || !leaf.vStops.empty() || leaf.pSegment->isAlive(),
+               "a constraint segment that no knife meets is split");
+        const mpq_class unit =
+            4 * unitOf(std::max(leaf.pSegment->getSrc()->getMaxAbs(), leaf.pSegment->getTrg()->getMaxAbs()));
         for (const Stop& stop : leaf.vStops) {
             const std::vector<Point2*> v = verticesAt(stop, mPlaces);
-            demand(std::any_of(v.begin(), v.end(), [&](Point2* p) { return sEnds.count(p) != 0; }),
-                   "a constraint segment does not pass through a stop on it");
+            const bool bMeets = std::any_of(sEnds.begin(), sEnds.end(), [&](Point2* p) {
+                return contains(v, p) || (!bApart && sCut.count(p) != 0 && abs(stop.at.x - p->x()) <= unit &&
+                                          abs(stop.at.y - p->y()) <= unit);
+            });
+            if (!bMeets)
+                throw Fault{"the constraint segment" +
+                            textOf({leaf.pSegment->getSrc(), leaf.pSegment->getTrg()}) +
+                            " does not pass through the stop on it," + textOf({v.front()})};
         }
-        demand(!bOthersLive || !leaf.vStops.empty() || leaf.pSegment->isAlive(),
-               "a constraint segment that no knife meets is split");
     }
 }
 

@@ -37,7 +37,7 @@ public:
     //   - each stop has a vertex at the exact point rounded to nearest, or hardly further away; on the hull:
     //     at most one step further in each coordinate, on the hull edge or beyond it;
     //   - the originals of the graph join successive stops, in the order and direction of the knives;
-    //   - constraint segments that are met pass through the vertices there;
+    //   - constraint segments that are met share a vertex with the graph there, or next to it;
     //   - triangles that are more than slivers belong to a zone exactly when their centre did.
     std::string findLoss(TESK_KIVO2D::ConstraintGraph2* pGraph) const;
 
@@ -45,7 +45,7 @@ public:
     // each other, and from vertices and edges that they do not lie on:
     //   - each new vertex is one at a stop;
     //   - triangles that no knife meets, and whose circles hold no new vertex, stay as they were;
-    //   - constraint segments that no knife meets stay;
+    //   - constraint segments that are met pass through the very vertex at the stop; others stay;
     //   - corners of the hull stay on the hull, and what is new there is one of its stops.
     std::string findFault(TESK_KIVO2D::ConstraintGraph2* pGraph) const;
 
@@ -85,7 +85,7 @@ private:
     void checkVertices(const Places& mPlaces) const;
     void checkPieces(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
     void checkRing(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
-    void checkLeaves(const Places& mPlaces, bool bOthersLive) const;
+    void checkLeaves(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const;
     void checkZones() const;
     void checkOldTriangles(const std::vector<Point2*>& vNew) const;
     void checkHull(const Places& mPlaces) const;
