@@ -3,6 +3,7 @@
 #include "bench/checker_bench.h"
 #include "bench/constraint_bench.h"
 #include "bench/counters.h"
+#include "bench/import_bench.h"
 #include "bench/inputs.h"
 #include "bench/mesh_bench.h"
 #include "bench/peakMemory.h"
@@ -161,6 +162,7 @@ int main(int argc, char** argv) {
     addAll();
     bench::addRemovalBenchmarks();
     bench::addConstraintBenchmarks();
+    bench::addImportBenchmarks();
     bench::addZoneBenchmarks();
     bench::addMeshBenchmarks();
     bench::addCheckerBenchmarks();

@@ -31,7 +31,7 @@ const Kivo_2D& fill(Kivo_2D& triangulation, const Input& input, const std::vecto
 } // namespace
 
 Background::Background(const Input& input, const std::vector<ConstraintEdge>& vEdges)
-    : regionMap(fill(triangulation, input, vEdges), input.domain.vRegions) {}
+    : regionMap(fill(triangulation, input, vEdges), vEdges, input.domain.vRegions) {}
 
 double Background::maxAreaAt(const Point2& place) const {
     const TESK_KIVO2D::Triangle2* const pT = triangulation.locate(place);
@@ -39,9 +39,12 @@ double Background::maxAreaAt(const Point2& place) const {
     return pRegion == nullptr || !isLimit(pRegion->maxArea) ? DBL_MAX : *pRegion->maxArea;
 }
 
-void Background::interpolate(PointTable& table, std::size_t position) const {
-    const TESK_KIVO2D::Triangle2* const pT = triangulation.locate(table.vPoints[position]);
-    if (pT != nullptr) interpolateWithin(table, position, *pT);
+void Background::interpolateNewVertices(const Kivo_2D& meshed, PointTable& table) const {
+    if (table.numAttributes == 0) return;
+    for (std::size_t i = addNewVertices(meshed, table); i < table.vPoints.size(); ++i) {
+        const TESK_KIVO2D::Triangle2* const pT = triangulation.locate(table.vPoints[i]);
+        if (pT != nullptr) interpolateWithin(table, i, *pT);
+    }
 }
 
 bool hasAreaLimits(const Domain& domain) {

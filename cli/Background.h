@@ -7,16 +7,16 @@
 
 namespace cli {
 
-// A copy of the triangulation as it was before it was meshed, which tells what holds at a place. The input
-// must stay where it is, and keep the points that it had.
+// A copy of the triangulation as it was before it was meshed or cut, which tells what holds at a place. The
+// input must stay where it is, and keep the points that it had.
 class Background {
 public:
     Background(const Input& input, const std::vector<ConstraintEdge>& vEdges);
 
     // The limit of the region that the place lies in; the largest double where there is none.
     double maxAreaAt(const TESK_KIVO2D::Point2& place) const;
-    // Gives a point of the table, by its position, the attributes of its place.
-    void interpolate(PointTable& table, std::size_t position) const;
+    // Adds the vertices that the table does not have yet, with the attributes of their places.
+    void interpolateNewVertices(const TESK_KIVO2D::Kivo_2D& meshed, PointTable& table) const;
 
 private:
     TESK_KIVO2D::Kivo_2D triangulation;

@@ -3,6 +3,7 @@
 #include "cli/PointTable.h"
 
 #include <Point2.h>
+#include <Segment2.h>
 
 #include <array>
 #include <cstddef>
@@ -41,6 +42,7 @@ struct Input {
     Domain domain;
     std::size_t numPoints = 0;                            // of the table, those that were given as points
     std::vector<std::array<std::uint32_t, 3>> vTriangles; // of a mesh file: positions in the table
+    std::vector<TESK_KIVO2D::Segment2> vKnives;           // along which to cut
     std::vector<std::string> vFilenames;                  // what was read
 };
 

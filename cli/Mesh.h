@@ -6,9 +6,16 @@
 #include <Kivo_2D.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace cli {
+
+// What hangs together by edges that are no barriers is one part.
+struct Parts {
+    std::size_t numParts = 0;
+    std::vector<std::uint32_t> vPartOf; // by triangle, from 0 in the order of their first triangles
+};
 
 // A triangulation in the order of its input, ready for files: vertex k is the k-th different point of the
 // table, and all files of one run use the same numbers. The triangles are those of a zone where there is one;
@@ -23,6 +30,7 @@ struct Mesh {
     TESK_KIVO2D::MeshArrays triangles;
     std::vector<double> vTriangleAttributes; // of each triangle; empty when the input has no regions
     std::vector<ConstraintEdge> vEdges;
+    Parts pieces; // into which cuts divide the triangles; none where nothing was cut
 
     std::size_t numTriangles() const { return triangles.vCorners.size() / 3; }
     const TESK_KIVO2D::Point2& getCorner(std::size_t triangle, std::size_t ith) const {

@@ -1,13 +1,15 @@
 #include "cli/Run.h"
 
+#include "cli/cutting.h"
 #include "cli/errors.h"
 #include "cli/formats.h"
-#include "cli/givenMesh.h"
 #include "cli/input.h"
 #include "cli/libraryWriters.h"
 #include "cli/meshFile.h"
+#include "cli/meshImport.h"
 #include "cli/numbers.h"
 #include "cli/outputFiles.h"
+#include "cli/parts.h"
 #include "cli/qualityPicture.h"
 #include "cli/regions.h"
 #include "cli/unification.h"
@@ -26,11 +28,13 @@ using TESK_KIVO2D::Point2;
 using TESK_KIVO2D::Triangle2;
 
 bool bringsSegments(const TriangulateOptions& options) {
-    return !options.segments.empty() || canHoldSegments(formatOf(options.input));
+    return !options.segments.empty() || canHoldSegments(formatOf(options.input)) ||
+           (!options.points.empty() && canHoldSegments(formatOf(options.points)));
 }
 
-bool isMeshFile(const TriangulateOptions& options) {
-    return options.bMeasure && holdsTriangles(formatOf(options.input));
+std::size_t countEdges(const std::vector<ConstraintEdge>& vEdges, bool ConstraintEdge::*bCounted) {
+    return static_cast<std::size_t>(std::count_if(
+        vEdges.begin(), vEdges.end(), [bCounted](const ConstraintEdge& edge) { return edge.*bCounted; }));
 }
 
 void checkOutputs(const std::vector<std::string>& vOutputs, const Input& input) {
@@ -80,7 +84,10 @@ void checkUsage(const TriangulateOptions& options) {
     }
     if (options.unifyWidth && !(std::isfinite(*options.unifyWidth) && *options.unifyWidth > 0.0))
         throw UsageError("--unify takes a positive width, not " + shortest(*options.unifyWidth));
-    if (isMeshFile(options) && (!options.segments.empty() || !options.zone.empty() || options.bConforming))
+    if (options.bImport && !isMeshFile(options))
+        throw UsageError(options.input + ": meshes to import are .obj, .vtu, .msh and .ele files");
+    if (options.bMeasure && isMeshFile(options) &&
+        (!options.segments.empty() || !options.zone.empty() || options.bConforming))
         throw UsageError(options.input +
                          ": a mesh is measured as it is, without --segments, --zone and --conforming");
     if (bringsSegments(options)) return;
@@ -110,11 +117,7 @@ void Run::insert() {
     insertion = insertPoints(triangulation, input, options.input);
     report.numDuplicates = insertion.numDuplicates;
     report.triangulateTime = pointsWatch.seconds();
-    if (isZoneGiven()) {
-        const StopWatch watch;
-        pZone = createZoneOfMesh(triangulation, input, insertion.vHandles, options.input);
-        report.zoneTime = watch.seconds();
-    }
+    constraints.firstSteiner = input.table.vPoints.size();
     if (!report.segments) return;
     const StopWatch watch;
     constraints = insertSegments(triangulation, input, insertion.vHandles,
@@ -123,11 +126,21 @@ void Run::insert() {
     report.segmentsTime = watch.seconds();
     SegmentReport& segments = *report.segments;
     segments.numSkipped = constraints.numSkipped;
-    segments.numEdges = triangulation.is2D() ? constraints.vEdges.size() : 0;
-    segments.numMissing = constraints.numMissing;
+    countPieces();
     segments.numNewEnds = insertion.numNewEnds;
     segments.numSteinerPoints = constraints.numSteinerPoints;
     segments.numCrossings = constraints.numCrossings;
+}
+
+void Run::importMesh() {
+    if (!isZoneGiven()) return;
+    const StopWatch watch;
+    pZone = cli::importMesh(triangulation, input, insertion, options.input);
+    report.numDuplicates = insertion.numDuplicates;
+    report.importTime = watch.seconds();
+    if (options.bMeasure) return;
+    report.import = measureImport(triangulation, input, *pZone);
+    collectNewVertices();
 }
 
 void Run::checkPictures() const {
@@ -136,6 +149,13 @@ void Run::checkPictures() const {
         if (isPicture(formatOf(output)))
             throw FileError(output, "is not written: all points lie on one line");
     }
+}
+
+void Run::cut() {
+    if (input.vKnives.empty()) return;
+    const StopWatch watch;
+    report.cut = cli::cut(*this);
+    report.cutTime = watch.seconds();
 }
 
 void Run::createZone() {
@@ -153,23 +173,26 @@ void Run::unify() {
     const StopWatch watch;
     report.unify = unifyGrid(triangulation, pZone, *options.unifyWidth, input.table, constraints);
     if (report.mesh) report.mesh->bMovedAfterwards = true;
-    if (report.segments) {
-        report.segments->numMissing = constraints.numMissing;
-        report.segments->numEdges = constraints.vEdges.size();
-    }
+    countPieces();
     report.unifyTime = watch.seconds();
+}
+
+void Run::countPieces() {
+    if (!report.segments) return;
+    report.segments->numMissing = constraints.numMissing;
+    if (!triangulation.is2D()) return;
+    report.segments->numEdges = countEdges(constraints.vEdges, &ConstraintEdge::bOfSegment);
 }
 
 void Run::collectNewVertices() {
     const StopWatch watch;
     collectSegments(triangulation, input, insertion.vHandles, constraints);
-    report.segments->numMissing = constraints.numMissing;
-    report.segments->numEdges = constraints.vEdges.size();
+    countPieces();
     collectTime += watch.seconds();
 }
 
 void Run::countTriangulation() {
-    if (isZoneGiven()) return; // what fills the hull of a mesh is no part of it
+    if (isZoneGiven() && options.bMeasure) return; // what fills the hull of the mesh is no part of it
     report.bTriangulated = true;
     report.bIs2D = triangulation.is2D();
     report.numVertices = triangulation.numberOfPoints();
@@ -184,7 +207,7 @@ void Run::check() {
     if (!options.bCheck) return;
     const StopWatch watch;
     report.bValid = triangulation.checkValidity(true, "kivo2d_");
-    if (report.segments && report.segments->numMissing > 0) report.bValid = false;
+    if (constraints.numMissing > 0) report.bValid = false;
     report.checkTime = watch.seconds();
 }
 
@@ -202,15 +225,16 @@ std::vector<double> Run::attributesOfMesh() const {
     } else {
         pZone->getTriangles(vTriangles);
     }
-    return attributesOfTriangles(triangulation, vTriangles, input.domain.vRegions, options.input);
+    const RegionMap regionMap(triangulation, constraints.vEdges, input.domain.vRegions);
+    return attributesOfTriangles(regionMap, vTriangles, options.input);
 }
 
 void Run::collectMesh() {
     const StopWatch watch;
-    if (!options.vOutputs.empty()) mesh = meshOf(triangulation, input);
+    if (!options.vOutputs.empty() || report.cut) mesh = meshOf(triangulation, input);
     const bool bTriangles =
-        std::any_of(options.vOutputs.begin(), options.vOutputs.end(),
-                    [](const std::string& output) { return needsTriangles(formatOf(output)); });
+        report.cut || std::any_of(options.vOutputs.begin(), options.vOutputs.end(),
+                                  [](const std::string& output) { return needsTriangles(formatOf(output)); });
     if (pZone != nullptr) {
         mesh.bOfZone = true;
         triangulation.getMeshArrays(mesh.triangles, pZone);
@@ -219,6 +243,11 @@ void Run::collectMesh() {
     }
     mesh.vTriangleAttributes = attributesOfMesh();
     mesh.vEdges = constraints.vEdges;
+    if (report.cut) {
+        mesh.pieces = piecesOf(mesh);
+        report.cut->numPieces = mesh.pieces.numParts;
+        report.cut->numEdges = countEdges(constraints.vEdges, &ConstraintEdge::bCut);
+    }
     if (pZone != nullptr)
         report.zone = measureZone(isZoneGiven() ? "mesh" : options.zone, *pZone, mesh.triangles);
     collectTime += watch.seconds();
@@ -230,7 +259,7 @@ void Run::write() {
     for (const std::string& output : options.vOutputs) {
         if (options.bMeasure)
             drawQuality(output, mesh, *report.quality, options.input);
-        else if (!writeByLibrary(output, triangulation, pZone))
+        else if (!writeByLibrary(output, triangulation, pZone, constraints.pCuts))
             writeMesh(output, mesh);
     }
     report.writeTime = watch.seconds() + collectTime;

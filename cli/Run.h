@@ -41,14 +41,18 @@ public:
 
     // Points and segments.
     void insert();
+    // The triangles of a mesh file, which are the zone, if the input is one.
+    void importMesh();
     // Refuses pictures of what has no triangles.
     void checkPictures() const;
+    // Along the knives of the input, if it has some.
+    void cut();
     // The zone that the options ask for, if they do.
     void createZone();
     // Moves the vertices to a grid, if the options ask for it.
     void unify();
-    // After vertices were added to the triangulation: enters them in the table of points, and finds anew what
-    // became of the segments.
+    // After vertices or constraints were added to the triangulation: enters them in the table of points, and
+    // finds anew what became of the segments.
     void collectNewVertices();
     void countTriangulation();
     // Only if the options ask for it. A failure stands in the report, and the run goes on.
@@ -69,6 +73,8 @@ public:
     Mesh mesh;
 
 private:
+    // Of segments, for the report.
+    void countPieces();
     bool isZoneGiven() const { return !input.vTriangles.empty(); }
     std::vector<double> attributesOfMesh() const;
 

@@ -14,6 +14,7 @@ Report runTriangulate(const TriangulateOptions& options) {
     Run run("triangulate", options);
     run.insert();
     run.checkPictures();
+    run.cut();
     run.createZone();
     run.unify();
     run.countTriangulation();
@@ -29,6 +30,7 @@ Report runMesh(const MeshOptions& options) {
     Run run("mesh", options.triangulate);
     run.insert();
     run.checkPictures();
+    run.cut();
     run.createZone();
     run.report.mesh = refine(run, options);
     run.unify();
@@ -40,10 +42,25 @@ Report runMesh(const MeshOptions& options) {
     return run.report;
 }
 
+Report runImport(const TriangulateOptions& options) {
+    checkUsage(options);
+    Run run("import", options);
+    run.insert();
+    run.importMesh();
+    run.cut();
+    run.unify();
+    run.countTriangulation();
+    run.check();
+    run.collectMesh();
+    run.write();
+    return run.report;
+}
+
 Report runQuality(const TriangulateOptions& options) {
     checkUsage(options);
     Run run("quality", options);
     run.insert();
+    run.importMesh();
     if (!run.triangulation.is2D())
         throw FileError(options.input, "has no triangles: all points lie on one line");
     run.createZone();

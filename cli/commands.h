@@ -13,10 +13,13 @@ namespace cli {
 struct TriangulateOptions {
     std::string input;
     std::string segments; // a file of segments beside the points; empty for none
+    std::string points;   // a file of points beside a mesh; empty for none
     std::string zone;     // one of zoneKinds(); empty for all triangles
     std::vector<std::string> vOutputs;
-    bool bMesh = false;       // the triangulation is the start of a mesh
+    std::vector<std::string> vCuts; // knives: "x0,y0,x1,y1", or a file of segments
+    bool bMesh = false;             // the triangulation is the start of a mesh
     bool bMeasure = false;    // the quality of triangles is asked for: mesh files are read, and .svg drawn
+    bool bImport = false;     // the input is a mesh file, whose triangles stay as they are
     bool bFlipY = false;      // the input's y axis points downwards
     bool bConforming = false; // segments are divided until the triangulation is Delaunay
     bool bCheck = false;
@@ -38,13 +41,16 @@ struct MeshOptions {
     std::string grid; // "length,dx,dy"; empty for none
 };
 
-// Reads, triangulates, unifies and checks when asked, and writes every output. A failed check is told by the
-// report, and the outputs are written all the same. Throws `FileError` or `UsageError`.
+// Reads, triangulates, cuts, unifies and checks when asked, and writes every output. A failed check is told
+// by the report, and the outputs are written all the same. Throws `FileError` or `UsageError`.
 Report runTriangulate(const TriangulateOptions& options);
 
 // The same, and refines the zone before it unifies, checks and writes. An interrupt from the keyboard ends
 // the refinement; what was reached is written, and the report says so.
 Report runMesh(const MeshOptions& options);
+
+// The same for a mesh file, whose triangles become part of the triangulation of what is beside them.
+Report runImport(const TriangulateOptions& options);
 
 // Measures the triangles of a mesh file, or those of a triangulation, and draws pictures of their quality.
 // Throws `FileError` or `UsageError`.

@@ -19,14 +19,7 @@ using TESK_KIVO2D::Point2;
 using TESK_KIVO2D::Segment2;
 using TESK_KIVO2D::Triangle2;
 
-// Two vertices by their positions in the table, in either order.
-using PositionPair = std::pair<std::size_t, std::size_t>;
-
 std::size_t positionOf(const Point2* pVertex) { return static_cast<std::size_t>(pVertex->getCustomIndex()); }
-
-PositionPair pairOf(const Point2* p, const Point2* q) { return std::minmax(positionOf(p), positionOf(q)); }
-
-PositionPair pairOf(const ConstraintEdge& edge) { return std::minmax(edge.source, edge.target); }
 
 // A segment whose ends are different vertices.
 struct Span {
@@ -128,19 +121,35 @@ std::vector<ConstraintEdge> collectEdges(const ConstraintGraph2& graph, const st
     return vEdges;
 }
 
-// Asks the triangles, not the segments. Removes the pieces that are no edges and returns their number.
-std::size_t removeMissing(const Kivo_2D& triangulation, std::vector<ConstraintEdge>& vEdges) {
-    std::vector<Triangle2*> vTriangles;
-    triangulation.getTrianglePointers(vTriangles);
-    std::vector<PositionPair> vPresent;
-    for (Triangle2* pT : vTriangles) {
-        for (int i = 0; i < 3; ++i) {
-            if (!triangulation.isConstraint(pT, i)) continue;
-            vPresent.push_back(
-                pairOf(pT->getCorner(Triangle2::incIndexBy1(i)), pT->getCorner(Triangle2::incIndexBy2(i))));
-        }
+// Along each of the knives. Pieces of segments are marked, and not appended.
+void appendCuts(const ConstraintGraph2& cuts, std::vector<ConstraintEdge>& vEdges) {
+    std::map<PositionPair, std::size_t> mPlaces;
+    for (std::size_t i = 0; i < vEdges.size(); ++i)
+        mPlaces.emplace(pairOf(vEdges[i]), i);
+    std::vector<Point2*> vEnds;
+    cuts.getPolygonVertices(vEnds);
+    for (std::size_t i = 0; i < vEnds.size(); i += 2) {
+        const auto [it, bNew] = mPlaces.emplace(pairOf(vEnds[i], vEnds[i + 1]), vEdges.size());
+        if (bNew) vEdges.push_back({positionOf(vEnds[i]), positionOf(vEnds[i + 1]), 0, false});
+        vEdges[it->second].bCut = true;
     }
-    std::sort(vPresent.begin(), vPresent.end());
+}
+
+// Those that are there and not in the list yet.
+void appendOthers(const std::vector<PositionPair>& vPresent, std::vector<ConstraintEdge>& vEdges) {
+    std::vector<PositionPair> vListed;
+    vListed.reserve(vEdges.size());
+    for (const ConstraintEdge& edge : vEdges)
+        vListed.push_back(pairOf(edge));
+    std::sort(vListed.begin(), vListed.end());
+    for (const PositionPair& pair : vPresent) {
+        if (!std::binary_search(vListed.begin(), vListed.end(), pair))
+            vEdges.push_back({pair.first, pair.second, 0, false});
+    }
+}
+
+// Removes the pieces that are not there and returns their number.
+std::size_t removeMissing(const std::vector<PositionPair>& vPresent, std::vector<ConstraintEdge>& vEdges) {
     const auto isMissing = [&vPresent](const ConstraintEdge& edge) {
         return !std::binary_search(vPresent.begin(), vPresent.end(), pairOf(edge));
     };
@@ -163,6 +172,10 @@ std::size_t countCrossings(const std::vector<ConstraintEdge>& vEdges, std::size_
 }
 
 } // namespace
+
+PositionPair pairOf(const Point2* p, const Point2* q) { return std::minmax(positionOf(p), positionOf(q)); }
+
+PositionPair pairOf(const ConstraintEdge& edge) { return std::minmax(edge.source, edge.target); }
 
 Constraints insertSegments(Kivo_2D& triangulation, Input& input, const std::vector<Point2*>& vHandles,
                            TESK_KIVO2D::ConstraintInsertionStrategy strategy) {
@@ -196,6 +209,23 @@ std::size_t addNewVertices(const Kivo_2D& triangulation, PointTable& table) {
     return firstNew;
 }
 
+std::vector<PositionPair> listConstraintEdges(const Kivo_2D& triangulation) {
+    std::vector<PositionPair> vEdges;
+    if (!triangulation.is2D()) return vEdges;
+    std::vector<Triangle2*> vTriangles;
+    triangulation.getTrianglePointers(vTriangles);
+    for (Triangle2* pT : vTriangles) {
+        for (int i = 0; i < 3; ++i) {
+            if (!triangulation.isConstraint(pT, i)) continue;
+            vEdges.push_back(
+                pairOf(pT->getCorner(Triangle2::incIndexBy1(i)), pT->getCorner(Triangle2::incIndexBy2(i))));
+        }
+    }
+    std::sort(vEdges.begin(), vEdges.end());
+    vEdges.erase(std::unique(vEdges.begin(), vEdges.end()), vEdges.end());
+    return vEdges;
+}
+
 void collectSegments(const Kivo_2D& triangulation, Input& input, const std::vector<Point2*>& vHandles,
                      Constraints& constraints) {
     PointTable& table = input.table;
@@ -206,8 +236,14 @@ void collectSegments(const Kivo_2D& triangulation, Input& input, const std::vect
         table.vMarkers.assign(table.vPoints.size(), 0);
     }
     const std::vector<Span> vSpans = spansOf(input.domain.vSegments, vHandles);
-    constraints.vEdges = collectEdges(*constraints.pGraph, vSpans, table, constraints.firstSteiner);
-    if (triangulation.is2D()) constraints.numMissing = removeMissing(triangulation, constraints.vEdges);
+    constraints.vEdges.clear();
+    if (constraints.pGraph != nullptr)
+        constraints.vEdges = collectEdges(*constraints.pGraph, vSpans, table, constraints.firstSteiner);
+    if (constraints.pCuts != nullptr) appendCuts(*constraints.pCuts, constraints.vEdges);
+    if (!triangulation.is2D()) return;
+    const std::vector<PositionPair> vPresent = listConstraintEdges(triangulation);
+    constraints.numMissing = removeMissing(vPresent, constraints.vEdges);
+    appendOthers(vPresent, constraints.vEdges);
 }
 
 } // namespace cli

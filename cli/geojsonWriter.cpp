@@ -18,6 +18,7 @@ public:
         begin();
         out << "{\"triangle\":" << mesh.pTable->firstIndex + triangle;
         if (!mesh.vTriangleAttributes.empty()) out << ",\"region\":" << mesh.vTriangleAttributes[triangle];
+        if (mesh.pieces.numParts > 0) out << ",\"piece\":" << mesh.pieces.vPartOf[triangle] + std::size_t{1};
         beginGeometry("Polygon");
         out << "[";
         for (std::size_t i = 0; i < 4; ++i) {
@@ -39,14 +40,15 @@ public:
         end();
     }
 
-    void writeConstraints() {
-        const auto vLines = constraintLines(mesh);
+    // Cuts, or the other ones.
+    void writeConstraints(const char* name, bool bCuts) {
+        const auto vLines = constraintLines(mesh, bCuts);
         if (vLines.empty()) return;
         std::size_t numEdges = 0;
         for (const auto& vLine : vLines)
             numEdges += vLine.size() - 1;
         begin();
-        out << "{\"constraints\":" << numEdges;
+        out << "{\"" << name << "\":" << numEdges;
         beginGeometry("MultiLineString");
         for (std::size_t k = 0; k < vLines.size(); ++k) {
             out << (k == 0 ? "[" : ",[");
@@ -89,7 +91,8 @@ void writeGeoJson(OutputFile& out, const Mesh& mesh) {
     for (std::size_t k = 0; k < mesh.numTriangles(); ++k)
         features.writeTriangle(k);
     if (mesh.numTriangles() == 0 && !mesh.vVertices.empty()) features.writePoints();
-    features.writeConstraints();
+    features.writeConstraints("constraints", false);
+    features.writeConstraints("cuts", true);
     features.finish();
 }
 

@@ -5,8 +5,12 @@
 
 namespace cli {
 
-// Reads a file of points or a .poly file, or a mesh file where it is to be measured, and, unless its name is
-// empty, the file of segments. With bFlipY every y changes its sign. Throws `FileError` or `UsageError`.
+// Whether the triangles of the input file are wanted.
+bool isMeshFile(const TriangulateOptions& options);
+
+// Reads a file of points or a .poly file, or a mesh file where its triangles are wanted, and, unless their
+// names are empty, the files of points beside it and of segments, and the knives. With bFlipY every y changes
+// its sign. Throws `FileError` or `UsageError`.
 Input readInput(const TriangulateOptions& options);
 
 } // namespace cli

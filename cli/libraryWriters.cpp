@@ -4,6 +4,8 @@
 #include "cli/formats.h"
 #include "cli/outputFiles.h"
 
+#include <Visualizer2.h>
+
 #include <cstdio>
 #include <memory>
 #include <string_view>
@@ -12,6 +14,7 @@ namespace cli {
 
 namespace {
 
+using TESK_KIVO2D::ConstraintGraph2;
 using TESK_KIVO2D::Kivo_2D;
 using TESK_KIVO2D::Zone2;
 
@@ -24,25 +27,42 @@ bool endsWith(const std::string& filename, std::string_view text) {
     return std::fread(end.data(), 1, end.size(), file.get()) == end.size() && end == text;
 }
 
-bool writeDrawing(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone) {
-    if (pZone == nullptr) {
+void drawWithCuts(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone,
+                  const ConstraintGraph2& cuts) {
+    TESK_KIVO2D::Visualizer2 drawing(filename);
+    drawing.addHeaderLine("Cuts in purple");
+    if (pZone == nullptr)
+        triangulation.show(&drawing);
+    else
+        pZone->show(&drawing, false, true);
+    cuts.show(&drawing, TESK_KIVO2D::Color(TESK_KIVO2D::CPURPLE, 1.2F));
+    drawing.writeFile();
+}
+
+bool writeDrawing(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone,
+                  const ConstraintGraph2* pCuts) {
+    if (pCuts != nullptr)
+        drawWithCuts(filename, triangulation, pZone, *pCuts);
+    else if (pZone == nullptr)
         triangulation.show(filename);
-    } else {
+    else
         pZone->show(filename, false, true);
-    }
     return isCompleteDrawing(filename);
 }
 
-bool writeObj(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone) {
+bool writeObj(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone,
+              const ConstraintGraph2* /*pCuts*/) {
     return pZone == nullptr ? triangulation.writeObj(filename) : triangulation.writeObj(filename, pZone);
 }
 
-bool writeScene(const std::string& folder, const Kivo_2D& triangulation, const Zone2* pZone) {
+bool writeScene(const std::string& folder, const Kivo_2D& triangulation, const Zone2* pZone,
+                const ConstraintGraph2* /*pCuts*/) {
     return pZone == nullptr ? triangulation.writeWebScene(folder.c_str())
                             : triangulation.writeWebScene(folder.c_str(), pZone);
 }
 
-using Writer = bool (*)(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone);
+using Writer = bool (*)(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone,
+                        const ConstraintGraph2* pCuts);
 
 Writer writerOf(FileFormat format) {
     switch (format) {
@@ -62,10 +82,11 @@ Writer writerOf(FileFormat format) {
 // Its last line is there.
 bool isCompleteDrawing(const std::string& filename) { return endsWith(filename, "%%Trailer\n"); }
 
-bool writeByLibrary(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone) {
+bool writeByLibrary(const std::string& filename, const Kivo_2D& triangulation, const Zone2* pZone,
+                    const ConstraintGraph2* pCuts) {
     const Writer write = writerOf(formatOf(filename));
     if (write == nullptr) return false;
-    if (write(filename, triangulation, pZone)) return true;
+    if (write(filename, triangulation, pZone, pCuts)) return true;
     removeUnfinished(filename);
     throw FileError(filename, "can't be written completely");
 }

@@ -20,6 +20,7 @@ using namespace cli;
 struct CommandLine {
     TriangulateOptions triangulate;
     MeshOptions mesh;
+    TriangulateOptions import;
     TriangulateOptions quality;
     CheckOptions check;
     GenerateOptions generate;
@@ -30,14 +31,8 @@ struct CommandLine {
 const char* const POINT_FILES = "points: .xy .txt .xyz .bin .node; points and segments: .geojson, and .poly, "
                                 "whose points may be in the .node file of the same name";
 
-// What every command that reads a file of points takes.
-void addInputOptions(CLI::App& command, TriangulateOptions& options, const std::string& inputs, bool& bJson) {
-    command.add_option("IN", options.input, inputs)->required();
-    command.add_option("--segments", options.segments,
-                       "segments that become edges: .seg with \"x1 y1 x2 y2\" a line, .bin, or the lines "
-                       "and rings of .geojson");
-    command.add_flag("--conforming", options.bConforming,
-                     "divide segments until every triangle's circle is empty, instead of forcing them in");
+// What every command that triangulates takes.
+void addRunOptions(CLI::App& command, TriangulateOptions& options, bool& bJson) {
     command.add_flag("--flip-y", options.bFlipY,
                      "turn y round: the input's y axis points down, as on screens");
     command.add_flag(
@@ -53,18 +48,35 @@ void addInputOptions(CLI::App& command, TriangulateOptions& options, const std::
     command.add_flag("--json", bJson, "report as JSON");
 }
 
+// What every command that reads a file of points takes.
+void addInputOptions(CLI::App& command, TriangulateOptions& options, const std::string& inputs, bool& bJson) {
+    command.add_option("IN", options.input, inputs)->required();
+    command.add_option("--segments", options.segments,
+                       "segments that become edges: .seg with \"x1 y1 x2 y2\" a line, .bin, or the lines "
+                       "and rings of .geojson");
+    command.add_flag("--conforming", options.bConforming,
+                     "divide segments until every triangle's circle is empty, instead of forcing them in");
+    addRunOptions(command, options, bJson);
+}
+
 void addOutputOption(CLI::App& command, TriangulateOptions& options, const std::string& outputs) {
     command.add_option("-o,--output", options.vOutputs, outputs)->type_size(1)->allow_extra_args(false);
 }
 
 // What every command that writes triangles takes.
-void addSharedOptions(CLI::App& command, TriangulateOptions& options, bool& bJson) {
-    addInputOptions(command, options, POINT_FILES, bJson);
+void addSharedOptions(CLI::App& command, TriangulateOptions& options) {
     addOutputOption(
         command, options,
         "file to write, may be repeated: .svg .ps .geojson .obj .vtu .msh .node .ele .poly .edge "
         ".seg .xy .txt .xyz .bin, or a folder, with a slash at its end, for a web page that shows "
         "the mesh");
+    command
+        .add_option("--cut", options.vCuts,
+                    "cut the triangles along the segment x0,y0,x1,y1, or along those of a file (.seg .poly "
+                    ".geojson .bin); may be repeated. Wherever one crosses an edge a vertex appears, and it "
+                    "becomes a chain of edges")
+        ->type_size(1)
+        ->allow_extra_args(false);
     command.add_option("--unify", options.unifyWidth,
                        "at last, move the vertices to the points of a grid of this width through the origin; "
                        "those that fall together become one, and those stay whose move would change how "
@@ -75,7 +87,8 @@ CLI::App* addTriangulate(CLI::App& app, CommandLine& commandLine) {
     TriangulateOptions& options = commandLine.triangulate;
     CLI::App* const pCommand = app.add_subcommand(
         "triangulate", "Delaunay triangulation of a file of points, with segments as edges");
-    addSharedOptions(*pCommand, options, commandLine.bJson);
+    addInputOptions(*pCommand, options, POINT_FILES, commandLine.bJson);
+    addSharedOptions(*pCommand, options);
     pCommand
         ->add_option(
             "--zone", options.zone,
@@ -120,7 +133,8 @@ CLI::App* addMesh(CLI::App& app, CommandLine& commandLine) {
     shared.zone = zoneKinds().front();
     CLI::App* const pCommand = app.add_subcommand(
         "mesh", "mesh of good triangles inside segments: no small angles, and no triangle above the limits");
-    addSharedOptions(*pCommand, shared, commandLine.bJson);
+    addInputOptions(*pCommand, shared, POINT_FILES, commandLine.bJson);
+    addSharedOptions(*pCommand, shared);
     pCommand
         ->add_option("--zone", shared.zone,
                      "what is inside: \"inside\" counts how often a way out crosses segments, so that rings "
@@ -137,6 +151,33 @@ CLI::App* addMesh(CLI::App& app, CommandLine& commandLine) {
         "be missed by as much as that takes.\n"
         "Ctrl-C ends the refinement; the mesh reached is written, and the exit code is 130. A second one "
         "ends the command.");
+    return pCommand;
+}
+
+CLI::App* addImport(CLI::App& app, CommandLine& commandLine) {
+    TriangulateOptions& options = commandLine.import;
+    options.bImport = true;
+    CLI::App* const pCommand =
+        app.add_subcommand("import", "triangulation in which the triangles of a mesh stay as they are");
+    pCommand->add_option("FILE", options.input, "meshes: .obj .vtu .msh, and .ele beside its .node")
+        ->required();
+    pCommand->add_option("--points", options.points,
+                         std::string("what is there beside the mesh; ") + POINT_FILES);
+    pCommand->add_option(
+        "--segments", options.segments,
+        "segments beside the mesh that become edges: .seg with \"x1 y1 x2 y2\" a line, .bin, "
+        "or the lines and rings of .geojson");
+    addRunOptions(*pCommand, options, commandLine.bJson);
+    addSharedOptions(*pCommand, options);
+    pCommand->footer(
+        "The triangles of the file are written and drawn; they may be given in either direction. Around them "
+        "the convex hull is triangulated, with their border and what of their edges is not Delaunay as "
+        "constraints.\n"
+        "Degenerate and overlapping triangles, edges of three, corners inside edges, and points and segments "
+        "in their way are told with their coordinates, and nothing is written. Triangles are numbered from 0 "
+        "there.\n"
+        "Vertices of the file that no triangle has stay points. Attributes and markers that only one of the "
+        "files has are 0 in the other.");
     return pCommand;
 }
 
@@ -247,6 +288,7 @@ int parseAndRun(int argc, char** argv) {
     CommandLine commandLine;
     const CLI::App* const pTriangulate = addTriangulate(app, commandLine);
     const CLI::App* const pMesh = addMesh(app, commandLine);
+    const CLI::App* const pImport = addImport(app, commandLine);
     const CLI::App* const pQuality = addQuality(app, commandLine);
     const CLI::App* const pCheck = addCheck(app, commandLine);
     addGenerate(app, commandLine);
@@ -258,6 +300,7 @@ int parseAndRun(int argc, char** argv) {
     if (pCheck->parsed()) return runCheck(commandLine.check);
     const Report report = pTriangulate->parsed() ? runTriangulate(commandLine.triangulate)
                           : pMesh->parsed()      ? runMesh(commandLine.mesh)
+                          : pImport->parsed()    ? runImport(commandLine.import)
                           : pQuality->parsed()
                               ? runQuality(commandLine.quality)
                               : runGenerate(commandLine.generate, commandLine.generateOutput);

@@ -43,12 +43,12 @@ std::size_t ConstraintLookup::find(const MeshEdge& edge) const {
     return it == vEntries.end() || wanted < *it ? NO_CONSTRAINT : it->position;
 }
 
-std::vector<std::vector<std::size_t>> constraintLines(const Mesh& mesh) {
+std::vector<std::vector<std::size_t>> constraintLines(const Mesh& mesh, bool bCuts) {
     const std::vector<bool> vShown = onTriangles(mesh);
     std::vector<std::vector<std::size_t>> vLines;
     for (std::size_t i = 0; i < mesh.vEdges.size(); ++i) {
-        if (!vShown[i]) continue;
         const ConstraintEdge& edge = mesh.vEdges[i];
+        if (!vShown[i] || edge.bCut != bCuts) continue;
         if (vLines.empty() || vLines.back().back() != edge.source) vLines.push_back({edge.source});
         vLines.back().push_back(edge.target);
     }

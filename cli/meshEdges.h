@@ -51,8 +51,9 @@ private:
     std::vector<Entry> vEntries;
 };
 
-// The constraint edges that are to be drawn with the triangles: those on a triangle of the mesh, or all where
-// it is not of a zone. In their order; pieces that follow each other are one line. Lines of custom indices.
-std::vector<std::vector<std::size_t>> constraintLines(const Mesh& mesh);
+// The cuts, or the other constraint edges, that are to be drawn with the triangles: those on a triangle of
+// the mesh, or all where it is not of a zone. In their order; pieces that follow each other are one line.
+// Lines of custom indices.
+std::vector<std::vector<std::size_t>> constraintLines(const Mesh& mesh, bool bCuts);
 
 } // namespace cli

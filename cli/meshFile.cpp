@@ -38,7 +38,7 @@ Input readObj(const std::string& filename) {
         } else if (vFields[0] == "f") {
             if (vFields.size() != 4)
                 lines.fail("a face of " + counted(vFields.size() - 1, "corner") +
-                           "; only triangles are measured");
+                           "; only triangles are read");
             std::array<std::int64_t, 3> aCorners{};
             for (std::size_t i = 0; i < 3; ++i)
                 aCorners[i] = cornerOf(vFields[i + 1], lines, collector.numVertices());

@@ -74,7 +74,7 @@ private:
             const int kind = lines.toInt(1), numTags = lines.toInt(2);
             if (kind == LINE || kind == POINT) continue;
             if (kind != TRIANGLE)
-                lines.fail("an element of kind " + std::to_string(kind) + "; only triangles are measured");
+                lines.fail("an element of kind " + std::to_string(kind) + "; only triangles are read");
             if (numTags < 0) lines.fail("a negative number of tags");
             const std::size_t first = 3 + static_cast<std::size_t>(numTags);
             expectFields(lines, first + 3);

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cfloat>
-#include <charconv>
 #include <cmath>
 #include <memory>
 
@@ -25,24 +24,15 @@ constexpr double MIN_EDGE_SHARE = 1e-9;
 struct Grid {
     double length, dx, dy;
 
-    bool isWanted() const {
-        return std::isfinite(length + dx + dy) && length > 0.0 && (dx != 0.0 || dy != 0.0);
-    }
+    bool isWanted() const { return length > 0.0 && (dx != 0.0 || dy != 0.0); }
 };
 
 // Nothing for a text that is not three numbers of that kind, with commas between them.
 std::optional<Grid> gridOf(const std::string& text) {
-    double aNumbers[3];
-    const char* p = text.data();
-    const char* const pEnd = p + text.size();
-    for (std::size_t i = 0; i < 3; ++i) {
-        if (i > 0 && (p == pEnd || *p++ != ',')) return std::nullopt;
-        const auto [pNext, error] = std::from_chars(p, pEnd, aNumbers[i]);
-        if (error != std::errc()) return std::nullopt;
-        p = pNext;
-    }
-    const Grid grid{aNumbers[0], aNumbers[1], aNumbers[2]};
-    return p == pEnd && grid.isWanted() ? std::optional(grid) : std::nullopt;
+    const auto numbers = numberList<3>(text);
+    if (!numbers) return std::nullopt;
+    const Grid grid{(*numbers)[0], (*numbers)[1], (*numbers)[2]};
+    return grid.isWanted() ? std::optional(grid) : std::nullopt;
 }
 
 class Limits : public MeshGenParams {
@@ -87,13 +77,6 @@ std::unique_ptr<Background> backgroundOf(const Run& run) {
     return std::make_unique<Background>(run.input, run.constraints.vEdges);
 }
 
-void interpolateNewVertices(Run& run, const Background& background) {
-    PointTable& table = run.input.table;
-    if (table.numAttributes == 0) return;
-    for (std::size_t i = addNewVertices(run.triangulation, table); i < table.vPoints.size(); ++i)
-        background.interpolate(table, i);
-}
-
 } // namespace
 
 void checkLimits(const MeshOptions& options) {
@@ -128,7 +111,7 @@ MeshReport refine(Run& run, const MeshOptions& options) {
     report.bGrid = !options.grid.empty();
     report.minAngle = options.minAngle;
     report.minEdge = limits.minEdgeLength;
-    if (background != nullptr) interpolateNewVertices(run, *background);
+    if (background != nullptr) background->interpolateNewVertices(run.triangulation, run.input.table);
     run.collectNewVertices();
     run.report.meshTime = watch.seconds();
     return report;

@@ -1,5 +1,6 @@
 #include "cli/regions.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace cli {
@@ -11,7 +12,12 @@ using TESK_KIVO2D::Triangle2;
 
 } // namespace
 
-RegionMap::RegionMap(const Kivo_2D& triangulation, const std::vector<Region>& vRegions) {
+RegionMap::RegionMap(const Kivo_2D& triangulation, const std::vector<ConstraintEdge>& vEdges,
+                     const std::vector<Region>& vRegions) {
+    for (const ConstraintEdge& edge : vEdges) {
+        if (edge.bOfSegment) vBorders.push_back(pairOf(edge));
+    }
+    std::sort(vBorders.begin(), vBorders.end());
     std::vector<Triangle2*> vTriangles;
     triangulation.getTrianglePointers(vTriangles);
     mNumberOf.reserve(vTriangles.size());
@@ -28,6 +34,13 @@ RegionMap::RegionMap(const Kivo_2D& triangulation, const std::vector<Region>& vR
     }
 }
 
+bool RegionMap::isBorder(const Kivo_2D& triangulation, Triangle2* pT, int i) const {
+    return triangulation.isConstraint(pT, i) &&
+           std::binary_search(
+               vBorders.begin(), vBorders.end(),
+               pairOf(pT->getCorner(Triangle2::incIndexBy1(i)), pT->getCorner(Triangle2::incIndexBy2(i))));
+}
+
 void RegionMap::fill(const Kivo_2D& triangulation, Triangle2* pStart, const Region& region) {
     std::vector<Triangle2*> vStack{pStart};
     vRegionOf[mNumberOf.at(pStart)] = &region;
@@ -36,9 +49,9 @@ void RegionMap::fill(const Kivo_2D& triangulation, Triangle2* pStart, const Regi
         vStack.pop_back();
         for (int i = 0; i < 3; ++i) {
             Triangle2* const pNext = pT->getOppositeTriangle(i);
-            if (pNext == nullptr || triangulation.isConstraint(pT, i)) continue;
+            if (pNext == nullptr) continue;
             const Region*& pRegionOfNext = vRegionOf[mNumberOf.at(pNext)];
-            if (pRegionOfNext != nullptr) continue;
+            if (pRegionOfNext != nullptr || isBorder(triangulation, pT, i)) continue;
             pRegionOfNext = &region;
             vStack.push_back(pNext);
         }
@@ -53,10 +66,8 @@ void RegionMap::tellOfIdlePoints(const std::string& name) const {
     }
 }
 
-std::vector<double> attributesOfTriangles(const Kivo_2D& triangulation,
-                                          const std::vector<Triangle2*>& vWanted,
-                                          const std::vector<Region>& vRegions, const std::string& name) {
-    const RegionMap regionMap(triangulation, vRegions);
+std::vector<double> attributesOfTriangles(const RegionMap& regionMap, const std::vector<Triangle2*>& vWanted,
+                                          const std::string& name) {
     regionMap.tellOfIdlePoints(name);
     std::vector<double> vAttributes;
     vAttributes.reserve(vWanted.size());

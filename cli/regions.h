@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cli/Domain.h"
+#include "cli/constraints.h"
 
 #include <Kivo_2D.h>
 
@@ -11,10 +11,12 @@
 namespace cli {
 
 // Which region each triangle lies in: the first of those from whose points it can be reached without crossing
-// a constraint. Valid while the triangulation and the regions stay as they are. Linear.
+// a piece of a segment; cuts and edges of a mesh are no borders. Vertices have the custom indices by which
+// the edges name them. Valid while the triangulation and the regions stay as they are. Linear.
 class RegionMap {
 public:
-    RegionMap(const TESK_KIVO2D::Kivo_2D& triangulation, const std::vector<Region>& vRegions);
+    RegionMap(const TESK_KIVO2D::Kivo_2D& triangulation, const std::vector<ConstraintEdge>& vEdges,
+              const std::vector<Region>& vRegions);
 
     // Null for a triangle of none.
     const Region* regionOf(const TESK_KIVO2D::Triangle2* pT) const { return vRegionOf[mNumberOf.at(pT)]; }
@@ -26,18 +28,20 @@ private:
         const Region* pRegion;
         bool bOutside; // else in a region that has an earlier point
     };
+    bool isBorder(const TESK_KIVO2D::Kivo_2D& triangulation, TESK_KIVO2D::Triangle2* pT, int i) const;
     void fill(const TESK_KIVO2D::Kivo_2D& triangulation, TESK_KIVO2D::Triangle2* pStart,
               const Region& region);
 
     std::unordered_map<const TESK_KIVO2D::Triangle2*, std::size_t> mNumberOf; // only asked, never listed
     std::vector<const Region*> vRegionOf;                                     // by the number of the triangle
+    std::vector<PositionPair> vBorders;                                       // ascending
     std::vector<Idle> vIdle;
 };
 
 // The attribute of each of the triangles wanted: that of its region, 0 where there is none. Points that count
 // for nothing are told.
-std::vector<double> attributesOfTriangles(const TESK_KIVO2D::Kivo_2D& triangulation,
+std::vector<double> attributesOfTriangles(const RegionMap& regionMap,
                                           const std::vector<TESK_KIVO2D::Triangle2*>& vWanted,
-                                          const std::vector<Region>& vRegions, const std::string& name);
+                                          const std::string& name);
 
 } // namespace cli

@@ -18,10 +18,12 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 using NamedTime = std::pair<const char*, std::optional<double>>;
-std::array<NamedTime, 9> namedTimes(const Report& report) {
+std::array<NamedTime, 11> namedTimes(const Report& report) {
     return {{{"read", report.readTime},
              {"triangulate", report.triangulateTime},
              {"segments", report.segmentsTime},
+             {"import", report.importTime},
+             {"cut", report.cutTime},
              {"zone", report.zoneTime},
              {"mesh", report.meshTime},
              {"unify", report.unifyTime},
@@ -66,6 +68,37 @@ Json segmentsToJson(const SegmentReport& segments) {
             {"regions", segments.numRegions}};
 }
 
+std::string importLines(const ImportReport& import) {
+    return line("imported", counted(import.numTriangles, "triangle") + " with " +
+                                counted(import.numCorners, "corner") + ", " +
+                                std::to_string(import.numTurned) + " turned round") +
+           line("", counted(import.numBorderEdges, "border edge") + ", " +
+                        counted(import.numInnerConstraintEdges, "inner constraint edge"));
+}
+
+Json importToJson(const ImportReport& import) {
+    return {{"triangles", import.numTriangles},
+            {"corners", import.numCorners},
+            {"turnedRound", import.numTurned},
+            {"borderEdges", import.numBorderEdges},
+            {"innerConstraintEdges", import.numInnerConstraintEdges}};
+}
+
+std::string cutLines(const CutReport& cut) {
+    return line("cuts", counted(cut.numKnives, "knife", "knives") + ", " + counted(cut.numEdges, "edge") +
+                            ", " + counted(cut.numNewVertices, "new vertex", "new vertices") + ", " +
+                            counted(cut.numSplit, "constraint edge") + " split, " +
+                            counted(cut.numPieces, "piece"));
+}
+
+Json cutToJson(const CutReport& cut) {
+    return {{"knives", cut.numKnives},
+            {"edges", cut.numEdges},
+            {"newVertices", cut.numNewVertices},
+            {"splitConstraintEdges", cut.numSplit},
+            {"pieces", cut.numPieces}};
+}
+
 std::string zoneLine(const ZoneReport& zone) {
     return line("zone", zone.kind + ", " + counted(zone.numTriangles, "triangle") + ", area " +
                             shortest(zone.area) + ", " + counted(zone.numBorderEdges, "border edge") + ", " +
@@ -101,6 +134,8 @@ std::string toText(const Report& report) {
     else if (report.quality)
         text += line("duplicates", std::to_string(report.numDuplicates));
     if (report.segments) text += segmentLines(*report.segments);
+    if (report.import) text += importLines(*report.import);
+    if (report.cut) text += cutLines(*report.cut);
     if (report.zone) text += zoneLine(*report.zone);
     if (report.unify) text += unifyLine(*report.unify);
     if (report.mesh)
@@ -137,6 +172,8 @@ std::string toJson(const Report& report) {
         json["is2D"] = report.bIs2D;
     }
     if (report.segments) json["segments"] = segmentsToJson(*report.segments);
+    if (report.import) json["import"] = importToJson(*report.import);
+    if (report.cut) json["cut"] = cutToJson(*report.cut);
     if (report.zone) json["zone"] = zoneToJson(*report.zone);
     if (report.unify) json["unify"] = unifyToJson(*report.unify);
     if (report.mesh)

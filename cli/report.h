@@ -37,6 +37,24 @@ struct ZoneReport {
     std::size_t numParts = 0; // that hang together by edges
 };
 
+// How the triangles of a mesh file became part of the triangulation.
+struct ImportReport {
+    std::size_t numTriangles = 0;
+    std::size_t numCorners = 0;
+    std::size_t numTurned = 0; // given clockwise
+    std::size_t numBorderEdges = 0;
+    std::size_t numInnerConstraintEdges = 0; // that are not Delaunay, and segments
+};
+
+// What knives cut.
+struct CutReport {
+    std::size_t numKnives = 0;
+    std::size_t numEdges = 0; // of the triangulation, that are cuts
+    std::size_t numNewVertices = 0;
+    std::size_t numSplit = 0;  // constraint edges that were crossed
+    std::size_t numPieces = 0; // of what is written
+};
+
 // What became of the zone when it was meshed.
 struct MeshReport {
     double minAngle = 0.0; // the limits that held
@@ -70,6 +88,8 @@ struct Report {
     bool bIs2D = false;
     int numThreads = 1;
     std::optional<SegmentReport> segments; // of inputs that can hold some
+    std::optional<ImportReport> import;
+    std::optional<CutReport> cut;
     std::optional<ZoneReport> zone;
     std::optional<UnifyReport> unify;
     std::optional<MeshReport> mesh;
@@ -79,6 +99,8 @@ struct Report {
     std::optional<double> readTime;
     std::optional<double> triangulateTime;
     std::optional<double> segmentsTime;
+    std::optional<double> importTime;
+    std::optional<double> cutTime;
     std::optional<double> zoneTime;
     std::optional<double> meshTime;
     std::optional<double> unifyTime;

@@ -9,13 +9,10 @@ namespace cli {
 namespace {
 
 using TESK_KIVO2D::ConstraintGraph2;
-using TESK_KIVO2D::ConstraintSegment2;
 using TESK_KIVO2D::Kivo_2D;
 using TESK_KIVO2D::Point2;
 using TESK_KIVO2D::Triangle2;
 using TESK_KIVO2D::Zone2;
-
-using PositionPair = std::pair<std::size_t, std::size_t>;
 
 constexpr std::size_t NO_POSITION = static_cast<std::size_t>(-1);
 
@@ -71,21 +68,17 @@ private:
     std::vector<Point2*> vHull;
 };
 
-// Follows segments over the live pieces of their graph, which vertices that came to lie on them split.
+// Follows constraint edges over their pieces, which vertices that came to lie on them made.
 class PieceWalk {
 public:
-    PieceWalk(const Kivo_2D& triangulation_, const ConstraintGraph2& graph, const Survivors& survivors_)
-        : triangulation(triangulation_), survivors(survivors_) {
-        std::vector<ConstraintSegment2*> vLive;
-        graph.getChildConstraintSegments(vLive);
-        for (const ConstraintSegment2* pSegment : vLive) {
-            vPieces.emplace_back(positionOf(pSegment->getSrc()), positionOf(pSegment->getTrg()));
-            vPieces.emplace_back(positionOf(pSegment->getTrg()), positionOf(pSegment->getSrc()));
-        }
+    PieceWalk(const Kivo_2D& triangulation_, const Survivors& survivors_)
+        : triangulation(triangulation_), survivors(survivors_), vPieces(listConstraintEdges(triangulation_)) {
+        for (std::size_t i = vPieces.size(); i-- > 0;)
+            vPieces.emplace_back(vPieces[i].second, vPieces[i].first);
         std::sort(vPieces.begin(), vPieces.end());
     }
 
-    // Appends the pieces, which no other segment shares; false when there is no way to the target.
+    // Appends the pieces; false when there is no way to the target.
     bool follow(ConstraintEdge edge, std::vector<ConstraintEdge>& vEdges) {
         const std::size_t end = edge.target;
         while (edge.source != end) {
@@ -119,8 +112,7 @@ private:
 };
 
 void followSegments(const Kivo_2D& triangulation, const Survivors& survivors, Constraints& constraints) {
-    if (constraints.pGraph == nullptr) return;
-    PieceWalk walk(triangulation, *constraints.pGraph, survivors);
+    PieceWalk walk(triangulation, survivors);
     std::vector<ConstraintEdge> vEdges;
     for (ConstraintEdge edge : constraints.vEdges) {
         edge.source = survivors.of(edge.source);

@@ -114,7 +114,7 @@ private:
                 collector.addTriangle({vCorners[k], vCorners[k + 1], vCorners[k + 2]});
             } else if (vTypes[i] != VERTEX && vTypes[i] != LINE) {
                 fail("a cell of type " + std::to_string(vTypes[i]) + " with " + std::to_string(end - start) +
-                     " corners; only triangles are measured");
+                     " corners; only triangles are read");
             }
             start = end;
         }

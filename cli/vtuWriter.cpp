@@ -54,6 +54,10 @@ void writeCellData(OutputFile& out, const Mesh& mesh) {
         writeArray(out, headOf("Float64", "region"), mesh.numTriangles(),
                    [&](std::size_t k) { out << mesh.vTriangleAttributes[k]; });
     }
+    if (mesh.pieces.numParts > 0) {
+        writeArray(out, headOf("Int64", "piece"), mesh.numTriangles(),
+                   [&](std::size_t k) { out << mesh.pieces.vPartOf[k] + std::size_t{1}; });
+    }
     out << "</CellData>\n";
 }
 

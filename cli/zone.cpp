@@ -1,5 +1,7 @@
 #include "cli/zone.h"
 
+#include "cli/parts.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -15,31 +17,6 @@ using TESK_KIVO2D::Zone2;
 
 constexpr const char* INSIDE = "inside";
 constexpr const char* ENCLOSED = "enclosed";
-
-// What hangs together by edges is one part.
-std::size_t countParts(const MeshArrays& arrays) {
-    const auto numTriangles = static_cast<std::uint32_t>(arrays.vCorners.size() / 3);
-    std::vector<bool> vReached(numTriangles, false);
-    std::vector<std::uint32_t> vStack;
-    std::size_t numParts = 0;
-    for (std::uint32_t start = 0; start < numTriangles; ++start) {
-        if (vReached[start]) continue;
-        ++numParts;
-        vReached[start] = true;
-        vStack.push_back(start);
-        while (!vStack.empty()) {
-            const std::size_t triangle = vStack.back();
-            vStack.pop_back();
-            for (std::size_t i = 3 * triangle; i < 3 * triangle + 3; ++i) {
-                const std::uint32_t next = arrays.vNeighbours[i];
-                if (next == MeshArrays::noTriangle || vReached[next]) continue;
-                vReached[next] = true;
-                vStack.push_back(next);
-            }
-        }
-    }
-    return numParts;
-}
 
 // Of round coordinates a round number, which the library's sum of areas by side lengths is not.
 double areaOf(const MeshArrays& arrays) {
@@ -75,7 +52,7 @@ ZoneReport measureZone(const std::string& kind, const Zone2& zone, const MeshArr
     if (!std::isfinite(report.area)) report.area = zone.getArea2D(); // scales its lengths first
     report.numBorderEdges = static_cast<std::size_t>(
         std::count(arrays.vNeighbours.begin(), arrays.vNeighbours.end(), MeshArrays::noTriangle));
-    report.numParts = countParts(arrays);
+    report.numParts = partsOf(arrays, [](std::size_t) { return false; }).numParts;
     return report;
 }
 

@@ -24,12 +24,9 @@ constexpr std::array<double, 16> oddValues = {0.0,       -0.0,   -1.0,   -DBL_MA
                                               -INFINITY, 5e-324, 1e-300, DBL_MAX,      1e300, 1e-9,
                                               1e-17,     0.5,    1.0,    1.0 + 0x1p-52};
 
-class Input {
+class Input : public Bytes {
 public:
-    Input(const std::uint8_t* pBytes, std::size_t num)
-        : pNext(pBytes), pEnd(pBytes + num), mode(byte() % 8) {}
-    bool atEnd() const { return pNext == pEnd; }
-    std::uint8_t byte() { return atEnd() ? std::uint8_t(0) : *pNext++; }
+    Input(const std::uint8_t* pBytes, std::size_t num) : Bytes(pBytes, num), mode(byte() % 8) {}
     // Grids of ones, of tenths, far from the origin, of neighbouring doubles, and any bits of moderate size.
     Point2 point() {
         if (mode == 7) {
@@ -66,7 +63,6 @@ private:
         return std::isfinite(result) && std::abs(result) < 1e140 ? result : double(value % 256);
     }
 
-    const std::uint8_t *pNext, *pEnd;
     std::size_t mode;
 };
 

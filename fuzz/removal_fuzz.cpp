@@ -15,14 +15,14 @@ using namespace TESK_KIVO2D;
 
 namespace {
 
-class Run {
+class Run : Bytes {
 public:
-    Run(const std::uint8_t* pBytes, std::size_t num) : pNext(pBytes), pEnd(pBytes + num), mode(byte() % 6) {}
+    Run(const std::uint8_t* pBytes, std::size_t num) : Bytes(pBytes, num), mode(byte() % 6) {}
 
     void go() {
         // Conforming segments may have thousands of pieces: too many for slow checks.
         constexpr std::size_t many = 400;
-        for (int i = 0; i < 80 && pNext != pEnd; ++i) {
+        for (int i = 0; i < 80 && !atEnd(); ++i) {
             const std::uint8_t step = byte();
             if (step < 120) {
                 sVertices.insert(kivo.insert(point()));
@@ -39,7 +39,6 @@ public:
     }
 
 private:
-    std::uint8_t byte() { return pNext == pEnd ? std::uint8_t(0) : *pNext++; }
     Point2 point() {
         constexpr std::array<double, 6> units = {1, 0.1, 1.0 / 3, 1e-160, 1e150, 0x1p-52};
         const double offset = mode == 5 ? 1 : 0;
@@ -96,7 +95,6 @@ private:
             CHECK(kivo.locate(*p)->hasVertex(p));
     }
 
-    const std::uint8_t *pNext, *pEnd;
     std::size_t mode;
     Kivo_2D kivo;
     std::set<Point2*> sVertices;

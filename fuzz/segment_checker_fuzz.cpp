@@ -3,8 +3,6 @@
 #include "functions.h"
 #include "tests/support/segmentOracle.h"
 
-#include <cstring>
-
 // Sets of segments. What two of them have in common is what rationals say, whichever is named first and
 // however they are directed; the queries find what comparing each with each finds, by boxes and by lines. The
 // first byte says what coordinates are: small integers (half a byte each, everything touches everything),
@@ -17,10 +15,9 @@ namespace {
 constexpr std::size_t maxSegments = 40;
 constexpr std::size_t maxExact = 12; // rationals take too long for all
 
-class Input {
+class Input : public Bytes {
 public:
-    Input(const std::uint8_t* pBytes, std::size_t num) : pNext(pBytes), pEnd(pBytes + num), mode(byte()) {}
-    bool atEnd() const { return pNext == pEnd; }
+    Input(const std::uint8_t* pBytes, std::size_t num) : Bytes(pBytes, num), mode(byte()) {}
     bool isToBeDrawn() const { return (mode & 12) == 12; } // seldom: it takes long
     Segment2 segment() {
         const Point2 source = point();
@@ -28,7 +25,6 @@ public:
     }
 
 private:
-    std::uint8_t byte() { return atEnd() ? std::uint8_t(0) : *pNext++; }
     Point2 point() {
         if ((mode & 1) != 0) {
             const int both = byte(), exponent = mode & 2 ? 128 * (mode >> 4) - 1024 : 0;
@@ -37,15 +33,7 @@ private:
         const double x = anyDouble();
         return {x, anyDouble()};
     }
-    double anyDouble() {
-        double value = 0;
-        const std::size_t num = std::min<std::size_t>(sizeof value, static_cast<std::size_t>(pEnd - pNext));
-        if (num != 0) std::memcpy(&value, pNext, num);
-        pNext += num;
-        return value;
-    }
 
-    const std::uint8_t *pNext, *pEnd;
     const std::uint8_t mode;
 };
 

@@ -4,7 +4,6 @@
 #include "tests/oracle/constraints.h"
 
 #include <cmath>
-#include <cstring>
 
 // Points and segments in any order, by both strategies, with directions and without. After each call the
 // triangulation is valid, and all laws of constraints hold. The first byte says what coordinates are: small
@@ -17,32 +16,22 @@ namespace {
 constexpr int MAX_OPERATIONS = 24;
 constexpr std::size_t MANY_POINTS = 200; // rationals take too long for more, but for once at the end
 
-class Input {
+class Input : public Bytes {
 public:
-    Input(const std::uint8_t* pBytes, std::size_t num) : pNext(pBytes), pEnd(pBytes + num) {
+    Input(const std::uint8_t* pBytes, std::size_t num) : Bytes(pBytes, num) {
         const std::uint8_t mode = byte();
         bIntegers = mode & 1;
         offset = mode & 2 ? 4e6 : 0;
         exponent = mode & 4 ? 400 - 100 * (mode >> 4) : 0;
     }
-    bool atEnd() const { return pNext == pEnd; }
-    std::uint8_t byte() { return atEnd() ? std::uint8_t(0) : *pNext++; }
     Point2 point() {
         const double x = coordinate();
         return {x, coordinate()};
     }
 
 private:
-    double coordinate() {
-        if (bIntegers) return std::ldexp(byte() % 16 + offset, exponent);
-        double value = 0;
-        const std::size_t num = std::min<std::size_t>(sizeof value, static_cast<std::size_t>(pEnd - pNext));
-        if (num != 0) std::memcpy(&value, pNext, num);
-        pNext += num;
-        return value;
-    }
+    double coordinate() { return bIntegers ? std::ldexp(byte() % 16 + offset, exponent) : anyDouble(); }
 
-    const std::uint8_t *pNext, *pEnd;
     bool bIntegers;
     double offset;
     int exponent;

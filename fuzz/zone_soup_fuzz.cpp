@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <functional>
 
 // Zones of all kinds over points and segments on a small grid, made, combined, peeled, converted and deleted
@@ -23,15 +22,13 @@ namespace {
 constexpr int MAX_OPERATIONS = 40;
 constexpr std::size_t MANY_POINTS = 400;
 
-class Input {
+class Input : public Bytes {
 public:
-    Input(const std::uint8_t* pBytes, std::size_t num) : pNext(pBytes), pEnd(pBytes + num) {
+    Input(const std::uint8_t* pBytes, std::size_t num) : Bytes(pBytes, num) {
         const std::uint8_t mode = byte();
         unit = mode & 1 ? 1 : 0.1; // tenths leave their lines by rounding
         offset = mode & 2 ? 4e6 : 0;
     }
-    bool atEnd() const { return pNext == pEnd; }
-    std::uint8_t byte() { return atEnd() ? std::uint8_t(0) : *pNext++; }
     Point2 point() {
         const std::uint8_t xy = byte();
         return {(xy & 15) * unit + offset, (xy >> 4) * unit};
@@ -41,13 +38,8 @@ public:
         const std::uint8_t bits = byte();
         return unit * std::array{0.01, 0.3, 0.5, 1.0, 1.5, 2.0, 5.0, 40.0}[bits & 7];
     }
-    template<class T>
-    T* any(const std::vector<T*>& v) {
-        return v.empty() ? nullptr : v[byte() % v.size()];
-    }
 
 private:
-    const std::uint8_t *pNext, *pEnd;
     double unit, offset;
 };
 

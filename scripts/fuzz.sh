@@ -9,7 +9,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 seconds=${1:-60}
 work="$root/build/fuzz"
 cd "$root"
-targets=(segment_soup_fuzz zone_soup_fuzz mesh_fuzz removal_fuzz segment_checker_fuzz point_file_fuzz)
+targets=(segment_soup_fuzz triangle_soup_fuzz zone_soup_fuzz mesh_fuzz removal_fuzz segment_checker_fuzz point_file_fuzz)
 cmake --preset asan-ubsan
 cmake --build --preset asan-ubsan --target "${targets[@]}"
 

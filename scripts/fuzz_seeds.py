@@ -32,7 +32,7 @@ def soup(mode, rows, per_call):
 
 def main():
     data, corpus = Path(sys.argv[1]), Path(sys.argv[2])
-    for name in ("point_file", "segment_soup", "zone_soup", "mesh", "removal", "segment_checker"):
+    for name in ("point_file", "segment_soup", "triangle_soup", "zone_soup", "mesh", "removal", "segment_checker"):
         (corpus / f"{name}_fuzz").mkdir(parents=True, exist_ok=True)
     for path in sorted(data.glob("*.xy")):
         rows, segments = numbers(path), numbers(path.with_suffix(".seg"))

@@ -2,6 +2,7 @@
 #include "tests/oracle/bruteForce.h"
 #include "tests/oracle/exact.h"
 #include "tests/support/constrained.h"
+#include "tests/support/frames.h"
 
 #include <algorithm>
 #include <numeric>
@@ -16,21 +17,6 @@ using doubles::Rng;
 using oracle::Edge;
 
 namespace {
-
-// Where the grid lies: times the unit, then moved.
-struct Frame {
-    const char* name;
-    double unit, dx, dy;
-
-    Point2 place(double x, double y) const { return {x * unit + dx, y * unit + dy}; }
-};
-void PrintTo(const Frame& frame, std::ostream* pStream) { *pStream << frame.name; }
-
-constexpr Frame aFrames[] = {{"integers", 1, 0, 0},
-                             {"tenths", 0.1, -0.3, 0},
-                             {"mapCoordinates", 0.37, 448262.08, 5411932.67},
-                             {"tiny", 1e-150, 0, 0},
-                             {"huge", 1e150, 3e150, 0}};
 
 Point2 gridPoint(Rng& rng, int size, const Frame& frame = aFrames[0]) {
     const int x = below(rng, size);

@@ -206,19 +206,28 @@ private:
     std::set<std::pair<Point2*, Point2*>> sPairs;
 };
 
-} // namespace
-
-std::string findConstraintFault(const Kivo_2D& kivo, const std::vector<GivenGraph>& vGraphs,
-                                bool bSomeMayBeMissing) {
+template<class MoreChecks>
+std::string faultOf(const Kivo_2D& kivo, const std::vector<GivenGraph>& vGraphs, MoreChecks checkMore) {
     try {
         Checker checker(kivo);
         for (const GivenGraph& given : vGraphs)
             checker.check(given);
-        checker.checkTriangulation(bSomeMayBeMissing);
+        checkMore(checker);
         return "";
     } catch (const Fault& fault) {
         return fault.text;
     }
+}
+
+} // namespace
+
+std::string findConstraintFault(const Kivo_2D& kivo, const std::vector<GivenGraph>& vGraphs,
+                                bool bSomeMayBeMissing) {
+    return faultOf(kivo, vGraphs, [=](Checker& checker) { checker.checkTriangulation(bSomeMayBeMissing); });
+}
+
+std::string findGraphFault(const Kivo_2D& kivo, const std::vector<GivenGraph>& vGraphs) {
+    return faultOf(kivo, vGraphs, [](Checker&) {});
 }
 
 Edge edgeOf(const Point2& p, const Point2& q) {

@@ -29,6 +29,8 @@ struct GivenGraph {
 //   - the triangulation is sound (see findFault) and Delaunay but for them.
 std::string findConstraintFault(const TESK_KIVO2D::Kivo_2D& kivo, const std::vector<GivenGraph>& vGraphs,
                                 bool bSomeMayBeMissing = false);
+// The same for what the laws say of the graphs alone; there may be others.
+std::string findGraphFault(const TESK_KIVO2D::Kivo_2D& kivo, const std::vector<GivenGraph>& vGraphs);
 
 // The different live leaves of the graphs, by their ends, each once in the order of the coordinates.
 using Edge = std::pair<std::pair<double, double>, std::pair<double, double>>;

@@ -1,0 +1,8 @@
+#pragma once
+
+namespace bench {
+
+// Registers the measurements of import and cutting.
+void addImportBenchmarks();
+
+} // namespace bench

@@ -1,0 +1,267 @@
+#pragma once
+
+#include "tests/oracle/exact.h"
+#include "tests/oracle/triangleSoups.h"
+#include "tests/support/constrained.h"
+#include "tests/support/frames.h"
+#include "tests/support/zoned.h"
+
+#include <algorithm>
+#include <array>
+#include <set>
+#include <string>
+#include <vector>
+
+// What tests of imports share: soups, and what must become of them.
+namespace triangleSoups {
+
+using namespace TESK_KIVO2D;
+using doubles::below;
+using doubles::Points;
+using doubles::Rng;
+using oracle::Edge;
+using oracle::SoupFault;
+using Soup = Points; // three corners a triangle
+
+inline const std::string prefix = "      [Kivo2D-Message] ";
+inline const std::string location = prefix + "Dt2::importTriangles(..), ";
+
+inline std::size_t any(Rng& rng, std::size_t size) { return rng() % size; }
+
+// Clockwise triangles among others, in any order, each with any corner first.
+inline Soup shuffled(Rng& rng, const Soup& vSoup) {
+    std::vector<std::array<Point2, 3>> vTriangles;
+    for (std::size_t i = 0; i < vSoup.size(); i += 3) {
+        vTriangles.push_back({vSoup[i], vSoup[i + 1], vSoup[i + 2]});
+        std::shuffle(vTriangles.back().begin(), vTriangles.back().end(), rng);
+    }
+    std::shuffle(vTriangles.begin(), vTriangles.end(), rng);
+    Soup v;
+    for (const auto& t : vTriangles)
+        v.insert(v.end(), t.begin(), t.end());
+    return v;
+}
+
+inline Soup soupOf(const std::vector<Triangle2*>& vTriangles) {
+    Soup v;
+    for (const Triangle2* pT : vTriangles)
+        v.insert(v.end(), {*pT->getCorner(0), *pT->getCorner(1), *pT->getCorner(2)});
+    return v;
+}
+inline Soup soupOf(const Kivo_2D& kivo) {
+    std::vector<Triangle2*> v;
+    kivo.getTrianglePointers(v);
+    return soupOf(v);
+}
+
+// The number of the counter-clockwise triangle with this edge; a large one if there is none.
+inline std::size_t leftOf(const Soup& vSoup, const Point2& p, const Point2& q) {
+    for (std::size_t i = 0; i < vSoup.size(); ++i)
+        if (vSoup[i] == p && vSoup[i / 3 * 3 + (i + 1) % 3] == q) return i / 3;
+    return vSoup.size();
+}
+// Flips an edge of counter-clockwise triangles if that leaves two of them: Delaunay or not.
+inline void flipSome(Rng& rng, Soup& vSoup) {
+    const std::size_t i = any(rng, vSoup.size()), t = i / 3;
+    const Point2 c = vSoup[i], a = vSoup[3 * t + (i + 1) % 3], b = vSoup[3 * t + (i + 2) % 3];
+    const std::size_t u = leftOf(vSoup, b, a);
+    if (u >= vSoup.size()) return;
+    const Point2 d =
+        *std::find_if(&vSoup[3 * u], &vSoup[3 * u] + 3, [&](const Point2& p) { return p != a && p != b; });
+    if (oracle::orientation(c, a, d) <= 0 || oracle::orientation(c, d, b) <= 0) return;
+    std::copy_n(std::array{c, a, d}.begin(), 3, &vSoup[3 * t]);
+    std::copy_n(std::array{c, d, b}.begin(), 3, &vSoup[3 * u]);
+}
+
+inline Point2 anyPoint(Rng& rng, const Frame& frame, int size, bool bLattice) {
+    const double x = bLattice ? below(rng, size) : doubles::uniform(rng, 0, size);
+    return frame.place(x, bLattice ? below(rng, size) : doubles::uniform(rng, 0, size));
+}
+inline Segments anySegments(Rng& rng, const Points& vPoints, int num) {
+    Segments v;
+    while (num-- > 0)
+        if (const Segment2 s(vPoints[any(rng, vPoints.size())], vPoints[any(rng, vPoints.size())]);
+            s.getSrc() != s.getTrg())
+            v.push_back(s);
+    return v;
+}
+
+// Triangles that fit, with holes, islands and edges that are not Delaunay; not shuffled.
+inline Soup goodSoup(Rng& rng, const Frame& frame, int maxPoints) {
+    for (;;) {
+        const int numPoints = 3 + below(rng, maxPoints - 2), size = 3 + below(rng, 10);
+        const bool bLattice = rng() % 2 == 0;
+        Points vPoints;
+        while (vPoints.size() < std::size_t(numPoints))
+            vPoints.push_back(anyPoint(rng, frame, size, bLattice));
+        Kivo_2D kivo;
+        kivo.insert(vPoints);
+        if (!kivo.is2D()) continue;
+        if (const Segments v = anySegments(rng, vPoints, below(rng, 4)); !v.empty())
+            zoned::add(kivo, v, false);
+        Soup vSoup = soupOf(kivo), vKept;
+        for (std::size_t i = any(rng, 4) * vSoup.size(); i > 0; --i)
+            flipSome(rng, vSoup);
+        const int share = 1 + below(rng, 4);
+        for (std::size_t i = 0; i < vSoup.size(); i += 3)
+            if (i == 0 || below(rng, 4) < share)
+                vKept.insert(vKept.end(), vSoup.begin() + long(i), vSoup.begin() + long(i) + 3);
+        return vKept;
+    }
+}
+
+// All that clients can see of a triangulation, addresses and orders included.
+struct State {
+    std::vector<Point2*> vVertices;
+    std::vector<std::array<double, 3>> vContents;
+    std::vector<std::array<const void*, 6>> vTriangles;
+    std::vector<const void*> vIncident, vLeaves;
+    bool operator==(const State&) const = default;
+};
+inline State stateOf(const Constrained& c) {
+    State state;
+    c.kivo.getVertexPointers(state.vVertices);
+    for (const Point2* p : state.vVertices) {
+        state.vContents.push_back({p->x(), p->y(), double(p->getCustomIndex())});
+        state.vIncident.push_back(p->getIncidentTriangle());
+    }
+    std::vector<Triangle2*> vTriangles;
+    c.kivo.getTrianglePointers(vTriangles);
+    for (const Triangle2* pT : vTriangles)
+        state.vTriangles.push_back({pT->getCorner(0), pT->getCorner(1), pT->getCorner(2),
+                                    pT->getOppositeTriangle(0), pT->getOppositeTriangle(1),
+                                    pT->getOppositeTriangle(2)});
+    for (const oracle::GivenGraph& graph : c.vGraphs) {
+        std::vector<ConstraintSegment2*> v;
+        graph.pGraph->getChildConstraintSegments(v);
+        state.vLeaves.insert(state.vLeaves.end(), v.begin(), v.end());
+    }
+    return state;
+}
+
+inline Points verticesOf(const Kivo_2D& kivo) {
+    std::vector<Point2*> v;
+    kivo.getVertexPointers(v);
+    Points vPoints;
+    for (const Point2* p : v)
+        vPoints.push_back(*p);
+    return vPoints;
+}
+// The edges that are constraints, and what will be.
+inline std::set<Edge> constraintEdges(const Constrained& c) {
+    const std::vector<Edge> vLeaves = oracle::leafEdges(c.vGraphs);
+    std::set<Edge> s(vLeaves.begin(), vLeaves.end());
+    std::vector<Triangle2*> vTriangles;
+    c.kivo.getTrianglePointers(vTriangles);
+    for (Triangle2* pT : vTriangles)
+        for (int i = 0; i < 3; ++i)
+            if (c.kivo.isConstraint(pT, i))
+                s.insert(oracle::edgeOf(*pT->getCorner((i + 1) % 3), *pT->getCorner((i + 2) % 3)));
+    return s;
+}
+inline Point2 pointOf(const std::pair<double, double>& xy) { return {xy.first, xy.second}; }
+inline Segments segmentsOf(const std::set<Edge>& sEdges) {
+    Segments v;
+    for (const auto& [p, q] : sEdges)
+        v.emplace_back(pointOf(p), pointOf(q));
+    return v;
+}
+// The edges divided at the points that lie on them.
+inline std::set<Edge> dividedAt(const Points& vPoints, const std::set<Edge>& sEdges) {
+    std::set<Edge> sDivided;
+    for (const auto& edge : sEdges) {
+        const Point2 p = pointOf(edge.first), q = pointOf(edge.second);
+        const auto [low, high] = std::minmax({p.y(), q.y()});
+        std::set<Point2> sOn = {p, q};
+        for (const Point2& v : vPoints)
+            if (p.x() <= v.x() && v.x() <= q.x() && low <= v.y() && v.y() <= high &&
+                oracle::orientation(p, q, v) == 0)
+                sOn.insert(v);
+        for (auto i = sOn.begin(); std::next(i) != sOn.end(); ++i)
+            sDivided.insert(oracle::edgeOf(*i, *std::next(i)));
+    }
+    return sDivided;
+}
+
+// The triangles that the zone must have are those of the soup, and nothing else of the triangulation.
+inline void expectZoneOf(const Kivo_2D& kivo, const Zone2* pZone, const oracle::SoupFacts& facts) {
+    ASSERT_NE(nullptr, pZone);
+    EXPECT_EQ(ZL_BOUNDED, pZone->getZoneLocation());
+    zoned::Triangles vExpected;
+    std::size_t numFound = 0;
+    std::vector<Triangle2*> vAll;
+    kivo.getTrianglePointers(vAll);
+    const std::vector<oracle::Corners> vCorners = oracle::triangleList(kivo);
+    for (std::size_t i = 0; i < vAll.size(); ++i)
+        if (std::binary_search(facts.vTriangles.begin(), facts.vTriangles.end(), vCorners[i]))
+            ++numFound, vExpected.push_back(vAll[i]);
+    EXPECT_EQ(facts.vTriangles.size(), numFound) << "triangles of the soup are missing";
+    // Sums of areas are as exact as the box is large.
+    const Bbox2 box = pZone->getBoundingBox();
+    const double size =
+        box.getMaxPoint().x() - box.getMinPoint().x() + box.getMaxPoint().y() - box.getMinPoint().y();
+    const bool bSlim = !(oracle::areaOf(vExpected) > 1e-3 * size * size);
+    if (vExpected.size() < 1000 && !bSlim) {
+        zoned::expectZone(kivo, pZone, vExpected);
+    } else {
+        EXPECT_EQ(vExpected, zoned::trianglesOf(pZone));
+    }
+}
+
+inline std::string differenceOf(const std::set<Edge>& s0, const std::set<Edge>& s1) {
+    Points v;
+    for (const Edge& edge : s0)
+        if (s1.count(edge) == 0) v.insert(v.end(), {pointOf(edge.first), pointOf(edge.second)});
+    return v.empty() ? "" : doubles::hex(v);
+}
+inline std::string counted(std::size_t num, const std::string& what) {
+    return std::to_string(num) + " " + what + (num == 1 ? "" : "s");
+}
+
+// Imports a soup without faults, and demands of the result:
+//   - it is said how much there was of what;
+//   - the soup's triangles are triangles, and the zone has these and no others;
+//   - constraints are what were before, divided at corners on them, the soup's border, and those of its inner
+//   edges that are not Delaunay; the graphs from before are what they were given;
+//   - vertices from before stay, and corners that are none yet become vertices;
+//   - the triangulation is sound, and Delaunay but for constraints.
+inline Zone2* expectImported(Constrained& c, const Soup& vSoup) {
+    const std::string text = vSoup.size() < 200 ? doubles::hex(vSoup) + c.given() : "";
+    const oracle::SoupFacts facts = oracle::soupFacts(vSoup);
+    const Points vBefore = verticesOf(c.kivo);
+    std::vector<Point2*> vOld, vNew;
+    c.kivo.getVertexPointers(vOld);
+    Points vAll = vBefore;
+    vAll.insert(vAll.end(), vSoup.begin(), vSoup.end());
+    std::set<Edge> sExpected = dividedAt(vAll, constraintEdges(c));
+    sExpected.insert(facts.sBorder.begin(), facts.sBorder.end());
+    sExpected.insert(facts.sNotDelaunay.begin(), facts.sNotDelaunay.end());
+    Zone2* pZone = nullptr;
+    {
+        const CapturedMessages captured;
+        pZone = c.kivo.importTriangles(vSoup);
+        EXPECT_EQ(location + "INFO: " + counted(vSoup.size() / 3, "triangle") + " with " +
+                      counted(facts.numCorners, "corner") + " imported, " + std::to_string(facts.numTurned) +
+                      " turned round, " + counted(facts.sBorder.size(), "border edge") + ", " +
+                      counted(facts.sNotDelaunay.size(), "inner constraint edge") + "\n",
+                  captured.output() + captured.error())
+            << text;
+        if (pZone == nullptr) return nullptr;
+        EXPECT_TRUE(c.kivo.checkValidity(true, "imported")) << text;
+    }
+    expectZoneOf(c.kivo, pZone, facts);
+    const std::set<Edge> sFound = constraintEdges(c);
+    EXPECT_EQ("", differenceOf(sExpected, sFound)) << "constraints are missing" << text;
+    EXPECT_EQ("", differenceOf(sFound, sExpected)) << "constraints that nobody wanted" << text;
+    EXPECT_EQ("", oracle::findGraphFault(c.kivo, c.vGraphs)) << text;
+    c.kivo.getVertexPointers(vNew);
+    EXPECT_EQ(std::set<Point2>(vAll.begin(), vAll.end()).size(), vNew.size()) << text;
+    const std::set<Point2*> sNew(vNew.begin(), vNew.end());
+    for (std::size_t i = 0; i < vOld.size(); ++i)
+        EXPECT_TRUE(sNew.count(vOld[i]) != 0 && *vOld[i] == vBefore[i]) << text;
+    const auto isConstraint = [&](Point2* p, Point2* q) { return c.kivo.isConstraint(p, q); };
+    EXPECT_EQ("", oracle::findFault(c.kivo, isConstraint)) << text;
+    return pZone;
+}
+
+} // namespace triangleSoups
