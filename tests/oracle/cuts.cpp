@@ -279,7 +279,7 @@ std::string CutWitness::findLoss(ConstraintGraph2* pGraph) const {
         for (Point2* p : v)
             mPlaces[{p->x() + 0.0, p->y() + 0.0}] = p; // one zero only
         checkVertices(mPlaces);
-        if (pGraph != nullptr) checkPieces(pGraph, mPlaces);
+        if (pGraph != nullptr) checkPieces(pGraph, mPlaces, false);
         checkLeaves(pGraph, mPlaces, false);
         checkZones();
         return "";
@@ -306,6 +306,7 @@ std::string CutWitness::findFault(ConstraintGraph2* pGraph) const {
                     sAtStops.insert(p);
         for (Point2* p : vNew)
             if (sAtStops.count(p) == 0) throw Fault{"a new vertex is at no stop:" + textOf({p})};
+        if (pGraph != nullptr) checkPieces(pGraph, mPlaces, true);
         checkLeaves(pGraph, mPlaces, true);
         checkOldTriangles(vNew);
         checkHull(mPlaces);
@@ -354,7 +355,14 @@ void CutWitness::checkVertices(const Places& mPlaces) const {
             }
 }
 
-void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces) const {
+// Within some units in the last place.
+bool CutWitness::isNear(const Knife& knife, const Point2& p) {
+    const Point2 &a = knife.source, &b = knife.target;
+    const mpq_class reach = abs(mpq_class(a.x()) - b.x()) + abs(mpq_class(a.y()) - b.y());
+    return abs(side(a, b, rational(p))) <= 4 * unitOf(std::max(a.getMaxAbs(), b.getMaxAbs())) * reach;
+}
+
+void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const {
     if (pGraph->isPolygon()) return checkRing(pGraph, mPlaces);
     demand(pGraph->isOriented(), "the graph has no directions");
     const std::vector<PointPair> vPieces = originalPairs(pGraph);
@@ -371,25 +379,24 @@ void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces) co
         std::vector<Point2*> vHere = verticesAt(knife.vStops.front(), mPlaces);
         for (const Stop& stop : knife.vStops) {
             const std::vector<Point2*> vThere = verticesAt(stop, mPlaces);
-            std::vector<Point2*> vSame;
-            Point2* pThere = nullptr;
-            for (Point2* pHere : vHere) {
-                Point2* const pNext = next(pHere);
-                if (pNext != nullptr && contains(vThere, pNext) && pNext != pHere) pThere = pNext;
-                if (contains(vThere, pHere)) vSame.push_back(pHere);
-            }
-            if (pThere == nullptr || &stop == &knife.vStops.front()) {
-                if (vSame.empty()) {
-                    const Point2 at(stop.at.x.get_d(), stop.at.y.get_d());
-                    std::string text = "no piece from" + textOf({vHere.front()}) + " to" + textOf({&at});
-                    if (k < vPieces.size()) text += ", but" + textOf({vPieces[k].first, vPieces[k].second});
-                    throw Fault{text};
+            for (bool bFirst = &stop == &knife.vStops.front();;) {
+                std::vector<Point2*> vSame;
+                Point2* pNext = nullptr;
+                for (Point2* pHere : vHere) {
+                    if (next(pHere) != nullptr) pNext = next(pHere);
+                    if (contains(vThere, pHere)) vSame.push_back(pHere);
                 }
-                vHere = vSame;
-                continue;
+                const bool bLeads = pNext != nullptr && contains(vThere, pNext);
+                if (!vSame.empty() && (bFirst || !bLeads)) {
+                    vHere = vSame;
+                    break;
+                }
+                if (!bLeads && (bApart || pNext == nullptr || !isNear(knife, *pNext)))
+                    throw Fault{"no piece from" + textOf({vHere.front()}) + " to" + textOf({vThere.front()})};
+                sSeen.insert(vPieces[k++]);
+                vHere = {pNext};
+                if (bLeads) break;
             }
-            sSeen.insert(vPieces[k++]);
-            vHere = {pThere};
         }
     }
     demand(k == vPieces.size(), "more pieces than between stops");

@@ -36,14 +36,16 @@ public:
     //   - all vertices are still there, where they were;
     //   - each stop has a vertex at the exact point rounded to nearest, or hardly further away; on the hull:
     //     at most one step further in each coordinate, on the hull edge or beyond it;
-    //   - the originals of the graph join successive stops, in the order and direction of the knives;
+    //   - the originals of the graph join successive stops, in the order and direction of the knives,
+    //   directly
+    //     or by way of vertices near the knife;
     //   - constraint segments that are met share a vertex with the graph there, or next to it;
     //   - triangles that are more than slivers belong to a zone exactly when their centre did.
     std::string findLoss(TESK_KIVO2D::ConstraintGraph2* pGraph) const;
 
     // The same, and these laws, which hold where stops are more than some units in the last place apart from
     // each other, and from vertices and edges that they do not lie on:
-    //   - each new vertex is one at a stop;
+    //   - successive stops are joined directly, and each new vertex is one at a stop;
     //   - triangles that no knife meets, and whose circles hold no new vertex, stay as they were;
     //   - constraint segments that are met pass through the very vertex at the stop; others stay;
     //   - corners of the hull stay on the hull, and what is new there is one of its stops.
@@ -83,7 +85,8 @@ private:
 
     std::vector<Point2*> verticesAt(const Stop& stop, const Places& mPlaces) const;
     void checkVertices(const Places& mPlaces) const;
-    void checkPieces(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
+    static bool isNear(const Knife& knife, const Point2& p);
+    void checkPieces(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const;
     void checkRing(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
     void checkLeaves(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const;
     void checkZones() const;
