@@ -19,16 +19,17 @@ struct KnifeStop {
     Point2* pNear;             // a vertex near
 };
 
-// The part of a knife that cuts, from stop to stop.
+// The part of a knife that cuts, from stop to stop. Several stops may be at the same place: all of the
+// constraints that the knife crosses there have to be split.
 class KnifeCut {
 public:
     // The stops are in the order in which the knife meets them.
-    KnifeCut(const Segment2& itsKnife, const std::vector<KnifeStop>& vItsStops);
+    KnifeCut(const Segment2& itsKnife, const std::vector<KnifeStop>& vItsStops)
+        : knife(itsKnife), vStops(vItsStops) {}
 
     // True when there is nothing to cut.
-    bool isPoint() const { return vStops.size() < 2; }
+    bool isPoint() const { return vStops.empty() || vStops.front().point == vStops.back().point; }
     const Segment2& getKnife() const { return knife; }
-    // No two that follow each other are at the same place.
     const std::vector<KnifeStop>& stops() const { return vStops; }
     // More stops: those of these points of the knife that lie between the first one and the last one.
     void add(std::vector<Point2> vPoints);
@@ -37,7 +38,6 @@ private:
     // For points of the knife that may have been rounded: to nearest, which keeps their order in each
     // coordinate. The one in which the knife is longer tells more of them apart.
     bool isBefore(const Point2& p, const Point2& q) const;
-    void append(const KnifeStop& stop);
 
     Segment2 knife;
     std::vector<KnifeStop> vStops;
