@@ -60,12 +60,14 @@ struct Scene : Constrained {
         });
         vSome.resize((vSome.size() + 2) / 3);
         Zone2* const pSome = kivo.createZone(vSome);
+        if (pSome == nullptr) return; // too thin for a point inside
         addZone(pSome);
         std::vector<ConstraintGraph2*> vBorder;
         pSome->getConstraintGraphs(vBorder);
         for (ConstraintGraph2* pGraph : vBorder)
             vGraphs.push_back({pGraph, oracle::originalsOf(pGraph)});
-        addZone(zoneSymmetricDifference(vZones[1], pSome));
+        Zone2* const pDifference = zoneSymmetricDifference(vZones[1], pSome);
+        if (pDifference != nullptr) vZones.push_back(pDifference);
     }
 
     // Cuts, and demands what must hold.

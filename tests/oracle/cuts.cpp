@@ -65,8 +65,9 @@ std::vector<double> nearestTo(const mpq_class& exact) {
     const auto [low, high] = around(exact);
     const mpq_class below = exact - low, above = high - exact, slack = mpq_class(0x1p-20) * (above + below);
     std::vector<double> v;
-    if (below <= above + slack) v.push_back(low);
-    if (above <= below + slack && high != low) v.push_back(high);
+    const bool bSmallest = high - low <= std::numeric_limits<double>::denorm_min();
+    if (bSmallest || below <= above + slack) v.push_back(low);
+    if (high != low && (bSmallest || above <= below + slack)) v.push_back(high);
     return v;
 }
 
@@ -309,7 +310,7 @@ std::string CutWitness::findFault(ConstraintGraph2* pGraph) const {
         if (pGraph != nullptr) checkPieces(pGraph, mPlaces, true);
         checkLeaves(pGraph, mPlaces, true);
         checkOldTriangles(vNew);
-        checkHull(mPlaces);
+        checkHull();
         return "";
     } catch (const Fault& fault) {
         return fault.text;
@@ -524,7 +525,7 @@ void CutWitness::checkOldTriangles(const std::vector<Point2*>& vNew) const {
     }
 }
 
-void CutWitness::checkHull(const Places& mPlaces) const {
+void CutWitness::checkHull() const {
     std::vector<Point2*> vNow;
     kivo.getConvexHull(true, vNow);
     const std::set<Point2*> sNow(vNow.begin(), vNow.end());
@@ -534,14 +535,13 @@ void CutWitness::checkHull(const Places& mPlaces) const {
             bStays = isSliver({vNow[i], vNow[(i + 1) % vNow.size()], p});
         demand(bStays, "a corner of the hull left it");
     }
-    std::set<Point2*> sStops;
-    for (const Knife& knife : vKnives)
-        for (const Stop& stop : knife.vStops)
-            if (stop.hullEdge.first != nullptr)
-                for (Point2* p : verticesAt(stop, mPlaces))
-                    sStops.insert(p);
-    for (Point2* p : vNow)
-        demand(mIndex.count(p) != 0 || sStops.count(p) != 0, "a new vertex of the hull is no stop there");
+    for (Point2* p : vNow) {
+        const bool bAtHull = std::any_of(vHullEdges.begin(), vHullEdges.end(), [&](const PointPair& edge) {
+            return isSliver({edge.second, edge.first, p});
+        });
+        if (mIndex.count(p) == 0 && !bAtHull)
+            throw Fault{"a new vertex of the hull is no stop there:" + textOf({p})};
+    }
 }
 
 } // namespace oracle

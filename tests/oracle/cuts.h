@@ -48,7 +48,7 @@ public:
     //   - successive stops are joined directly, and each new vertex is one at a stop;
     //   - triangles that no knife meets, and whose circles hold no new vertex, stay as they were;
     //   - constraint segments that are met pass through the very vertex at the stop; others stay;
-    //   - corners of the hull stay on the hull, and what is new there is one of its stops.
+    //   - corners of the hull stay on the hull, and what is new there was on it but for rounding.
     std::string findFault(TESK_KIVO2D::ConstraintGraph2* pGraph) const;
 
 private:
@@ -91,7 +91,7 @@ private:
     void checkLeaves(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const;
     void checkZones() const;
     void checkOldTriangles(const std::vector<Point2*>& vNew) const;
-    void checkHull(const Places& mPlaces) const;
+    void checkHull() const;
 
     const TESK_KIVO2D::Kivo_2D& kivo;
     std::size_t numNotFinite = 0, numNoLength = 0, numApart = 0;
