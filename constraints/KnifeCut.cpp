@@ -15,6 +15,15 @@ Point2* placeStop(const KnifeStop& stop, const Point2* pNear, SegmentSite& site,
 
 } // namespace
 
+Point2 KnifeCut::toHull(const Point2& p) const {
+    const auto isNear = [](double a, double b) { return a == b || std::nextafter(a, b) == b; };
+    for (const KnifeStop& stop : {vStops.front(), vStops.back()}) {
+        if (stop.bLeavesHull && isNear(p.x(), stop.point.x()) && isNear(p.y(), stop.point.y()))
+            return stop.point;
+    }
+    return p;
+}
+
 void KnifeCut::add(std::vector<Point2> vPoints) {
     if (isPoint()) return;
     const auto before = [this](const Point2& p, const Point2& q) { return isBefore(p, q); };

@@ -17,6 +17,7 @@ struct KnifeStop {
     Point2* pVtx;              // the one that is there, or null
     ConstraintSegment2* pCSeg; // the constraint edge that the knife crosses there, or null
     Point2* pNear;             // a vertex near
+    bool bLeavesHull = false;  // or enters it, through the inside of an edge
 };
 
 // The part of a knife that cuts, from stop to stop. Several stops may be at the same place: all of the
@@ -31,6 +32,9 @@ public:
     bool isPoint() const { return vStops.empty() || vStops.front().point == vStops.back().point; }
     const Segment2& getKnife() const { return knife; }
     const std::vector<KnifeStop>& stops() const { return vStops; }
+    // The point where the knife leaves or enters the hull, if this one is no more than a unit in each
+    // coordinate away from there: else the two were one place rounded in two ways.
+    Point2 toHull(const Point2& p) const;
     // More stops: those of these points of the knife that lie between the first one and the last one.
     void add(std::vector<Point2> vPoints);
 
