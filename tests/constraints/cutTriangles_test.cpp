@@ -82,7 +82,7 @@ struct Scene : Constrained {
         for (const Segment2& s : vKnives)
             vEnds.insert(vEnds.end(), {s.getSrc(), s.getTrg()});
         const std::string text = "cut " + doubles::hex(vEnds) + "\n" + given();
-        EXPECT_EQ("", nearness == APART ? witness.findFault(pGraph) : witness.findLoss(pGraph)) << text;
+        EXPECT_EQ("", witness.findFault(pGraph, nearness == APART)) << text;
         const std::string warnings = witness.warnings();
         EXPECT_EQ(warnings, nearness == APART ? said : said.substr(0, warnings.size())) << text;
         if (nearness == APART) {
@@ -194,7 +194,7 @@ TEST(CutTriangles, amongRandomPointsMeetsTheSecondOpinion) {
         SCOPED_TRACE(round);
         Rng rng(round);
         const Point2 origin = aOrigins[round % 3];
-        const int exponent = round % 5 != 0 ? 0 : round % 2 == 0 ? 490 : -490;
+        const int exponent = round % 7 != 0 ? 0 : round % 2 == 0 ? 490 : -490;
         const auto points = [&](int num, double margin) {
             Points v;
             for (; num > 0; --num) {
@@ -214,16 +214,16 @@ TEST(CutTriangles, amongRandomPointsMeetsTheSecondOpinion) {
         Scene scene;
         const Points vPoints = points(5 + below(rng, 60), 0);
         scene.kivo.insert(vPoints);
-        const Nearness nearness = scene.addConstraints(segments(below(rng, 4)), round % 4 == 3);
+        const Nearness nearness = scene.addConstraints(segments(below(rng, 4)), round % 5 == 4);
         scene.addZones(zoned::ringOf(points(3, -2)));
-        for (int i = below(rng, 4); i >= 0; --i) {
+        for (int i = 0; i <= int(round) % 4; ++i) {
             Segments vKnives = segments(1 + below(rng, 2) * below(rng, 12));
             // Along edges, through vertices and from them.
             const Point2 p = anyOf(rng, vPoints);
-            if (rng() % 2 == 0) vKnives.emplace_back(p, anyOf(rng, vPoints));
             if (rng() % 2 == 0) vKnives.emplace_back(p, points(1, 3)[0]);
-            const Triangle2* const pT = anyOf(rng, oracle::allTriangles(scene.kivo));
-            if (rng() % 4 == 0) vKnives.emplace_back(*pT->getCorner(0), *pT->getCorner(1));
+            if (i == 0 && rng() % 2 == 0) vKnives.emplace_back(p, anyOf(rng, vPoints)); // again: not apart
+            const Triangle2* const pT = oracle::allTriangles(scene.kivo).front();
+            if (i == 0 && rng() % 2 == 0) vKnives.emplace_back(*pT->getCorner(0), *pT->getCorner(1));
             scene.cut(vKnives, nearness);
         }
     }

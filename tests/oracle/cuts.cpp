@@ -60,14 +60,22 @@ std::pair<double, double> around(const mpq_class& exact) {
     return {low, low == exact ? low : std::nextafter(low, infinity)};
 }
 
-// Those of them that are nearest, or hardly further away.
-std::vector<double> nearestTo(const mpq_class& exact) {
-    const auto [low, high] = around(exact);
+// Those of them that are nearest, or hardly further away, and so many neighbours on either side.
+std::vector<double> nearestTo(const mpq_class& exact, int numSteps) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    auto [low, high] = around(exact);
     const mpq_class below = exact - low, above = high - exact, slack = mpq_class(0x1p-20) * (above + below);
-    std::vector<double> v;
-    const bool bSmallest = high - low <= std::numeric_limits<double>::denorm_min();
-    if (bSmallest || below <= above + slack) v.push_back(low);
-    if (high != low && (bSmallest || above <= below + slack)) v.push_back(high);
+    if (high - low > std::numeric_limits<double>::denorm_min()) {
+        if (below > above + slack) low = high;
+        if (above > below + slack) high = low;
+    }
+    std::vector<double> v = {low};
+    if (high != low) v.push_back(high);
+    for (; numSteps > 0; --numSteps) {
+        low = std::nextafter(low, -infinity);
+        high = std::nextafter(high, infinity);
+        v.insert(v.end(), {low, high});
+    }
     return v;
 }
 
@@ -263,97 +271,62 @@ std::string CutWitness::warnings() const {
     return text;
 }
 
-std::size_t CutWitness::numStops() const {
-    std::set<std::pair<mpq_class, mpq_class>> s;
-    for (const Knife& knife : vKnives)
-        for (const Stop& stop : knife.vStops)
-            s.emplace(stop.at.x, stop.at.y);
-    return s.size();
-}
-
-std::string CutWitness::findLoss(ConstraintGraph2* pGraph) const {
+std::string CutWitness::findFault(ConstraintGraph2* pGraph, bool bApart) const {
     try {
         demand((pGraph == nullptr) == vKnives.empty(), "a graph without a knife, or the other way round");
-        Places mPlaces;
-        std::vector<Point2*> v;
-        kivo.getVertexPointers(v);
-        for (Point2* p : v)
-            mPlaces[{p->x() + 0.0, p->y() + 0.0}] = p; // one zero only
-        checkVertices(mPlaces);
-        if (pGraph != nullptr) checkPieces(pGraph, mPlaces, false);
-        checkLeaves(pGraph, mPlaces, false);
-        checkZones();
-        return "";
-    } catch (const Fault& fault) {
-        return fault.text;
-    }
-}
-
-std::string CutWitness::findFault(ConstraintGraph2* pGraph) const {
-    const std::string loss = findLoss(pGraph);
-    if (!loss.empty()) return loss;
-    try {
         Places mPlaces;
         std::vector<Point2*> v, vNew;
         kivo.getVertexPointers(v);
         for (Point2* p : v) {
-            mPlaces[{p->x() + 0.0, p->y() + 0.0}] = p;
+            mPlaces[{p->x() + 0.0, p->y() + 0.0}] = p; // one zero only
             if (mIndex.count(p) == 0) vNew.push_back(p);
         }
-        std::set<Point2*> sAtStops;
-        for (const Knife& knife : vKnives)
-            for (const Stop& stop : knife.vStops)
-                for (Point2* p : verticesAt(stop, mPlaces))
-                    sAtStops.insert(p);
-        for (Point2* p : vNew)
-            if (sAtStops.count(p) == 0) throw Fault{"a new vertex is at no stop:" + textOf({p})};
-        if (pGraph != nullptr) checkPieces(pGraph, mPlaces, true);
-        checkLeaves(pGraph, mPlaces, true);
-        checkOldTriangles(vNew);
-        checkHull();
+        checkVertices(vNew, mPlaces, bApart);
+        if (pGraph != nullptr) checkPieces(pGraph, mPlaces, bApart);
+        checkLeaves(pGraph, mPlaces, bApart);
+        checkZones();
+        if (bApart) checkOldTriangles(vNew);
+        if (bApart) checkHull();
         return "";
     } catch (const Fault& fault) {
         return fault.text;
     }
 }
 
-// All that the stop may have been rounded to.
-std::vector<Point2*> CutWitness::verticesAt(const Stop& stop, const Places& mPlaces) const {
-    const bool bHull = stop.hullEdge.first != nullptr;
-    const auto choices = [bHull](const mpq_class& exact) {
-        std::vector<double> vValues = nearestTo(exact);
-        if (!bHull) return vValues;
-        constexpr double infinity = std::numeric_limits<double>::infinity();
-        for (const double value : nearestTo(exact))
-            for (const double end : {-infinity, infinity})
-                vValues.push_back(std::nextafter(value, end));
-        return vValues;
-    };
-    std::vector<Point2*> v;
-    for (const double x : choices(stop.at.x)) {
-        for (const double y : choices(stop.at.y)) {
-            const auto it = mPlaces.find({x + 0.0, y + 0.0});
-            if (it == mPlaces.end() || contains(v, it->second)) continue;
-            const auto& [p, q] = stop.hullEdge;
-            if (!bHull || orientation(*p, *q, *it->second) <= 0) v.push_back(it->second);
+// What the stop may have been rounded to. Where things are near it may have been taken for another one.
+std::vector<Point2*> CutWitness::verticesAt(const Stop& stop, const Places& mPlaces, bool bApart) const {
+    const auto& [p, q] = stop.hullEdge;
+    const auto within = [&](int numSteps) {
+        std::vector<Point2*> v;
+        for (const double x : nearestTo(stop.at.x, numSteps)) {
+            for (const double y : nearestTo(stop.at.y, numSteps)) {
+                const auto it = mPlaces.find({x + 0.0, y + 0.0});
+                if (it != mPlaces.end() && (p == nullptr || orientation(*p, *q, *it->second) <= 0))
+                    v.push_back(it->second);
+            }
         }
-    }
-    return v;
+        return v;
+    };
+    const std::vector<Point2*> v = within(p == nullptr ? 0 : 1);
+    return v.empty() && !bApart ? within(3) : v;
 }
 
-void CutWitness::checkVertices(const Places& mPlaces) const {
+void CutWitness::checkVertices(const std::vector<Point2*>& vNew, const Places& mPlaces, bool bApart) const {
     for (const auto& [pVtx, place] : vPlaces) {
         const auto it = mPlaces.find({place.x() + 0.0, place.y() + 0.0});
         demand(it != mPlaces.end() && it->second == pVtx, "a vertex is gone");
     }
-    for (const Knife& knife : vKnives)
-        for (const Stop& stop : knife.vStops)
-            if (verticesAt(stop, mPlaces).empty()) {
-                const Point2 at(stop.at.x.get_d(), stop.at.y.get_d());
-                throw Fault{(stop.hullEdge.first != nullptr ? "no vertex at the stop on the hull at"
-                                                            : "no vertex at the stop at") +
-                            textOf({&at})};
-            }
+    std::set<Point2*> sAtStops;
+    for (const Knife& knife : vKnives) {
+        for (const Stop& stop : knife.vStops) {
+            const std::vector<Point2*> vThere = verticesAt(stop, mPlaces, bApart);
+            sAtStops.insert(vThere.begin(), vThere.end());
+            const Point2 at(stop.at.x.get_d(), stop.at.y.get_d());
+            if (vThere.empty()) throw Fault{"no vertex at the stop at" + textOf({&at})};
+        }
+    }
+    for (Point2* p : vNew)
+        if (bApart && sAtStops.count(p) == 0) throw Fault{"a new vertex is at no stop:" + textOf({p})};
 }
 
 // Within some units in the last place.
@@ -364,7 +337,7 @@ bool CutWitness::isNear(const Knife& knife, const Point2& p) {
 }
 
 void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const {
-    if (pGraph->isPolygon()) return checkRing(pGraph, mPlaces);
+    if (pGraph->isPolygon()) return checkRing(pGraph, mPlaces, bApart);
     demand(pGraph->isOriented(), "the graph has no directions");
     const std::vector<PointPair> vPieces = originalPairs(pGraph);
     std::set<PointPair> sSeen;
@@ -377,9 +350,9 @@ void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces, bo
         return q == pHere && sSeen.count(vPieces[k]) != 0 ? p : nullptr;
     };
     for (const Knife& knife : vKnives) {
-        std::vector<Point2*> vHere = verticesAt(knife.vStops.front(), mPlaces);
+        std::vector<Point2*> vHere = verticesAt(knife.vStops.front(), mPlaces, bApart);
         for (const Stop& stop : knife.vStops) {
-            const std::vector<Point2*> vThere = verticesAt(stop, mPlaces);
+            const std::vector<Point2*> vThere = verticesAt(stop, mPlaces, bApart);
             for (bool bFirst = &stop == &knife.vStops.front();;) {
                 std::vector<Point2*> vSame;
                 Point2* pNext = nullptr;
@@ -403,14 +376,14 @@ void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces, bo
     demand(k == vPieces.size(), "more pieces than between stops");
 }
 
-void CutWitness::checkRing(ConstraintGraph2* pGraph, const Places& mPlaces) const {
+void CutWitness::checkRing(ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const {
     std::vector<PointPair> vPieces, vExpected;
     for (const auto& [p, q] : originalPairs(pGraph))
         vPieces.push_back(std::minmax(p, q));
     for (const Knife& knife : vKnives) {
-        Point2* pHere = verticesAt(knife.vStops.front(), mPlaces).front();
+        Point2* pHere = verticesAt(knife.vStops.front(), mPlaces, bApart).front();
         for (const Stop& stop : knife.vStops) {
-            Point2* const pThere = verticesAt(stop, mPlaces).front();
+            Point2* const pThere = verticesAt(stop, mPlaces, bApart).front();
             if (pThere != pHere) vExpected.push_back(std::minmax(pHere, pThere));
             pHere = pThere;
         }
@@ -441,7 +414,7 @@ void CutWitness::checkLeaves(ConstraintGraph2* pGraph, const Places& mPlaces, bo
         const mpq_class unit =
             4 * unitOf(std::max(leaf.pSegment->getSrc()->getMaxAbs(), leaf.pSegment->getTrg()->getMaxAbs()));
         for (const Stop& stop : leaf.vStops) {
-            const std::vector<Point2*> v = verticesAt(stop, mPlaces);
+            const std::vector<Point2*> v = verticesAt(stop, mPlaces, bApart);
             const bool bMeets = std::any_of(sEnds.begin(), sEnds.end(), [&](Point2* p) {
                 return contains(v, p) || (!bApart && sCut.count(p) != 0 && abs(stop.at.x - p->x()) <= unit &&
                                           abs(stop.at.y - p->y()) <= unit);
