@@ -282,7 +282,11 @@ std::string CutWitness::findFault(ConstraintGraph2* pGraph, bool bApart) const {
             if (mIndex.count(p) == 0) vNew.push_back(p);
         }
         checkVertices(vNew, mPlaces, bApart);
-        if (pGraph != nullptr) checkPieces(pGraph, mPlaces, bApart);
+        if (pGraph != nullptr && !bApart) {
+            checkReach(pGraph, mPlaces);
+        } else if (pGraph != nullptr) {
+            pGraph->isPolygon() ? checkRing(pGraph, mPlaces) : checkPieces(pGraph, mPlaces);
+        }
         checkLeaves(pGraph, mPlaces, bApart);
         checkZones();
         if (bApart) checkOldTriangles(vNew);
@@ -296,19 +300,16 @@ std::string CutWitness::findFault(ConstraintGraph2* pGraph, bool bApart) const {
 // What the stop may have been rounded to. Where things are near it may have been taken for another one.
 std::vector<Point2*> CutWitness::verticesAt(const Stop& stop, const Places& mPlaces, bool bApart) const {
     const auto& [p, q] = stop.hullEdge;
-    const auto within = [&](int numSteps) {
-        std::vector<Point2*> v;
-        for (const double x : nearestTo(stop.at.x, numSteps)) {
-            for (const double y : nearestTo(stop.at.y, numSteps)) {
-                const auto it = mPlaces.find({x + 0.0, y + 0.0});
-                if (it != mPlaces.end() && (p == nullptr || orientation(*p, *q, *it->second) <= 0))
-                    v.push_back(it->second);
-            }
+    const int numSteps = !bApart ? 3 : p == nullptr ? 0 : 1;
+    std::vector<Point2*> v;
+    for (const double x : nearestTo(stop.at.x, numSteps)) {
+        for (const double y : nearestTo(stop.at.y, numSteps)) {
+            const auto it = mPlaces.find({x + 0.0, y + 0.0});
+            if (it != mPlaces.end() && (p == nullptr || orientation(*p, *q, *it->second) <= 0))
+                v.push_back(it->second);
         }
-        return v;
-    };
-    const std::vector<Point2*> v = within(p == nullptr ? 0 : 1);
-    return v.empty() && !bApart ? within(3) : v;
+    }
+    return v;
 }
 
 void CutWitness::checkVertices(const std::vector<Point2*>& vNew, const Places& mPlaces, bool bApart) const {
@@ -329,15 +330,7 @@ void CutWitness::checkVertices(const std::vector<Point2*>& vNew, const Places& m
         if (bApart && sAtStops.count(p) == 0) throw Fault{"a new vertex is at no stop:" + textOf({p})};
 }
 
-// Within some units in the last place.
-bool CutWitness::isNear(const Knife& knife, const Point2& p) {
-    const Point2 &a = knife.source, &b = knife.target;
-    const mpq_class reach = abs(mpq_class(a.x()) - b.x()) + abs(mpq_class(a.y()) - b.y());
-    return abs(side(a, b, rational(p))) <= 4 * unitOf(std::max(a.getMaxAbs(), b.getMaxAbs())) * reach;
-}
-
-void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const {
-    if (pGraph->isPolygon()) return checkRing(pGraph, mPlaces, bApart);
+void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces) const {
     demand(pGraph->isOriented(), "the graph has no directions");
     const std::vector<PointPair> vPieces = originalPairs(pGraph);
     std::set<PointPair> sSeen;
@@ -350,40 +343,66 @@ void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces, bo
         return q == pHere && sSeen.count(vPieces[k]) != 0 ? p : nullptr;
     };
     for (const Knife& knife : vKnives) {
-        std::vector<Point2*> vHere = verticesAt(knife.vStops.front(), mPlaces, bApart);
+        std::vector<Point2*> vHere = verticesAt(knife.vStops.front(), mPlaces, true);
         for (const Stop& stop : knife.vStops) {
-            const std::vector<Point2*> vThere = verticesAt(stop, mPlaces, bApart);
-            for (bool bFirst = &stop == &knife.vStops.front();;) {
-                std::vector<Point2*> vSame;
-                Point2* pNext = nullptr;
-                for (Point2* pHere : vHere) {
-                    if (next(pHere) != nullptr) pNext = next(pHere);
-                    if (contains(vThere, pHere)) vSame.push_back(pHere);
-                }
-                const bool bLeads = pNext != nullptr && contains(vThere, pNext);
-                if (!vSame.empty() && (bFirst || !bLeads)) {
-                    vHere = vSame;
-                    break;
-                }
-                if (!bLeads && (bApart || pNext == nullptr || !isNear(knife, *pNext)))
-                    throw Fault{"no piece from" + textOf({vHere.front()}) + " to" + textOf({vThere.front()})};
-                sSeen.insert(vPieces[k++]);
-                vHere = {pNext};
-                if (bLeads) break;
+            const std::vector<Point2*> vThere = verticesAt(stop, mPlaces, true);
+            std::vector<Point2*> vSame, vNext;
+            for (Point2* pHere : vHere) {
+                if (contains(vThere, next(pHere))) vNext.push_back(next(pHere));
+                if (contains(vThere, pHere)) vSame.push_back(pHere);
             }
+            const bool bStays = vNext.empty() || &stop == &knife.vStops.front();
+            if (bStays && vSame.empty())
+                throw Fault{"no piece from" + textOf({vHere.front()}) + " to" + textOf({vThere.front()})};
+            if (!bStays) sSeen.insert(vPieces[k++]);
+            vHere = bStays ? vSame : vNext;
         }
     }
     demand(k == vPieces.size(), "more pieces than between stops");
 }
 
-void CutWitness::checkRing(ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const {
+// Along edges of the graph near the knife, all its stops can be reached, but for some units in the last
+// place.
+void CutWitness::checkReach(ConstraintGraph2* pGraph, const Places& mPlaces) const {
+    const Segments vPieces = leavesOf({pGraph});
+    const auto vertexAt = [&](const Point2& p) { return mPlaces.at({p.x() + 0.0, p.y() + 0.0}); };
+    for (const Knife& knife : vKnives) {
+        const Point2 &a = knife.source, &b = knife.target;
+        const mpq_class reach = abs(mpq_class(a.x()) - b.x()) + abs(mpq_class(a.y()) - b.y());
+        const mpq_class limit = 4 * unitOf(std::max(a.getMaxAbs(), b.getMaxAbs())) * reach;
+        std::map<Point2*, std::vector<Point2*>> mNeighbours;
+        for (const Segment2& s : vPieces) {
+            if (abs(side(a, b, rational(s.getSrc()))) > limit ||
+                abs(side(a, b, rational(s.getTrg()))) > limit)
+                continue;
+            Point2 *const p = vertexAt(s.getSrc()), *const q = vertexAt(s.getTrg());
+            mNeighbours[p].push_back(q);
+            mNeighbours[q].push_back(p);
+        }
+        std::vector<Point2*> vStack = verticesAt(knife.vStops.front(), mPlaces, false);
+        std::set<Point2*> sReached(vStack.begin(), vStack.end());
+        while (!vStack.empty()) {
+            Point2* const pHere = vStack.back();
+            vStack.pop_back();
+            for (Point2* pNext : mNeighbours[pHere])
+                if (sReached.insert(pNext).second) vStack.push_back(pNext);
+        }
+        for (const Stop& stop : knife.vStops) {
+            const std::vector<Point2*> v = verticesAt(stop, mPlaces, false);
+            if (std::none_of(v.begin(), v.end(), [&](Point2* p) { return sReached.count(p) != 0; }))
+                throw Fault{"no way along the knife to" + textOf({v.front()})};
+        }
+    }
+}
+
+void CutWitness::checkRing(ConstraintGraph2* pGraph, const Places& mPlaces) const {
     std::vector<PointPair> vPieces, vExpected;
     for (const auto& [p, q] : originalPairs(pGraph))
         vPieces.push_back(std::minmax(p, q));
     for (const Knife& knife : vKnives) {
-        Point2* pHere = verticesAt(knife.vStops.front(), mPlaces, bApart).front();
+        Point2* pHere = verticesAt(knife.vStops.front(), mPlaces, true).front();
         for (const Stop& stop : knife.vStops) {
-            Point2* const pThere = verticesAt(stop, mPlaces, bApart).front();
+            Point2* const pThere = verticesAt(stop, mPlaces, true).front();
             if (pThere != pHere) vExpected.push_back(std::minmax(pHere, pThere));
             pHere = pThere;
         }

@@ -79,9 +79,9 @@ private:
 
     std::vector<Point2*> verticesAt(const Stop& stop, const Places& mPlaces, bool bApart) const;
     void checkVertices(const std::vector<Point2*>& vNew, const Places& mPlaces, bool bApart) const;
-    static bool isNear(const Knife& knife, const Point2& p);
-    void checkPieces(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const;
-    void checkRing(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const;
+    void checkPieces(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
+    void checkReach(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
+    void checkRing(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
     void checkLeaves(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const;
     void checkZones() const;
     void checkOldTriangles(const std::vector<Point2*>& vNew) const;
