@@ -106,7 +106,7 @@ bool isSliver(const std::array<Point2*, 3>& corners) {
         largest = std::max(largest, p->getMaxAbs());
     const auto p = exactPoints({*corners[0], *corners[1], *corners[2], Point2(unitOf(largest), 0)});
     mpz_class longest = 0;
-    for (int i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < 3; ++i) {
         const ExactPoint &a = p[i], &b = p[(i + 1) % 3];
         longest = std::max<mpz_class>(longest, abs(a.x - b.x) + abs(a.y - b.y));
     }
@@ -271,7 +271,7 @@ std::string CutWitness::warnings() const {
     return text;
 }
 
-std::string CutWitness::findFault(ConstraintGraph2* pGraph, bool bApart) const {
+std::string CutWitness::findFirst(ConstraintGraph2* pGraph, bool bApart) const {
     try {
         demand((pGraph == nullptr) == vKnives.empty(), "a graph without a knife, or the other way round");
         Places mPlaces;
@@ -469,7 +469,7 @@ void CutWitness::checkZones() const {
         };
         const Point2 center(third([](const Point2* p) { return p->x(); }),
                             third([](const Point2* p) { return p->y(); }));
-        if (!bStayed && (isSliver(corners) || !isInTriangle(corners, center, 1))) continue;
+        if (!bStayed && !isInTriangle(corners, center, 1)) continue;
         std::vector<Corners> vHolding; // more than one where the centre lies on an edge
         if (bStayed) vHolding = {corners};
         for (const Corners& old : vGone) {
@@ -484,7 +484,9 @@ void CutWitness::checkZones() const {
             for (const Corners& old : vHolding)
                 (vZones[i].mHas.at(old) ? bOut : bIn) = false;
             const bool bIs = vAfter[i].count(corners) != 0;
-            demand(bIs ? bIn : bOut, bIs ? "a zone has grown" : "a zone has shrunk");
+            if (!(bIs ? bIn : bOut) && !isSliver(corners))
+                throw Fault{(bIs ? "a zone has grown by" : "a zone has lost") +
+                            textOf({corners[0], corners[1], corners[2]})};
         }
     }
 }

@@ -38,12 +38,15 @@ public:
     //   - constraint segments that are met pass through the vertices at the stops on them;
     //   - triangles that are more than slivers belong to a zone exactly when their centre did.
     // Where stops are no more than some units in the last place apart from each other, or from vertices and
-    // edges that they do not lie on, one may be taken for the other. Else, with bApart, also:
+    // edges that they do not lie on, one may be taken for the other.
+    std::string findLoss(TESK_KIVO2D::ConstraintGraph2* pGraph) const { return findFirst(pGraph, false); }
+
+    // The same where there is no such thing, and:
     //   - each new vertex is at a stop;
     //   - triangles that no knife meets, and whose circles hold no new vertex, stay as they were;
     //   - constraint segments that no knife meets stay;
     //   - corners of the hull stay on the hull, and what is new there was on it but for rounding.
-    std::string findFault(TESK_KIVO2D::ConstraintGraph2* pGraph, bool bApart) const;
+    std::string findFault(TESK_KIVO2D::ConstraintGraph2* pGraph) const { return findFirst(pGraph, true); }
 
 private:
     using Point2 = TESK_KIVO2D::Point2;
@@ -72,6 +75,7 @@ private:
         std::map<Corners, bool> mHas;
     };
 
+    std::string findFirst(TESK_KIVO2D::ConstraintGraph2* pGraph, bool bApart) const;
     void sortOut(const Segments& vGiven);
     void addStops(Knife& knife) const;
     void findHullEdge(Stop& stop) const;
