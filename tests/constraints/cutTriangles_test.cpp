@@ -51,7 +51,8 @@ struct Scene : Constrained {
         const long double bx = (long double)r.x() - p.x(), by = (long double)r.y() - p.y();
         const long double largest = std::max({p.getMaxAbs(), q.getMaxAbs(), r.getMaxAbs()});
         // What rounding makes of slivers may have no area at all.
-        if (!kivo.is2D() || std::abs(ax * by - ay * bx) <= 0x1p-40L * largest * largest) return;
+        if (!kivo.is2D() || std::abs(ax * by - ay * bx) <= std::max(0x1p-40L * largest, 0x1p-1060L) * largest)
+            return;
         ConstraintGraph2* const pRing = add(vRing, CIS_CONSTRAINED_DELAUNAY);
         const CapturedMessages captured;
         addZone(kivo.createZone(static_cast<ConstraintGraph2*>(nullptr), ZL_GLOBAL));
