@@ -195,7 +195,7 @@ TEST(CutTriangles, onALatticeMeetsTheSecondOpinion) {
 
 TEST(CutTriangles, amongRandomPointsMeetsTheSecondOpinion) {
     const Point2 aOrigins[] = {{0, 0}, {448262, 5411932}, {-1e3, 0}};
-    for (unsigned round = 0; round < 300 / few && !testing::Test::HasFailure(); ++round) {
+    for (unsigned round = 0; round < 150 / few && !testing::Test::HasFailure(); ++round) {
         SCOPED_TRACE(round);
         Rng rng(round);
         const Point2 origin = aOrigins[round % 3];
@@ -237,7 +237,7 @@ TEST(CutTriangles, amongRandomPointsMeetsTheSecondOpinion) {
 // Nothing may rest on where a crossing is rounded to.
 TEST(CutTriangles, ofNastySetsKeepsAllLaws) {
     for (const nastySets::Kind& kind : nastySets::all()) {
-        for (unsigned round = 0; round < 60 / few && !testing::Test::HasFailure(); ++round) {
+        for (unsigned round = 0; round < 30 / few && !testing::Test::HasFailure(); ++round) {
             SCOPED_TRACE(kind.name + std::string(" ") + std::to_string(round));
             Rng rng(round);
             Points vPoints = kind.make(rng), vEnds = kind.make(rng);

@@ -170,7 +170,8 @@ CutWitness::CutWitness(const Kivo_2D& itsKivo, const Segments& vGiven, const std
         for (const Knife& knife : vKnives) {
             if (!boxesMeet(*s->getSrc(), *s->getTrg(), knife.source, knife.target)) continue;
             for (const Stop& stop : knife.vStops)
-                if (isInside(*s->getSrc(), *s->getTrg(), stop.at)) vLeaves.back().vStops.push_back(stop);
+                if (isInside(*s->getSrc(), *s->getTrg(), stop.at))
+                    vLeaves.back().vStops.emplace_back(&knife, stop);
         }
     }
     for (const Zone2* pZone : vItsZones) {
@@ -361,20 +362,22 @@ void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces) co
     demand(k == vPieces.size(), "more pieces than between stops");
 }
 
+// But for some units in the last place.
+bool CutWitness::isOn(const Knife& knife, const Point2& p) {
+    const Point2 &a = knife.source, &b = knife.target;
+    const mpq_class reach = abs(mpq_class(a.x()) - b.x()) + abs(mpq_class(a.y()) - b.y());
+    return abs(side(a, b, rational(p))) <= 4 * unitOf(std::max(a.getMaxAbs(), b.getMaxAbs())) * reach;
+}
+
 // Along edges of the graph near the knife, all its stops can be reached, but for some units in the last
 // place.
 void CutWitness::checkReach(ConstraintGraph2* pGraph, const Places& mPlaces) const {
     const Segments vPieces = leavesOf({pGraph});
     const auto vertexAt = [&](const Point2& p) { return mPlaces.at({p.x() + 0.0, p.y() + 0.0}); };
     for (const Knife& knife : vKnives) {
-        const Point2 &a = knife.source, &b = knife.target;
-        const mpq_class reach = abs(mpq_class(a.x()) - b.x()) + abs(mpq_class(a.y()) - b.y());
-        const mpq_class limit = 4 * unitOf(std::max(a.getMaxAbs(), b.getMaxAbs())) * reach;
         std::map<Point2*, std::vector<Point2*>> mNeighbours;
         for (const Segment2& s : vPieces) {
-            if (abs(side(a, b, rational(s.getSrc()))) > limit ||
-                abs(side(a, b, rational(s.getTrg()))) > limit)
-                continue;
+            if (!isOn(knife, s.getSrc()) || !isOn(knife, s.getTrg())) continue;
             Point2 *const p = vertexAt(s.getSrc()), *const q = vertexAt(s.getTrg());
             mNeighbours[p].push_back(q);
             mNeighbours[q].push_back(p);
@@ -430,13 +433,11 @@ void CutWitness::checkLeaves(ConstraintGraph2* pGraph, const Places& mPlaces, bo
         }
         demand(!bApart || !leaf.vStops.empty() || leaf.pSegment->isAlive(),
                "a constraint segment that no knife meets is split");
-        const mpq_class unit =
-            4 * unitOf(std::max(leaf.pSegment->getSrc()->getMaxAbs(), leaf.pSegment->getTrg()->getMaxAbs()));
-        for (const Stop& stop : leaf.vStops) {
+        for (const auto& [pKnife, stop] : leaf.vStops) {
             const std::vector<Point2*> v = verticesAt(stop, mPlaces, bApart);
+            const Knife& knife = *pKnife;
             const bool bMeets = std::any_of(sEnds.begin(), sEnds.end(), [&](Point2* p) {
-                return contains(v, p) || (!bApart && sCut.count(p) != 0 && abs(stop.at.x - p->x()) <= unit &&
-                                          abs(stop.at.y - p->y()) <= unit);
+                return contains(v, p) || (!bApart && sCut.count(p) != 0 && isOn(knife, *p));
             });
             if (!bMeets)
                 throw Fault{"the constraint segment" +

@@ -24,6 +24,9 @@ public:
     CutWitness(const TESK_KIVO2D::Kivo_2D& kivo, const Segments& vKnives,
                const std::vector<GivenGraph>& vGraphs, const std::vector<TESK_KIVO2D::Zone2*>& vZones = {});
 
+    CutWitness(const CutWitness&) = delete;
+    CutWitness& operator=(const CutWitness&) = delete;
+
     // The warnings that the call must give.
     std::string warnings() const;
     // Whether a knife is left.
@@ -68,7 +71,7 @@ private:
     };
     struct Leaf {
         TESK_KIVO2D::ConstraintSegment2* pSegment;
-        std::vector<Stop> vStops;
+        std::vector<std::pair<const Knife*, Stop>> vStops;
     };
     struct ZoneBefore {
         const TESK_KIVO2D::Zone2* pZone;
@@ -84,6 +87,7 @@ private:
     std::vector<Point2*> verticesAt(const Stop& stop, const Places& mPlaces, bool bApart) const;
     void checkVertices(const std::vector<Point2*>& vNew, const Places& mPlaces, bool bApart) const;
     void checkPieces(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
+    static bool isOn(const Knife& knife, const Point2& p);
     void checkReach(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
     void checkRing(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
     void checkLeaves(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const;
