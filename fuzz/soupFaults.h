@@ -102,9 +102,10 @@ struct State {
                 if (pT->getOppositeTriangle(i) == nullptr || *p < *q) vEdges.emplace_back(*p, *q);
             }
         }
-        if (!kivo.is2D()) takePending(vGraphs);
+        takeLeaves(vGraphs);
     }
-    void takePending(const std::vector<ConstraintGraph2*>& vGraphs) {
+    // Some may be pending, and no edges yet.
+    void takeLeaves(const std::vector<ConstraintGraph2*>& vGraphs) {
         std::vector<ConstraintSegment2*> vLeaves;
         for (const ConstraintGraph2* pGraph : vGraphs)
             pGraph->getChildConstraintSegments(vLeaves);
