@@ -95,7 +95,7 @@ bool isSliver(const std::array<Point2*, 3>& corners) {
     const double unit = std::ldexp(1.0, std::max(std::ilogb(largest) - 52, -1074));
     const auto p = exactPoints({*corners[0], *corners[1], *corners[2], Point2(unit, 0)});
     mpz_class longest = 0;
-    for (int i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < 3; ++i) {
         const ExactPoint &a = p[i], &b = p[(i + 1) % 3];
         longest = std::max<mpz_class>(longest, abs(a.x - b.x) + abs(a.y - b.y));
     }
