@@ -290,7 +290,8 @@ private:
         if (kivo.is2D()) kivo.applyConstraintsAndZones();
         const State before(kivo);
         const std::vector<double> vAreas = areas();
-        const oracle::CutWitness witness(kivo, vKnives, vGraphs, vZones);
+        const oracle::CutWitness witness(kivo, vKnives, vGraphs,
+                                         input.isCoarse() ? vZones : std::vector<Zone2*>());
         heard.clear();
         ConstraintGraph2* const pGraph =
             vKnives.size() == 1 ? kivo.cutTriangles(vKnives.front()) : kivo.cutTriangles(vKnives);
@@ -299,9 +300,10 @@ private:
                             std::all_of(before.vPoints.begin(), before.vPoints.end(), [](const Point2& p) {
                                 return p.x() == std::floor(p.x()) && p.y() == std::floor(p.y());
                             });
-        // Of a knife through a hull as narrow as rounding is coarse, no more than a point may be left.
-        const bool bNone = pGraph == nullptr && !input.isCoarse();
-        const std::string fault = bNone ? "" : bApart ? witness.findFault(pGraph) : witness.findLoss(pGraph);
+        // Where rounding is as coarse as the lattice, stops change places.
+        const std::string fault = bApart             ? witness.findFault(pGraph)
+                                  : input.isCoarse() ? witness.findLoss(pGraph)
+                                                     : "";
         if (!fault.empty()) std::fprintf(stderr, "%s\n", fault.c_str());
         CHECK(fault.empty());
         CHECK(!bApart || said == witness.warnings());
@@ -387,7 +389,12 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pBytes, std::size_t num) {
     Input input(pBytes, num);
     setMessageSink([](MessageChannel, const std::string& text) { heard += text; });
-    Soup(input).run();
+    try {
+        Soup(input).run();
+    } catch (const KivoException&) {
+        std::fprintf(stderr, "%s", heard.c_str()); // names the condition
+        throw;
+    }
     setMessageSink({});
     return 0;
 }
