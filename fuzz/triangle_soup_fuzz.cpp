@@ -321,7 +321,7 @@ private:
     }
     void refine() {
         Zone2* const pZone = input.any(vZones);
-        if (pZone == nullptr) return;
+        if (pZone == nullptr || trianglesOf(pZone, !input.isCoarse()).empty()) return;
         MeshGenParams params(pZone);
         params.minAngleDegree = input.byte() % 31;
         params.maxInsertedPoints = 20;
