@@ -15,10 +15,13 @@ Point2* placeStop(const KnifeStop& stop, const Point2* pNear, SegmentSite& site,
 
 } // namespace
 
-KnifeCut::KnifeCut(const Segment2& itsKnife, const std::vector<KnifeStop>& vItsStops) : knife(itsKnife) {
-    vStops.reserve(vItsStops.size());
-    for (const KnifeStop& stop : vItsStops)
-        append(stop);
+Point2 KnifeCut::toHull(const Point2& p) const {
+    const auto isNear = [](double a, double b) { return a == b || std::nextafter(a, b) == b; };
+    for (const KnifeStop& stop : {vStops.front(), vStops.back()}) {
+        if (stop.bLeavesHull && isNear(p.x(), stop.point.x()) && isNear(p.y(), stop.point.y()))
+            return stop.point;
+    }
+    return p;
 }
 
 void KnifeCut::add(std::vector<Point2> vPoints) {
@@ -30,18 +33,8 @@ void KnifeCut::add(std::vector<Point2> vPoints) {
     auto next = std::upper_bound(vPoints.begin(), vPoints.end(), vOnPath.front().point, before);
     for (const KnifeStop& stop : vOnPath) {
         for (; next != vPoints.end() && isBefore(*next, stop.point); ++next)
-            append({*next, nullptr, nullptr, stop.pNear});
-        append(stop);
-    }
-}
-
-// A vertex is as good as any other stop there; and where a constraint is crossed it has to be split.
-void KnifeCut::append(const KnifeStop& stop) {
-    const auto rank = [](const KnifeStop& s) { return s.pVtx != nullptr ? 2 : s.pCSeg != nullptr ? 1 : 0; };
-    if (vStops.empty() || vStops.back().point != stop.point) {
+            vStops.push_back({*next, nullptr, nullptr, stop.pNear});
         vStops.push_back(stop);
-    } else if (rank(stop) > rank(vStops.back())) {
-        vStops.back() = stop;
     }
 }
 
@@ -65,7 +58,7 @@ std::vector<PointerPair> placeStops(const std::vector<KnifeCut>& vCuts, SegmentS
         for (const KnifeStop& stop : cut.stops()) {
             const Point2* const pNear = pPrevious != nullptr ? pPrevious : stop.pNear;
             Point2* const pVtx = placeStop(stop, pNear, site, inserter);
-            if (pPrevious != nullptr) vPieces.emplace_back(pPrevious, pVtx);
+            if (pPrevious != nullptr && pVtx != pPrevious) vPieces.emplace_back(pPrevious, pVtx);
             pPrevious = pVtx;
         }
     }

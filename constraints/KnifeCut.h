@@ -17,19 +17,24 @@ struct KnifeStop {
     Point2* pVtx;              // the one that is there, or null
     ConstraintSegment2* pCSeg; // the constraint edge that the knife crosses there, or null
     Point2* pNear;             // a vertex near
+    bool bLeavesHull = false;  // or enters it, through the inside of an edge
 };
 
-// The part of a knife that cuts, from stop to stop.
+// The part of a knife that cuts, from stop to stop. Several stops may be at the same place: all of the
+// constraints that the knife crosses there have to be split.
 class KnifeCut {
 public:
     // The stops are in the order in which the knife meets them.
-    KnifeCut(const Segment2& itsKnife, const std::vector<KnifeStop>& vItsStops);
+    KnifeCut(const Segment2& itsKnife, const std::vector<KnifeStop>& vItsStops)
+        : knife(itsKnife), vStops(vItsStops) {}
 
     // True when there is nothing to cut.
-    bool isPoint() const { return vStops.size() < 2; }
+    bool isPoint() const { return vStops.empty() || vStops.front().point == vStops.back().point; }
     const Segment2& getKnife() const { return knife; }
-    // No two that follow each other are at the same place.
     const std::vector<KnifeStop>& stops() const { return vStops; }
+    // The point where the knife leaves or enters the hull, if this one is no more than a unit in each
+    // coordinate away from there: else the two were one place rounded in two ways.
+    Point2 toHull(const Point2& p) const;
     // More stops: those of these points of the knife that lie between the first one and the last one.
     void add(std::vector<Point2> vPoints);
 
@@ -37,7 +42,6 @@ private:
     // For points of the knife that may have been rounded: to nearest, which keeps their order in each
     // coordinate. The one in which the knife is longer tells more of them apart.
     bool isBefore(const Point2& p, const Point2& q) const;
-    void append(const KnifeStop& stop);
 
     Segment2 knife;
     std::vector<KnifeStop> vStops;

@@ -148,8 +148,9 @@ KnifePath::Position KnifePath::stopAt(Point2* pVtx) {
 void KnifePath::addCrossing(HalfEdge edge) {
     Point2 *const p = edge.source(), *const q = edge.target();
     Point2 crossing = getNearestIntersection(src, trg, *p, *q);
-    if (edge.opposite() == nullptr) crossing = roundedOutwards(edge, crossing);
-    vStops.push_back({crossing, nullptr, mgr.getConstraintSegment(p, q), p});
+    const bool bHull = edge.opposite() == nullptr;
+    if (bHull) crossing = roundedOutwards(edge, crossing);
+    vStops.push_back({crossing, nullptr, mgr.getConstraintSegment(p, q), p, bHull});
 }
 
 // The point, or if it lies inside of the hull edge, one beside it that does not: a step of one unit in each

@@ -45,7 +45,7 @@ void addShared(std::vector<KnifeCut>& vCuts) {
                 const CollinearPart part = collinearPart(a, b, c, d);
                 vPoints = {part.first, part.last};
             } else if (const std::optional<Point2> point = getIntersectionCoordsNoRounding(a, b, c, d)) {
-                vPoints = {*point};
+                vPoints = {vCuts[i].toHull(vCuts[k].toHull(*point))};
             }
             for (const std::uint32_t knife : {i, k})
                 vShared[knife].insert(vShared[knife].end(), vPoints.begin(), vPoints.end());

@@ -201,6 +201,8 @@ public:
     /// no multiple of three, the result is null and the triangulation is as it was. At most 100 lines are
     /// printed; one more tells how many there are in all.
     ///
+    /// Constraint segments that are pending go on waiting.
+    ///
     /// Listeners hear progress as "import triangles". Expected O(n log n) for n triangles, plus the time to
     /// look at each vertex and each constraint segment that there was.
     /// \param vCorners three points a triangle; custom indices are taken over by new vertices

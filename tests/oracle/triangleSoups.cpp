@@ -224,7 +224,7 @@ SoupFacts soupFacts(const Points& vCorners) {
             facts.sBorder.insert(name);
         } else if (edge.first < edge.second) {
             const Corners &c = facts.vTriangles[t], &other = facts.vTriangles[right->second];
-            const auto isFar = [&](const Xy& xy) { return xy != edge.first && xy != edge.second; };
+            const auto isFar = [&edge = edge](const Xy& xy) { return xy != edge.first && xy != edge.second; };
             const Xy far = *std::find_if(other.begin(), other.end(), isFar);
             if (inCircle(pointOf(c[0]), pointOf(c[1]), pointOf(c[2]), pointOf(far)) > 0)
                 facts.sNotDelaunay.insert(name);
