@@ -69,6 +69,11 @@ class Import(ImportTest):
             for ending in ENDINGS[1:]:
                 again = self.imported("b." + ending, "--threads", "2", "-o", "c.node", "-o", "c.ele")
                 self.assertEqual((again["import"], as_set(self.triangles("c"))), ({**wanted, "turnedRound": 0}, as_set(triangles)), ending)
+            # A file in which each triangle has corners of its own.
+            self.write_obj("own.obj", [corner for triangle in triangles for corner in triangle], [(k - 2, k - 1, k) for k in range(3, 3 * len(triangles) + 1, 3)])
+            again = self.imported("own.obj", "-o", "c.node", "-o", "c.ele")
+            self.assertEqual((again["duplicates"], again["vertices"]), (3 * len(triangles) - wanted["corners"], wanted["corners"]))
+            self.assertEqual((again["import"], as_set(self.triangles("c"))), ({**wanted, "turnedRound": 0}, as_set(triangles)))
 
     def test_meshes_and_triangulations_of_real_data_come_back(self):
         for command, arguments in (("mesh", [NIPIGON, "--min-angle", "28", "--max-area", "9"]), ("triangulate", [NIPIGON]),
