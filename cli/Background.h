@@ -8,10 +8,11 @@
 namespace cli {
 
 // A copy of the triangulation as it was before it was meshed or cut, which tells what holds at a place. The
-// input must stay where it is, and keep the points that it had.
+// regions must stay where they are.
 class Background {
 public:
-    Background(const Input& input, const std::vector<ConstraintEdge>& vEdges);
+    Background(const TESK_KIVO2D::Kivo_2D& original, const std::vector<ConstraintEdge>& vEdges,
+               const std::vector<Region>& vRegions);
 
     // The limit of the region that the place lies in; the largest double where there is none.
     double maxAreaAt(const TESK_KIVO2D::Point2& place) const;

@@ -126,7 +126,7 @@ void Run::insert() {
     report.segmentsTime = watch.seconds();
     SegmentReport& segments = *report.segments;
     segments.numSkipped = constraints.numSkipped;
-    countPieces();
+    countSegmentEdges();
     segments.numNewEnds = insertion.numNewEnds;
     segments.numSteinerPoints = constraints.numSteinerPoints;
     segments.numCrossings = constraints.numCrossings;
@@ -173,11 +173,11 @@ void Run::unify() {
     const StopWatch watch;
     report.unify = unifyGrid(triangulation, pZone, *options.unifyWidth, input.table, constraints);
     if (report.mesh) report.mesh->bMovedAfterwards = true;
-    countPieces();
+    countSegmentEdges();
     report.unifyTime = watch.seconds();
 }
 
-void Run::countPieces() {
+void Run::countSegmentEdges() {
     if (!report.segments) return;
     report.segments->numMissing = constraints.numMissing;
     if (!triangulation.is2D()) return;
@@ -187,7 +187,7 @@ void Run::countPieces() {
 void Run::collectNewVertices() {
     const StopWatch watch;
     collectSegments(triangulation, input, insertion.vHandles, constraints);
-    countPieces();
+    countSegmentEdges();
     collectTime += watch.seconds();
 }
 

@@ -73,8 +73,8 @@ public:
     Mesh mesh;
 
 private:
-    // Of segments, for the report.
-    void countPieces();
+    // For the report: edges that are pieces of segments.
+    void countSegmentEdges();
     bool isZoneGiven() const { return !input.vTriangles.empty(); }
     std::vector<double> attributesOfMesh() const;
 

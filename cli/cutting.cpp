@@ -12,7 +12,7 @@ namespace {
 
 std::unique_ptr<Background> backgroundOf(const Run& run) {
     if (run.input.table.numAttributes == 0 || !run.triangulation.is2D()) return nullptr;
-    return std::make_unique<Background>(run.input, run.constraints.vEdges);
+    return std::make_unique<Background>(run.triangulation, run.constraints.vEdges, std::vector<Region>());
 }
 
 // How many of the edges are no more: constraint edges end only by being split.

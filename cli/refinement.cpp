@@ -74,7 +74,7 @@ void checkPositive(const char* option, const char* wanted, const std::optional<d
 
 std::unique_ptr<Background> backgroundOf(const Run& run) {
     if (run.input.table.numAttributes == 0 && !hasAreaLimits(run.input.domain)) return nullptr;
-    return std::make_unique<Background>(run.input, run.constraints.vEdges);
+    return std::make_unique<Background>(run.triangulation, run.constraints.vEdges, run.input.domain.vRegions);
 }
 
 } // namespace

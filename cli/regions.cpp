@@ -27,21 +27,20 @@ RegionMap::RegionMap(const Kivo_2D& triangulation, const std::vector<ConstraintE
     for (const Region& region : vRegions) {
         Triangle2* const pT = triangulation.locate(region.point);
         if (pT != nullptr && regionOf(pT) == nullptr) {
-            fill(triangulation, pT, region);
+            fill(pT, region);
         } else {
             vIdle.push_back({&region, pT == nullptr});
         }
     }
 }
 
-bool RegionMap::isBorder(const Kivo_2D& triangulation, Triangle2* pT, int i) const {
-    return triangulation.isConstraint(pT, i) &&
-           std::binary_search(
-               vBorders.begin(), vBorders.end(),
-               pairOf(pT->getCorner(Triangle2::incIndexBy1(i)), pT->getCorner(Triangle2::incIndexBy2(i))));
+bool RegionMap::isBorder(const Triangle2& t, int i) const {
+    const PositionPair edge =
+        pairOf(t.getCorner(Triangle2::incIndexBy1(i)), t.getCorner(Triangle2::incIndexBy2(i)));
+    return std::binary_search(vBorders.begin(), vBorders.end(), edge);
 }
 
-void RegionMap::fill(const Kivo_2D& triangulation, Triangle2* pStart, const Region& region) {
+void RegionMap::fill(Triangle2* pStart, const Region& region) {
     std::vector<Triangle2*> vStack{pStart};
     vRegionOf[mNumberOf.at(pStart)] = &region;
     while (!vStack.empty()) {
@@ -51,7 +50,7 @@ void RegionMap::fill(const Kivo_2D& triangulation, Triangle2* pStart, const Regi
             Triangle2* const pNext = pT->getOppositeTriangle(i);
             if (pNext == nullptr) continue;
             const Region*& pRegionOfNext = vRegionOf[mNumberOf.at(pNext)];
-            if (pRegionOfNext != nullptr || isBorder(triangulation, pT, i)) continue;
+            if (pRegionOfNext != nullptr || isBorder(*pT, i)) continue;
             pRegionOfNext = &region;
             vStack.push_back(pNext);
         }

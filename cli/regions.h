@@ -28,9 +28,8 @@ private:
         const Region* pRegion;
         bool bOutside; // else in a region that has an earlier point
     };
-    bool isBorder(const TESK_KIVO2D::Kivo_2D& triangulation, TESK_KIVO2D::Triangle2* pT, int i) const;
-    void fill(const TESK_KIVO2D::Kivo_2D& triangulation, TESK_KIVO2D::Triangle2* pStart,
-              const Region& region);
+    bool isBorder(const TESK_KIVO2D::Triangle2& t, int i) const;
+    void fill(TESK_KIVO2D::Triangle2* pStart, const Region& region);
 
     std::unordered_map<const TESK_KIVO2D::Triangle2*, std::size_t> mNumberOf; // only asked, never listed
     std::vector<const Region*> vRegionOf;                                     // by the number of the triangle

@@ -69,6 +69,11 @@ class Import(ImportTest):
             for ending in ENDINGS[1:]:
                 again = self.imported("b." + ending, "--threads", "2", "-o", "c.node", "-o", "c.ele")
                 self.assertEqual((again["import"], as_set(self.triangles("c"))), ({**wanted, "turnedRound": 0}, as_set(triangles)), ending)
+            # A file in which each triangle has corners of its own.
+            self.write_obj("own.obj", [corner for triangle in triangles for corner in triangle], [(k - 2, k - 1, k) for k in range(3, 3 * len(triangles) + 1, 3)])
+            again = self.imported("own.obj", "-o", "c.node", "-o", "c.ele")
+            self.assertEqual((again["duplicates"], again["vertices"]), (3 * len(triangles) - wanted["corners"], wanted["corners"]))
+            self.assertEqual((again["import"], as_set(self.triangles("c"))), ({**wanted, "turnedRound": 0}, as_set(triangles)))
 
     def test_meshes_and_triangulations_of_real_data_come_back(self):
         for command, arguments in (("mesh", [NIPIGON, "--min-angle", "28", "--max-area", "9"]), ("triangulate", [NIPIGON]),
@@ -122,9 +127,9 @@ class Import(ImportTest):
 
 class Cut(ImportTest):
     def grid(self, name, size):
-        """Squares halved by either diagonal; the height is a linear function."""
+        """Squares halved by either diagonal, with heights."""
         points = [(x, y) for y in range(size + 1) for x in range(size + 1)]
-        rows = [(i + 1, x, y, 3 * x - 2 * y) for i, (x, y) in enumerate(points)]
+        rows = [(i + 1, x, y, i * i * 7 % 11) for i, (x, y) in enumerate(points)]
         self.write(name + ".node", f"{len(points)} 2 1 0\n" + "".join("%d %d %d %d\n" % row for row in rows))
         corners = []
         for x, y in itertools.product(range(size), repeat=2):
@@ -179,8 +184,11 @@ class Cut(ImportTest):
         # The short knife divides nothing.
         self.assertEqual(sorted(areas.values()), [0.125, 1.5, 2.375, 3.78125, 11.28125, 20.59375, 24.34375])
         self.assertEqual((done["vertices"], done["import"]["triangles"]), (81 + done["cut"]["newVertices"], 128))
-        for x, y, height in self.nodes():
-            self.assertAlmostEqual(height, 3 * x - 2 * y, places=12)
+        surface = [[self.nodes("a.node")[int(corner) - 1] for corner in row[1:4]] for row in self.rows("a.ele")[1:]]
+        for node in self.nodes():
+            heights = {round(sum(share * corner[2] for share, corner in zip(shares, triangle)), 9) for triangle in surface
+                       for shares in [[cross(node, triangle[(i + 1) % 3], triangle[(i + 2) % 3]) for i in range(3)]] if min(shares) >= 0}
+            self.assertEqual(heights, {round(node[2], 9)}, node)
         # The files tell the same.
         root = xml.etree.ElementTree.fromstring(self.read("b.svg"))
         self.assertEqual({group.get("class") for group in root.iter(SVG + "g")} - {None}, {"mesh", "constraints", "cuts"})
