@@ -121,7 +121,7 @@ Point2 middleIn(const Bbox2& box, const Segment2& knife) {
     clip(src.y(), dy, box.get_minY(), box.get_maxY());
     const double middle = (from + to) / 2;
     const Point2 p(src.x() + middle * dx, src.y() + middle * dy);
-    return box.isInBox(p) ? p : trg;
+    return isFinite(p) && box.isInBox(p) ? p : trg; // a doubled box may be infinite
 }
 
 // Triangles with a new vertex on their circle stay as they are, while this lives.
