@@ -1,9 +1,9 @@
 #include "SegmentChecker.h"
 
 #include "checker/SegmentCheckerData.h"
-#include "kernel/finite.h"
 #include "checker/segmentClassification.h"
 #include "kernel/assertion.h"
+#include "kernel/finite.h"
 #include "kernel/messages.h"
 #include "kernel/tools.h"
 

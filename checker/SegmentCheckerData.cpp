@@ -1,7 +1,7 @@
 #include "checker/SegmentCheckerData.h"
 
-#include "kernel/finite.h"
 #include "checker/segmentClassification.h"
+#include "kernel/finite.h"
 #include "kernel/messages.h"
 
 #include <algorithm>

@@ -26,17 +26,24 @@ public:
     template<class Visit>
     void visitIntersectors(const Ends& ends, const Visit& visit);
 
+    // Calls visit(place, place, type) with each pair that has more in common than an end of both, once, in no
+    // order that means anything. Boxes and lines serve as in findIllegal.
+    template<class Visit>
+    void visitPairs(const Visit& visit);
+
     // A mark for each place: whether the segment there takes part and meets another one, in more than an end
     // that the two share unless alsoEndPoints. The operation advances by one for each segment.
     //
     // Boxes are no help once there were maxMisses comparisons a segment without a hit: then lines tell the
     // rest apart. Whatever the segments are, no more than these and the lines' own time is lost.
     std::vector<char> findIllegal(bool alsoEndPoints, ProgressHub::Operation* pOperation,
-                                  std::size_t maxMisses = 8);
+                                  std::size_t maxMisses = usualMisses);
 
     std::size_t size() const { return segments.size(); }
 
 private:
+    static constexpr std::size_t usualMisses = 8;
+
     // Counts a query. Lines take the place of boxes for good once there were many comparisons without a hit
     // for each query and each segment, and far more than hits.
     void prepareLines();
@@ -84,6 +91,27 @@ void SegmentQueries::visitIntersectors(const Ends& ends, const Visit& visit) {
         lines->visitCandidates(ends, true, compare);
     else
         index.visitCandidates(ends, compare);
+}
+
+template<class Visit>
+void SegmentQueries::visitPairs(const Visit& visit) {
+    std::size_t numMissesLeft = usualMisses * size();
+    for (std::size_t i = 0; i < size(); ++i) {
+        const auto compare = [&](std::size_t j) {
+            if (j <= i) return true;
+            const SegmentIntersectionType type = classify(tests, segments[i], segments[j]);
+            if (type != SIT_NONE && type != SIT_ENDPOINT)
+                visit(segments.place(i), segments.place(j), type);
+            else if (numMissesLeft > 0)
+                --numMissesLeft;
+            return true;
+        };
+        if (numMissesLeft == 0 && !lines) lines.emplace(segments, tests);
+        if (lines)
+            lines->visitCandidates(segments[i], false, compare);
+        else
+            index.visitCandidates(segments[i], compare);
+    }
 }
 
 } // namespace TESK_KIVO2D

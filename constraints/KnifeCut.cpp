@@ -1,16 +1,27 @@
 #include "constraints/KnifeCut.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <utility>
 
 namespace TESK_KIVO2D {
 namespace {
 
-Point2* placeStop(const KnifeStop& stop, const Point2* pNear, SegmentSite& site, SegmentInserter& inserter) {
-    if (stop.pVtx != nullptr) return stop.pVtx;
+// Calls f with each number below num: the one in the middle first, then those in the middle of the halves,
+// and so on. Vertices that come one after the other along a line may each take over all triangles of the one
+// before, and a segment that is split from one end to the other makes a tree as deep as it has pieces.
+template<class F>
+void forEachMiddleFirst(std::size_t num, F f) {
+    for (std::size_t step = std::bit_floor(num); step > 0; step /= 2) {
+        for (std::size_t i = step; i <= num; i += 2 * step)
+            f(i - 1);
+    }
+}
+
+Point2* placeStop(const KnifeStop& stop, SegmentSite& site, SegmentInserter& inserter) {
     if (stop.pCSeg != nullptr) return inserter.splitAt(stop.pCSeg, stop.point);
-    return site.insertNear(stop.point, pNear->getIncidentTriangle());
+    return site.insertNear(stop.point, stop.pNear->getIncidentTriangle());
 }
 
 } // namespace
@@ -50,16 +61,21 @@ bool KnifeCut::isBefore(const Point2& p, const Point2& q) const {
     return first < 0 || (first == 0 && second < 0);
 }
 
-std::vector<PointerPair> placeStops(const std::vector<KnifeCut>& vCuts, SegmentSite& site,
+void KnifeCut::place(SegmentSite& site, SegmentInserter& inserter) {
+    forEachMiddleFirst(vStops.size(), [&](std::size_t i) {
+        if (vStops[i].pVtx == nullptr) vStops[i].pVtx = placeStop(vStops[i], site, inserter);
+    });
+}
+
+std::vector<PointerPair> placeStops(std::vector<KnifeCut>& vCuts, SegmentSite& site,
                                     SegmentInserter& inserter) {
+    forEachMiddleFirst(vCuts.size(), [&](std::size_t i) { vCuts[i].place(site, inserter); });
     std::vector<PointerPair> vPieces;
     for (const KnifeCut& cut : vCuts) {
-        Point2* pPrevious = nullptr;
-        for (const KnifeStop& stop : cut.stops()) {
-            const Point2* const pNear = pPrevious != nullptr ? pPrevious : stop.pNear;
-            Point2* const pVtx = placeStop(stop, pNear, site, inserter);
-            if (pPrevious != nullptr && pVtx != pPrevious) vPieces.emplace_back(pPrevious, pVtx);
-            pPrevious = pVtx;
+        const std::vector<KnifeStop>& vStops = cut.stops();
+        for (std::size_t i = 1; i < vStops.size(); ++i) {
+            if (vStops[i - 1].pVtx != vStops[i].pVtx)
+                vPieces.emplace_back(vStops[i - 1].pVtx, vStops[i].pVtx);
         }
     }
     return vPieces;

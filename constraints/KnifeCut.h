@@ -35,6 +35,8 @@ public:
     // The point where the knife leaves or enters the hull, if this one is no more than a unit in each
     // coordinate away from there: else the two were one place rounded in two ways.
     Point2 toHull(const Point2& p) const;
+    // Makes all stops vertices, which they know afterwards.
+    void place(SegmentSite& site, SegmentInserter& inserter);
     // More stops: those of these points of the knife that lie between the first one and the last one.
     void add(std::vector<Point2> vPoints);
 
@@ -49,7 +51,7 @@ private:
 
 // Makes the stops of all cuts vertices: crossings with constraints split these. Returns the pieces between
 // them, in the order of the knives.
-std::vector<PointerPair> placeStops(const std::vector<KnifeCut>& vCuts, SegmentSite& site,
+std::vector<PointerPair> placeStops(std::vector<KnifeCut>& vCuts, SegmentSite& site,
                                     SegmentInserter& inserter);
 
 } // namespace TESK_KIVO2D

@@ -4,14 +4,26 @@
 #include "kernel/intersection.h"
 #include "kernel/tools.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
 namespace TESK_KIVO2D {
 
 KnifeCut KnifePath::follow(const Segment2& knife, const WalkResult& start) {
-    src = knife.getSrc();
-    trg = knife.getTrg();
+    run(knife.getSrc(), knife.getTrg(), start);
+    return KnifeCut(knife, vStops);
+}
+
+KnifeCut KnifePath::followBack(const Segment2& knife, const WalkResult& end) {
+    run(knife.getTrg(), knife.getSrc(), end);
+    std::reverse(vStops.begin(), vStops.end());
+    return KnifeCut(knife, vStops);
+}
+
+void KnifePath::run(const Point2& from, const Point2& to, const WalkResult& start) {
+    src = from;
+    trg = to;
     vStops.clear();
     Position position = enter(start);
     for (;;) {
@@ -20,11 +32,10 @@ KnifeCut KnifePath::follow(const Segment2& knife, const WalkResult& start) {
             continue;
         }
         const HalfEdge& edge = position.edge;
-        if (edge.pT == nullptr || edge.opposite() == nullptr) break;
+        if (edge.pT == nullptr || edge.opposite() == nullptr) return;
         Triangle2* const pT = edge.opposite();
         position = passTriangle(pT, pT->getIntraTriangleIndex(edge.pT));
     }
-    return KnifeCut(knife, vStops);
 }
 
 KnifePath::Position KnifePath::enter(const WalkResult& start) {

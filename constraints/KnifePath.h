@@ -23,6 +23,8 @@ public:
 
     // The start is where the walk to the knife's source ended. The knife has a length.
     KnifeCut follow(const Segment2& knife, const WalkResult& start);
+    // The same cut, followed from the knife's target, to which the walk led.
+    KnifeCut followBack(const Segment2& knife, const WalkResult& end);
 
 private:
     // How the knife goes on: from a vertex, or across an edge of a triangle whose source is to its right, or,
@@ -32,6 +34,7 @@ private:
         HalfEdge edge = {nullptr, 0};
     };
 
+    void run(const Point2& from, const Point2& to, const WalkResult& start);
     Position enter(const WalkResult& start);
     Position enterFromEdge(HalfEdge edge);
     Position enterFromOutside(HullEdge edge);

@@ -226,13 +226,18 @@ Point2* SegmentInserter::splitAt(ConstraintSegment2* pCSeg, const Point2& p) {
     if (edge.pT != nullptr) {
         if (Point2* const pSplitPoint = splitInPlace(pLeaf, edge, p, nullptr)) return pSplitPoint;
     }
-    Point2* const pSplitPoint = insertReleased(p, a->getIncidentTriangle(), pLeaf);
-    pLeaf->split_combinatorialOnly(pSplitPoint);
-    site.legalizeEdge(a, b);
-    vStack.clear();
-    pushPieces(pLeaf);
-    insertPieces();
-    return pSplitPoint;
+    try {
+        Point2* const pSplitPoint = insertReleased(p, a->getIncidentTriangle(), pLeaf);
+        pLeaf->split_combinatorialOnly(pSplitPoint);
+        site.legalizeEdge(a, b);
+        vStack.clear();
+        pushPieces(pLeaf);
+        insertPieces();
+        return pSplitPoint;
+    } catch (...) { // out of memory
+        mgr.applyLater();
+        throw;
+    }
 }
 
 // Inserts a point as if this segment were no constraint: it is not split by it, and its edge is not held.

@@ -82,13 +82,24 @@ auto keyOf(const SoupFault& fault) {
 
 } // namespace
 
-void SoupFaults::report(const TriangleSoup& soup, const std::string& location) {
-    constexpr std::size_t maxLines = 100;
+bool SoupFaults::isFull() {
+    if (vFaults.size() < numOfNextLook) return false;
+    sortAndUnite();
+    numOfNextLook = std::max(maxFaults, 2 * vFaults.size());
+    return vFaults.size() >= maxFaults;
+}
+
+void SoupFaults::sortAndUnite() {
     std::sort(vFaults.begin(), vFaults.end(),
               [](const SoupFault& a, const SoupFault& b) { return keyOf(a) < keyOf(b); });
     vFaults.erase(std::unique(vFaults.begin(), vFaults.end(),
                               [](const SoupFault& a, const SoupFault& b) { return keyOf(a) == keyOf(b); }),
                   vFaults.end());
+}
+
+void SoupFaults::report(const TriangleSoup& soup, const std::string& location) {
+    constexpr std::size_t maxLines = 100;
+    sortAndUnite();
     for (std::size_t i = 0; i < std::min(vFaults.size(), maxLines); ++i)
         reportError(location, textOf(soup, vFaults[i]));
     reportError(location, (bComplete ? "" : "At least ") + std::to_string(vFaults.size()) +

@@ -37,7 +37,7 @@ public:
     static constexpr std::size_t maxFaults = 10000;
 
     bool empty() const { return vFaults.empty(); }
-    bool isFull() const { return vFaults.size() >= maxFaults; }
+    bool isFull();
     void add(const SoupFault& fault) { vFaults.push_back(fault); }
     void addOverlap(TriangleSoup::Index a, TriangleSoup::Index b) {
         vFaults.push_back({SoupFault::OVERLAP, std::min(a, b), std::max(a, b)});
@@ -49,7 +49,10 @@ public:
     void report(const TriangleSoup& soup, const std::string& location);
 
 private:
+    void sortAndUnite();
+
     std::vector<SoupFault> vFaults;
+    std::size_t numOfNextLook = maxFaults; // whether enough of them are different
     bool bComplete = true;
 };
 

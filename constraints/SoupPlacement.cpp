@@ -2,10 +2,19 @@
 
 #include "core/edgeSearch.h"
 
+#include <algorithm>
+#include <random>
+
 namespace TESK_KIVO2D {
 
-bool SoupPlacement::isThere(TriangleSoup::Index p, TriangleSoup::Index q) const {
-    return findEdge(vVertices[p], vVertices[q]).pT != nullptr;
+std::vector<TriangleSoup::Edge> SoupPlacement::missingEdges() const {
+    std::vector<TriangleSoup::Edge> vMissing;
+    soup.forEachEdge([&](const TriangleSoup::Edge& edge) {
+        if (findEdge(vVertices[edge.p], vVertices[edge.q]).pT == nullptr) vMissing.push_back(edge);
+    });
+    std::mt19937_64 random; // the same order in every run
+    std::shuffle(vMissing.begin(), vMissing.end(), random);
+    return vMissing;
 }
 
 bool SoupPlacement::isFixed(const Point2* p, const Point2* q) const {
@@ -15,10 +24,7 @@ bool SoupPlacement::isFixed(const Point2* p, const Point2* q) const {
 
 Triangle2* SoupPlacement::find(const TriangleSoup::Triangle& triangle) const {
     const auto& [a, b, c] = triangle.aPoints;
-    const HalfEdge edge = findEdge(vVertices[a], vVertices[b]);
-    if (edge.pT == nullptr) return nullptr;
-    Triangle2* const pLeft = edge.source() == vVertices[a] ? edge.pT : edge.opposite();
-    return pLeft != nullptr && pLeft->hasVertex(vVertices[c]) ? pLeft : nullptr;
+    return findTriangle(vVertices[a], vVertices[b], vVertices[c]);
 }
 
 } // namespace TESK_KIVO2D

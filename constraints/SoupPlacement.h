@@ -23,31 +23,32 @@ public:
                   TeskTest& predicates)
         : soup(triangleSoup), vVertices(vItsVertices), tests(predicates), retriangulation(predicates) {}
 
-    // Calls onBlocked(lower, upper, halves, result) with each edge that can't be one, since a vertex lies on
-    // it or it crosses another one of the soup, and onForced(lower, upper) with each that was none before.
-    template<class OnBlocked, class OnForced>
-    void force(OnBlocked onBlocked, OnForced onForced) {
-        soup.forEachEdge([&](TriangleSoup::Index p, TriangleSoup::Index q, TriangleSoup::Halves halves) {
-            if (isThere(p, q)) return;
-            const CzResult result = traverse(vVertices[p], vVertices[q], tests, this, zone);
+    // Calls onBlocked(edge, result) with each edge that can't be one, since a vertex lies on it or it crosses
+    // another one of the soup.
+    //
+    // In random order: then the area that an edge crosses is expected to be small, whatever the soup is
+    // (Shewchuk & Brown 2015). A fan of long edges from one end to the other would take quadratic time.
+    template<class OnBlocked>
+    void force(OnBlocked onBlocked) {
+        for (const TriangleSoup::Edge& edge : missingEdges()) {
+            const CzResult result = traverse(vVertices[edge.p], vVertices[edge.q], tests, this, zone);
             if (result.end == CzResult::REACHED) {
                 retriangulation.fill(zone);
-                onForced(p, q);
-            } else {
-                onBlocked(p, q, halves, result);
+            } else if (result.end != CzResult::IS_EDGE) {
+                onBlocked(edge, result);
             }
-        });
+        }
     }
 
-    // The triangle of the triangulation that has these corners, or null. Costs the lowest of the degrees of
-    // the first two.
+    // The triangle of the triangulation that has these corners, or null. Costs the lowest of their degrees.
     Triangle2* find(const TriangleSoup::Triangle& triangle) const;
 
     // Knows the edges of the soup as fixed.
     const EdgeGuard& guard() const { return *this; }
 
 private:
-    bool isThere(TriangleSoup::Index p, TriangleSoup::Index q) const;
+    // Shuffled.
+    std::vector<TriangleSoup::Edge> missingEdges() const;
     bool isFixed(const Point2* p, const Point2* q) const override;
     void wasSplit(Point2*, Point2*, Point2*) override {} // no vertex comes
 

@@ -13,9 +13,8 @@ SoupTrial::SoupTrial(const TriangleSoup& triangleSoup, const std::vector<Point2*
 
 void SoupTrial::findFaults(const std::vector<PointerPair>& vSegments, SoupFaults& faults) {
     findShared(faults);
-    placement.force([&](Index p, Index q, Halves halves,
-                        const CzResult& result) { noteBlocked(p, q, halves, result, faults); },
-                    [](Index, Index) {});
+    placement.force(
+        [&](const TriangleSoup::Edge& edge, const CzResult& result) { noteBlocked(edge, result, faults); });
     claimTriangles(faults);
     for (const Index missing : vMissing) {
         if (!mayGoOn(faults)) return;
@@ -45,33 +44,34 @@ SoupTrial::Index SoupTrial::firstGiven(Halves halves) const {
 }
 
 void SoupTrial::findShared(SoupFaults& faults) const {
-    soup.forEachEdge([&](Index p, Index q, Halves halves) {
-        if (halves.size() < 3 || !mayGoOn(faults)) return;
+    soup.forEachEdge([&](const TriangleSoup::Edge& edge) {
+        if (edge.halves.size() < 3 || !mayGoOn(faults)) return;
         faults.add({.kind = SoupFault::SHARED_EDGE,
-                    .triangle = firstGiven(halves),
-                    .p = soup.points()[p],
-                    .q = soup.points()[q]});
+                    .triangle = firstGiven(edge.halves),
+                    .p = soup.points()[edge.p],
+                    .q = soup.points()[edge.q]});
     });
 }
 
 // An edge that crosses another one: the triangles overlap. Else all vertices on it are named.
-void SoupTrial::noteBlocked(Index p, Index q, Halves halves, const CzResult& result, SoupFaults& faults) {
-    const Index given = firstGiven(halves);
+void SoupTrial::noteBlocked(const TriangleSoup::Edge& edge, const CzResult& result, SoupFaults& faults) {
+    const Index given = firstGiven(edge.halves);
     if (result.end == CzResult::MET_FIXED)
         faults.addOverlap(given, firstGiven(soup.halvesBetween(soup.find(*result.edge.source()),
                                                                soup.find(*result.edge.target()))));
-    std::vector<PointerPair> vPieces = {{vVertices[p], vVertices[q]}};
+    std::vector<PointerPair> vPieces = {{vVertices[edge.p], vVertices[edge.q]}};
     while (!vPieces.empty() && mayGoOn(faults)) {
         const auto [pFrom, pTo] = vPieces.back();
         vPieces.pop_back();
         const CzResult next = traverse(pFrom, pTo, tests, nullptr, zone);
+        numComparisons += zone.vTriangles.size();
         if (next.end != CzResult::MET_VERTEX) continue;
         faults.add({.kind = soup.find(*next.pVtx) == TriangleSoup::none ? SoupFault::VERTEX_IN_EDGE
                                                                         : SoupFault::CORNER_IN_EDGE,
                     .triangle = given,
                     .point = *next.pVtx,
-                    .p = *vVertices[p],
-                    .q = *vVertices[q]});
+                    .p = *vVertices[edge.p],
+                    .q = *vVertices[edge.q]});
         vPieces.emplace_back(pFrom, next.pVtx);
         vPieces.emplace_back(next.pVtx, pTo);
     }
@@ -116,7 +116,9 @@ void SoupTrial::searchAround(Index missing, SoupFaults& faults) {
             faults.addOverlap(given, soup.triangles()[k].given);
         for (int i = 0; i < 3; ++i) {
             const Point2& corner = *pT->getCorner(i);
-            if (corner.getCustomIndex() < 0 && isStrictlyInside(corner, corners))
+            // All triangles around such a vertex are met, so one of them may speak for it.
+            if (corner.getCustomIndex() < 0 && corner.getIncidentTriangle() == pT &&
+                isStrictlyInside(corner, corners))
                 faults.add({.kind = SoupFault::VERTEX_IN_TRIANGLE, .triangle = given, .point = corner});
             meet(pT->getOppositeTriangle(i));
         }

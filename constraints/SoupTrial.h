@@ -37,7 +37,7 @@ private:
     // The place of the first triangle at an edge among those given.
     Index firstGiven(Halves halves) const;
     void findShared(SoupFaults& faults) const;
-    void noteBlocked(Index p, Index q, Halves halves, const CzResult& result, SoupFaults& faults);
+    void noteBlocked(const TriangleSoup::Edge& edge, const CzResult& result, SoupFaults& faults);
     void claimTriangles(SoupFaults& faults);
     void searchAround(Index missing, SoupFaults& faults);
     void compareMissing(SoupFaults& faults);

@@ -11,9 +11,7 @@
 #include <utility>
 
 namespace TESK_KIVO2D {
-namespace {
-
-} // namespace
+namespace {} // namespace
 
 TriangleSoup::TriangleSoup(const std::vector<Point2>& vCorners) : vGiven(vCorners) {
     // Never more than three quarters full.
@@ -21,11 +19,18 @@ TriangleSoup::TriangleSoup(const std::vector<Point2>& vCorners) : vGiven(vCorner
     const Index numGiven = static_cast<Index>(vCorners.size() / 3);
     vTriangles.reserve(numGiven);
     TeskTest tests;
-    constexpr Index ahead = 8; // so many triangles ahead, the slots of the corners are fetched
+    // So many triangles ahead, the slots of the corners are fetched, and then the points that these name.
+    constexpr Index aheadSlots = 12, aheadPoints = 5;
     for (Index given = 0; given < numGiven; ++given) {
-        if (given + ahead < numGiven) {
-            for (const Point2& corner : givenCorners(given + ahead))
+        if (given + aheadSlots < numGiven) {
+            for (const Point2& corner : givenCorners(given + aheadSlots))
                 prefetch(static_cast<const void*>(&vSlots[firstSlotOf(corner)]));
+        }
+        if (given + aheadPoints < numGiven) {
+            for (const Point2& corner : givenCorners(given + aheadPoints)) {
+                const Index p = vSlots[firstSlotOf(corner)];
+                if (p != none) prefetch(static_cast<const void*>(&vPoints[p]));
+            }
         }
         add(given, tests);
     }

@@ -32,6 +32,10 @@ public:
     };
     // The sides of an edge: packed, see halfOf.
     using Halves = std::span<const std::uint64_t>;
+    struct Edge {
+        Index p, q; // the lower one first
+        Halves halves;
+    };
 
     // Their number is a multiple of three, and no more than maxCorners. O(n log n), mostly O(n).
     explicit TriangleSoup(const std::vector<Point2>& vCorners);
@@ -71,7 +75,7 @@ public:
         return vTriangles[half.triangle].aPoints[static_cast<std::size_t>((half.i + 2) % 3)];
     }
 
-    // Calls f(lower, upper, halves) with each edge, its points in their order.
+    // Calls f with each edge.
     template<class F>
     void forEachEdge(F f) const {
         for (Index p = 0; p < vPoints.size(); ++p) {
@@ -80,7 +84,7 @@ public:
                 std::size_t end = k + 1;
                 while (end < vFirst[p + 1] && upperOf(vHalves[end]) == q)
                     ++end;
-                f(p, q, Halves(&vHalves[k], end - k));
+                f(Edge{p, q, Halves(&vHalves[k], end - k)});
                 k = end;
             }
         }

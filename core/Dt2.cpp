@@ -58,7 +58,10 @@ Point2* Dt2::insert(const Point2& p) {
 
 Point2* Dt2::insertFrom(const Point2& p, Triangle2* pStart) {
     const StartGrid::Cell cell = vertexVault.startCell(p, store);
-    if (pStart == nullptr) pStart = vertexVault.getCloT(cell, p);
+    // Where a start is given, much may have come in between since.
+    Triangle2* const pClose = vertexVault.getCloT(cell, p);
+    if (pStart == nullptr || sqDistance(*pClose->getCorner(0), p) < sqDistance(*pStart->getCorner(0), p))
+        pStart = pClose;
     const WalkResult found = walk(pStart, p, pTeskPredicates);
     if (found.code == WalkResult::ON_CORNER) return cornerAt(found, p);
     prefetchSurroundings(found.pT);

@@ -37,6 +37,7 @@ class SoupFaults;
 class SoupPlacement;
 class TriangleSoup;
 class KnifeCut;
+class KnifePath;
 struct RefinementMemory;
 class VertexMover;
 class Visualizer2;
@@ -122,7 +123,6 @@ public:
         maxChunkSize = maxChunk;
     }
     ProgressHub& progressHub() override { return hub; }
-    void setCircleTies(CircleTies ties) { circleTies = ties; }
 
     // What insertions and removals cost since construction, for tests and benchmarks.
     const WorkCounts& workCounts() const { return work; }
@@ -158,6 +158,7 @@ private:
     void draw(Visualizer2& vis, bool bWithConstraints) const;
     bool checkConstraintSegments(const std::string& label) const;
     struct IgnoredKnives;
+    KnifeCut findCut(const Segment2& knife, KnifePath& path);
     std::vector<KnifeCut> findCuts(const std::vector<Segment2>& vKnives, IgnoredKnives& ignored);
     // Changes nothing.
     void findSoupFaults(const TriangleSoup& soup, SoupFaults& faults);

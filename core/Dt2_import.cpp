@@ -18,7 +18,7 @@ namespace TESK_KIVO2D {
 namespace {
 
 using Index = TriangleSoup::Index;
-using Halves = TriangleSoup::Halves;
+using Edge = TriangleSoup::Edge;
 
 constexpr const char* location = "Dt2::importTriangles(..)";
 
@@ -44,8 +44,9 @@ bool areCorners(const std::vector<Point2>& vCorners) {
 std::vector<PointerPair> heldEdges(const TriangleSoup& soup, const std::vector<Point2*>& vVertices,
                                    TeskTest& tests) {
     std::vector<PointerPair> vHeld;
-    soup.forEachEdge([&](Index p, Index q, Halves halves) {
-        if (halves.size() == 1) return;
+    soup.forEachEdge([&](const Edge& edge) {
+        if (edge.halves.size() == 1) return;
+        const auto& [p, q, halves] = edge;
         TriangleSoup::Half left = TriangleSoup::halfOf(halves[0]), right = TriangleSoup::halfOf(halves[1]);
         if (!soup.isLeft(left, p)) std::swap(left, right);
         const std::vector<Point2>& vPoints = soup.points();
@@ -61,7 +62,7 @@ void reportImported(const TriangleSoup& soup, std::size_t numHeld) {
         return std::to_string(num) + " " + what + (num == 1 ? "" : "s");
     };
     std::size_t numBorder = 0;
-    soup.forEachEdge([&](Index, Index, Halves halves) { numBorder += halves.size() == 1; });
+    soup.forEachEdge([&](const Edge& edge) { numBorder += edge.halves.size() == 1; });
     reportInfo(location,
                count(soup.triangles().size(), "triangle") + " with " + count(soup.points().size(), "corner") +
                    " imported, " + std::to_string(soup.numTurned()) + " turned round, " +
@@ -135,16 +136,13 @@ Zone2* Dt2::placeSoup(const TriangleSoup& soup, bool bVerbose) {
     insertVector(soup.points().data(), soup.points().size(), vVertices.data());
     const std::vector<PointerPair> vHeld = heldEdges(soup, vVertices, pTeskPredicates);
     SoupPlacement placement(soup, vVertices, pTeskPredicates);
-    std::vector<PointerPair> vForced;
     Zone2* pZone = nullptr;
     try {
-        placement.force([](Index, Index, Halves, const CzResult&) { KIVO_ASSERT(false, "false"); },
-                        [&](Index p, Index q) { vForced.emplace_back(vVertices[p], vVertices[q]); });
+        placement.force([](const Edge&, const CzResult&) { KIVO_ASSERT(false, "false"); });
         if (!vHeld.empty()) fixEdges(vHeld);
         pZone = boundedZone(soup, placement);
-    } catch (...) { // out of memory: what is not held goes back to what it was
-        for (const auto& [p, q] : vForced)
-            legalizeEdge(p, q);
+    } catch (...) { // out of memory: what is not held gives way to what is Delaunay
+        soup.forEachEdge([&](const Edge& edge) { legalizeEdge(vVertices[edge.p], vVertices[edge.q]); });
         throw;
     }
     if (bVerbose) reportImported(soup, vHeld.size());

@@ -125,4 +125,25 @@ HalfEdge findEdge(const Point2* p, const Point2* q) {
     return {nullptr, 0};
 }
 
+Triangle2* findTriangle(const Point2* a, const Point2* b, const Point2* c) {
+    const auto isIt = [](const Turn& turn, const Point2* p, const Point2* q) {
+        const Point2 *const pFirst = turn.first(), *const pSecond = turn.second();
+        return (pFirst == p && pSecond == q) || (pFirst == q && pSecond == p);
+    };
+    Turn turnA(a);
+    for (int i = 0; i < numOneSided && turnA.triangle() != nullptr; ++i, turnA.next()) {
+        if (isIt(turnA, b, c)) return turnA.triangle();
+    }
+    Turn turnB(b), turnC(c);
+    while (turnA.triangle() != nullptr && turnB.triangle() != nullptr && turnC.triangle() != nullptr) {
+        if (isIt(turnA, b, c)) return turnA.triangle();
+        if (isIt(turnB, a, c)) return turnB.triangle();
+        if (isIt(turnC, a, b)) return turnC.triangle();
+        turnA.next();
+        turnB.next();
+        turnC.next();
+    }
+    return nullptr;
+}
+
 } // namespace TESK_KIVO2D

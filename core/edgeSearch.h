@@ -28,6 +28,9 @@ Departure findDeparture(Point2* p, Point2* q, TeskTest& tests);
 // Costs the lower of their degrees.
 HalfEdge findEdge(const Point2* p, const Point2* q);
 
+// The triangle with these corners, or null. Costs the lowest of their degrees.
+Triangle2* findTriangle(const Point2* a, const Point2* b, const Point2* c);
+
 // Calls f with the other end of each edge at the vertex, as long as it returns true.
 template<class F>
 void forEachSpoke(const Point2* pVtx, F f) {

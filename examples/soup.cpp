@@ -1,40 +1,46 @@
-// A metal sheet, divided into triangles by another program: taken in as it is, and sawn along two lines.
+// A floor that somebody else has triangulated comes in as it is, once a slip in it is mended; then two
+// trenches are cut through it.
 #include <Kivo_2D.h>
 
 #include <iostream>
+#include <string>
 #include <vector>
 
 using namespace TESK_KIVO2D;
 
+static void print(const char* what, const Kivo_2D& plan, const Zone2* pFloor) {
+    std::cout << what << ": " << plan.numberOfPoints() << " vertices, " << pFloor->getNumberOfTriangles()
+              << " triangles, area " << pFloor->getArea2D() << '\n';
+}
+
 int main() {
-    // Three corners a triangle. A corner of the upper part lies inside an edge of the lower one, which can't
-    // be part of a triangulation; the message says where.
-    std::vector<Point2> vSheet = {{0, 0},  {40, 0},  {40, 10}, {0, 0},  {40, 10}, {0, 10},
-                                  {0, 10}, {15, 10}, {15, 30}, {0, 10}, {15, 30}, {0, 30}};
-    Kivo_2D sheet;
-    if (sheet.importTriangles(vSheet) == nullptr)
-        std::cout << "not taken in; " << sheet.numberOfPoints() << " vertices\n";
+    setMessageSink([](MessageChannel, const std::string& text) { std::cout << text; });
+    const Point2 a(0, 0), b(12, 0), c(14, 4), d(0, 4), e(5, 9), f(5, 4);
+    Kivo_2D plan;
 
-    // The second triangle becomes two. Only what is given is in the zone, and all of it.
-    vSheet[5] = Point2(15, 10);
-    vSheet.insert(vSheet.end(), {{0, 0}, {15, 10}, {0, 10}});
-    Zone2* const pSheet = sheet.importTriangles(vSheet, false);
-    std::cout << pSheet->getNumberOfTriangles() << " triangles, area " << pSheet->getArea2D() << '\n';
+    // Three corners a triangle. Two have an edge from d to c, two end in the middle of it, and whoever has
+    // seen the crack has filled it with a triangle of no height.
+    if (plan.importTriangles({a, b, c, a, c, d, d, f, e, f, c, e, d, f, c}) == nullptr)
+        std::cout << "nothing came in: " << plan.numberOfPoints() << " vertices\n";
 
-    // Saw lines that cross each other, and edges: each comes back as a chain of edges, which stay.
-    ConstraintGraph2* const pCuts =
-        sheet.cutTriangles({{Point2(10, -1), Point2(10, 31)}, {Point2(-1, 5), Point2(41, 5)}});
-    std::vector<Point2*> vChains;
-    pCuts->getPolygonVertices(vChains);
-    std::cout << vChains.size() / 2 << " edges along the cuts; the sheet now has "
-              << pSheet->getNumberOfTriangles() << " triangles, area " << pSheet->getArea2D() << '\n';
+    // Mended; the second triangle is clockwise, which is no fault. A Delaunay triangulation would have the
+    // other diagonal of the lower part: the given one becomes a constraint.
+    const Zone2* const pFloor = plan.importTriangles({a, b, c, a, d, c, d, c, e});
+    print("imported", plan, pFloor);
 
-    // A piece is what can be reached from a place in it without a step over the border or a cut.
-    for (const Point2& place : {Point2(1, 1), Point2(39, 1), Point2(1, 29), Point2(39, 9)}) {
-        const Zone2* const pPiece =
-            sheet.createZone({pSheet->getConstraintGraph(), pCuts}, ZL_GROW, place, false);
-        std::cout << "the piece at (" << place.x() << ", " << place.y() << ") has an area of "
-                  << pPiece->getArea2D() << '\n';
-    }
-    pSheet->show("sheet.ps", false, true);
+    // The trenches cross edges, each other and the border, beyond which nothing is cut.
+    ConstraintGraph2* const pTrenches =
+        plan.cutTriangles({{Point2(-1, 3), Point2(15, 3)}, {Point2(8, -1), Point2(4, 9)}});
+    print("cut", plan, pFloor);
+    std::vector<Point2*> vCourse; // two ends an edge, along the first trench, then along the second one
+    pTrenches->getPolygonVertices(vCourse);
+    for (std::size_t i = 0; i < vCourse.size(); i += 2)
+        std::cout << "  (" << vCourse[i]->x() << ", " << vCourse[i]->y() << ") to (" << vCourse[i + 1]->x()
+                  << ", " << vCourse[i + 1]->y() << ")\n";
+
+    // They are borders from now on, as that of the floor is.
+    const Zone2* const pCorner =
+        plan.createZone({pFloor->getConstraintGraph(), pTrenches}, ZL_GROW, Point2(1, 1));
+    std::cout << "the corner at (1, 1): area " << pCorner->getArea2D() << '\n';
+    setMessageSink({}); // the standard streams again
 }

@@ -59,6 +59,17 @@ def main():
     for mode in range(4):
         seed = corpus / "zone_soup_fuzz" / f"zones_{mode}"
         seed.write_bytes(bytes([mode]) + zones + b"".join(kinds) + rest)
+    # As fuzz/triangle_soup_fuzz.cpp reads them: a soup of a triangulation's triangles, beside points or into nothing,
+    # one with a fault, then knives, its own triangles, a refinement and a split, each with a byte that asks for a check.
+    around = bytes([0, 5, *b"\x11\xe2\x2d\xdc\x67\x98", 1, 1, 0, 0x01, 0xEF, 1])
+    soup_points = b"\x00\x70\xF0\x27\x76\xB9\x4C\xF8\xAF"
+    carved = bytes([4, 6, *soup_points, 0xFF, 1, 1, 5, 0xC6, *soup_points, 0, 0x37, 0xA4, 0xEE, 1, 4, 0, 1])
+    knives = bytes([7, 0x00, 0xFF, 1, 9, 3, 0x08, 0xF7, 0x73, 0x7E, 0x20, 0x2D, 0x25, 0x2F, 1])
+    rest = bytes([6, 0x5A, 1, 1, 2, 2, *b"\x12\x51\x36\x51\x98\x36", 1, 1, 12, 0, 20, 1, 13, 0, 0, 1, 11, 3, 1])
+    for mode in range(4):
+        for kind, content in enumerate((carved + knives, around + carved + knives, knives + carved)):
+            seed = corpus / "triangle_soup_fuzz" / f"soup_{mode}_{kind}"
+            seed.write_bytes(bytes([mode]) + content + rest)
     # As fuzz/mesh_fuzz.cpp reads them: a square with a segment in it, a kind of zone, and two refinements.
     square = bytes([4, 0x00, 0xF0, 0xF0, 0xFF, 0xFF, 0x0F, 0x0F, 0x00, 0x33, 0x7A])
     refinements = bytes([1, 30, 0, 40, 0, 0, 2, 1, 25, 3, 0, 0, 9, 0])

@@ -36,10 +36,23 @@ struct Scene : Constrained {
         vZones.push_back(pZone);
     }
 
+    // Where some of them are conforming a cut may ask for more Steiner points on them.
+    Nearness addConstraints(const Segments& vSegments, bool bSomeConforming) {
+        if (bSomeConforming) addOneByOne(vSegments);
+        for (std::size_t i = 0; i < vSegments.size() && !bSomeConforming; ++i)
+            add({vSegments[i]}, CIS_CONSTRAINED_DELAUNAY, i % 3 == 0);
+        return bSomeConforming ? NEAR : APART;
+    }
+
     // Zones of most kinds, two of them inside and outside of a ring.
     void addZones(const Segments& vRing) {
         const Point2 p = vRing[0].getSrc(), q = vRing[1].getSrc(), r = vRing[2].getSrc();
-        if (!kivo.is2D() || oracle::orientation(p, q, r) == 0) return;
+        const long double ax = (long double)q.x() - p.x(), ay = (long double)q.y() - p.y();
+        const long double bx = (long double)r.x() - p.x(), by = (long double)r.y() - p.y();
+        const long double largest = std::max({p.getMaxAbs(), q.getMaxAbs(), r.getMaxAbs()});
+        // What rounding makes of slivers may have no area at all.
+        if (!kivo.is2D() || std::abs(ax * by - ay * bx) <= std::max(0x1p-40L * largest, 0x1p-1060L) * largest)
+            return;
         ConstraintGraph2* const pRing = add(vRing, CIS_CONSTRAINED_DELAUNAY);
         const CapturedMessages captured;
         addZone(kivo.createZone(static_cast<ConstraintGraph2*>(nullptr), ZL_GLOBAL));
@@ -52,12 +65,14 @@ struct Scene : Constrained {
         });
         vSome.resize((vSome.size() + 2) / 3);
         Zone2* const pSome = kivo.createZone(vSome);
+        if (pSome == nullptr) return; // too thin for a point inside
         addZone(pSome);
         std::vector<ConstraintGraph2*> vBorder;
         pSome->getConstraintGraphs(vBorder);
         for (ConstraintGraph2* pGraph : vBorder)
             vGraphs.push_back({pGraph, oracle::originalsOf(pGraph)});
-        addZone(zoneSymmetricDifference(vZones[1], pSome));
+        Zone2* const pDifference = zoneSymmetricDifference(vZones[1], pSome);
+        if (pDifference != nullptr) vZones.push_back(pDifference);
     }
 
     // Cuts, and demands what must hold.
@@ -73,10 +88,11 @@ struct Scene : Constrained {
             vEnds.insert(vEnds.end(), {s.getSrc(), s.getTrg()});
         const std::string text = "cut " + doubles::hex(vEnds) + "\n" + given();
         EXPECT_EQ("", nearness == APART ? witness.findFault(pGraph) : witness.findLoss(pGraph)) << text;
+        const std::string warnings = witness.warnings();
+        EXPECT_EQ(warnings, nearness == APART ? said : said.substr(0, warnings.size())) << text;
         if (nearness == APART) {
-            EXPECT_EQ(witness.warnings(), said) << text;
             for (std::size_t i = 0; i < vZones.size(); ++i)
-                EXPECT_NEAR(vAreas[i], vZones[i]->getArea2D(), 1e-9 * vAreas[i]) << text;
+                EXPECT_NEAR(vAreas[i], vZones[i]->getArea2D(), 1e-8 * vAreas[0]) << text;
         }
         if (pGraph != nullptr) vGraphs.push_back({pGraph, oracle::originalsOf(pGraph)});
         expectConstrained(*this);
@@ -163,14 +179,14 @@ TEST(CutTriangles, onALatticeMeetsTheSecondOpinion) {
             Segments vConstraints, vKnives;
             for (int i = below(rng, 4); i > 0; --i)
                 vConstraints.push_back(lattice.constraint(rng));
-            scene.addOneByOne(scaled(vConstraints, exponent));
+            const Nearness nearness = scene.addConstraints(scaled(vConstraints, exponent), round % 4 == 3);
             scene.addZones(scaled(lattice.ring(rng), exponent));
             for (int i = 1 + below(rng, 2) * below(rng, 8); i > 0; --i) {
                 vKnives.push_back(lattice.knife(rng));
                 if (rng() % 4 == 0) vKnives.push_back(vKnives[rng() % vKnives.size()]);
                 if (rng() % 8 == 0) vKnives.back().swapSrcTrg();
             }
-            scene.cut(scaled(vKnives, exponent), APART);
+            scene.cut(scaled(vKnives, exponent), nearness);
             return oracle::triangleList(scene.kivo);
         };
         EXPECT_EQ(run(), run()) << "not twice the same";
@@ -179,11 +195,11 @@ TEST(CutTriangles, onALatticeMeetsTheSecondOpinion) {
 
 TEST(CutTriangles, amongRandomPointsMeetsTheSecondOpinion) {
     const Point2 aOrigins[] = {{0, 0}, {448262, 5411932}, {-1e3, 0}};
-    for (unsigned round = 0; round < 300 / few && !testing::Test::HasFailure(); ++round) {
+    for (unsigned round = 0; round < 150 / few && !testing::Test::HasFailure(); ++round) {
         SCOPED_TRACE(round);
         Rng rng(round);
         const Point2 origin = aOrigins[round % 3];
-        const int exponent = round % 5 != 0 ? 0 : round % 2 == 0 ? 490 : -490;
+        const int exponent = round % 7 != 0 ? 0 : round % 2 == 0 ? 490 : -490;
         const auto points = [&](int num, double margin) {
             Points v;
             for (; num > 0; --num) {
@@ -201,18 +217,19 @@ TEST(CutTriangles, amongRandomPointsMeetsTheSecondOpinion) {
             return v;
         };
         Scene scene;
-        scene.kivo.insert(points(5 + below(rng, 60), 0));
-        scene.addOneByOne(segments(below(rng, 4)));
+        const Points vPoints = points(5 + below(rng, 60), 0);
+        scene.kivo.insert(vPoints);
+        const Nearness nearness = scene.addConstraints(segments(below(rng, 4)), round % 5 == 4);
         scene.addZones(zoned::ringOf(points(3, -2)));
-        for (int i = below(rng, 4); i >= 0; --i) {
+        for (int i = 0; i <= int(round) % 4; ++i) {
             Segments vKnives = segments(1 + below(rng, 2) * below(rng, 12));
             // Along edges, through vertices and from them.
-            const std::vector<Point2*> vVertices = scene.vertices();
-            const Point2 p = *anyOf(rng, vVertices), q = *anyOf(rng, vVertices);
-            if (rng() % 2 == 0) vKnives.emplace_back(p, q);
+            const Point2 p = anyOf(rng, vPoints);
             if (rng() % 2 == 0) vKnives.emplace_back(p, points(1, 3)[0]);
-            if (rng() % 4 == 0) vKnives.emplace_back(*vVertices[0], *vVertices[1]);
-            scene.cut(vKnives, APART);
+            if (i == 0 && rng() % 2 == 0) vKnives.emplace_back(p, anyOf(rng, vPoints)); // again: not apart
+            const Triangle2* const pT = oracle::allTriangles(scene.kivo).front();
+            if (i == 0 && rng() % 2 == 0) vKnives.emplace_back(*pT->getCorner(0), *pT->getCorner(1));
+            scene.cut(vKnives, nearness);
         }
     }
 }
@@ -220,7 +237,7 @@ TEST(CutTriangles, amongRandomPointsMeetsTheSecondOpinion) {
 // Nothing may rest on where a crossing is rounded to.
 TEST(CutTriangles, ofNastySetsKeepsAllLaws) {
     for (const nastySets::Kind& kind : nastySets::all()) {
-        for (unsigned round = 0; round < 60 / few && !testing::Test::HasFailure(); ++round) {
+        for (unsigned round = 0; round < 30 / few && !testing::Test::HasFailure(); ++round) {
             SCOPED_TRACE(kind.name + std::string(" ") + std::to_string(round));
             Rng rng(round);
             Points vPoints = kind.make(rng), vEnds = kind.make(rng);
@@ -269,7 +286,7 @@ TEST(CutTriangles, onACoarseGridKeepsAllLaws) {
         Scene scene;
         scene.kivo.insert({at(), at(), at(), at(), {dx, dy}, {dx + width, dy}, {dx, dy + height}});
         scene.addOneByOne(segments(3));
-        scene.addZones(zoned::ringOf({at(), at(), at()}));
+        scene.addZones(zoned::ringOf({{dx, dy}, {dx + width, dy}, {dx, dy + height}}));
         for (int i = 0; i < 3; ++i)
             scene.cut(segments(1 + below(rng, 4)), NEAR);
     }

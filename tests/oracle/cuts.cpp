@@ -60,13 +60,22 @@ std::pair<double, double> around(const mpq_class& exact) {
     return {low, low == exact ? low : std::nextafter(low, infinity)};
 }
 
-// Those of them that are nearest, or hardly further away.
-std::vector<double> nearestTo(const mpq_class& exact) {
-    const auto [low, high] = around(exact);
+// Those of them that are nearest, or hardly further away, and so many neighbours on either side.
+std::vector<double> nearestTo(const mpq_class& exact, int numSteps) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    auto [low, high] = around(exact);
     const mpq_class below = exact - low, above = high - exact, slack = mpq_class(0x1p-20) * (above + below);
-    std::vector<double> v;
-    if (below <= above + slack) v.push_back(low);
-    if (above <= below + slack && high != low) v.push_back(high);
+    if (high - low > std::numeric_limits<double>::denorm_min()) {
+        if (below > above + slack) low = high;
+        if (above > below + slack) high = low;
+    }
+    std::vector<double> v = {low};
+    if (high != low) v.push_back(high);
+    for (; numSteps > 0; --numSteps) {
+        low = std::nextafter(low, -infinity);
+        high = std::nextafter(high, infinity);
+        v.insert(v.end(), {low, high});
+    }
     return v;
 }
 
@@ -87,15 +96,17 @@ bool isInTriangle(const std::array<Point2*, 3>& corners, const Point2& p, int le
     return true;
 }
 
+// In the last place.
+double unitOf(double value) { return std::ldexp(1.0, std::max(std::ilogb(value) - 52, -1074)); }
+
 // So low that rounding may have moved borders across its centre.
 bool isSliver(const std::array<Point2*, 3>& corners) {
     double largest = 0;
     for (const Point2* p : corners)
         largest = std::max(largest, p->getMaxAbs());
-    const double unit = std::ldexp(1.0, std::max(std::ilogb(largest) - 52, -1074));
-    const auto p = exactPoints({*corners[0], *corners[1], *corners[2], Point2(unit, 0)});
+    const auto p = exactPoints({*corners[0], *corners[1], *corners[2], Point2(unitOf(largest), 0)});
     mpz_class longest = 0;
-    for (int i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < 3; ++i) {
         const ExactPoint &a = p[i], &b = p[(i + 1) % 3];
         longest = std::max<mpz_class>(longest, abs(a.x - b.x) + abs(a.y - b.y));
     }
@@ -159,7 +170,8 @@ CutWitness::CutWitness(const Kivo_2D& itsKivo, const Segments& vGiven, const std
         for (const Knife& knife : vKnives) {
             if (!boxesMeet(*s->getSrc(), *s->getTrg(), knife.source, knife.target)) continue;
             for (const Stop& stop : knife.vStops)
-                if (isInside(*s->getSrc(), *s->getTrg(), stop.at)) vLeaves.back().vStops.push_back(stop);
+                if (isInside(*s->getSrc(), *s->getTrg(), stop.at))
+                    vLeaves.back().vStops.emplace_back(&knife, stop);
         }
     }
     for (const Zone2* pZone : vItsZones) {
@@ -260,100 +272,66 @@ std::string CutWitness::warnings() const {
     return text;
 }
 
-std::size_t CutWitness::numStops() const {
-    std::set<std::pair<mpq_class, mpq_class>> s;
-    for (const Knife& knife : vKnives)
-        for (const Stop& stop : knife.vStops)
-            s.emplace(stop.at.x, stop.at.y);
-    return s.size();
-}
-
-std::string CutWitness::findLoss(ConstraintGraph2* pGraph) const {
+std::string CutWitness::findFirst(ConstraintGraph2* pGraph, bool bApart) const {
     try {
         demand((pGraph == nullptr) == vKnives.empty(), "a graph without a knife, or the other way round");
-        Places mPlaces;
-        std::vector<Point2*> v;
-        kivo.getVertexPointers(v);
-        for (Point2* p : v)
-            mPlaces[{p->x() + 0.0, p->y() + 0.0}] = p; // one zero only
-        checkVertices(mPlaces);
-        if (pGraph != nullptr) checkPieces(pGraph, mPlaces);
-        checkLeaves(mPlaces, false);
-        checkZones();
-        return "";
-    } catch (const Fault& fault) {
-        return fault.text;
-    }
-}
-
-std::string CutWitness::findFault(ConstraintGraph2* pGraph) const {
-    const std::string loss = findLoss(pGraph);
-    if (!loss.empty()) return loss;
-    try {
         Places mPlaces;
         std::vector<Point2*> v, vNew;
         kivo.getVertexPointers(v);
         for (Point2* p : v) {
-            mPlaces[{p->x() + 0.0, p->y() + 0.0}] = p;
+            mPlaces[{p->x() + 0.0, p->y() + 0.0}] = p; // one zero only
             if (mIndex.count(p) == 0) vNew.push_back(p);
         }
-        std::set<Point2*> sAtStops;
-        for (const Knife& knife : vKnives)
-            for (const Stop& stop : knife.vStops)
-                for (Point2* p : verticesAt(stop, mPlaces))
-                    sAtStops.insert(p);
-        for (Point2* p : vNew)
-            if (sAtStops.count(p) == 0) throw Fault{"a new vertex is at no stop:" + textOf({p})};
-        checkLeaves(mPlaces, true);
-        checkOldTriangles(vNew);
-        checkHull(mPlaces);
+        checkVertices(vNew, mPlaces, bApart);
+        if (pGraph != nullptr && !bApart) {
+            checkReach(pGraph, mPlaces);
+        } else if (pGraph != nullptr) {
+            pGraph->isPolygon() ? checkRing(pGraph, mPlaces) : checkPieces(pGraph, mPlaces);
+        }
+        checkLeaves(pGraph, mPlaces, bApart);
+        checkZones();
+        if (bApart) checkOldTriangles(vNew);
+        if (bApart) checkHull();
         return "";
     } catch (const Fault& fault) {
         return fault.text;
     }
 }
 
-// All that the stop may have been rounded to.
-std::vector<Point2*> CutWitness::verticesAt(const Stop& stop, const Places& mPlaces) const {
-    const bool bHull = stop.hullEdge.first != nullptr;
-    const auto choices = [bHull](const mpq_class& exact) {
-        std::vector<double> vValues = nearestTo(exact);
-        if (!bHull) return vValues;
-        constexpr double infinity = std::numeric_limits<double>::infinity();
-        for (const double value : nearestTo(exact))
-            for (const double end : {-infinity, infinity})
-                vValues.push_back(std::nextafter(value, end));
-        return vValues;
-    };
+// What the stop may have been rounded to. Where things are near it may have been taken for another one.
+std::vector<Point2*> CutWitness::verticesAt(const Stop& stop, const Places& mPlaces, bool bApart) const {
+    const auto& [p, q] = stop.hullEdge;
+    const int numSteps = !bApart ? 3 : p == nullptr ? 0 : 1;
     std::vector<Point2*> v;
-    for (const double x : choices(stop.at.x)) {
-        for (const double y : choices(stop.at.y)) {
+    for (const double x : nearestTo(stop.at.x, numSteps)) {
+        for (const double y : nearestTo(stop.at.y, numSteps)) {
             const auto it = mPlaces.find({x + 0.0, y + 0.0});
-            if (it == mPlaces.end() || contains(v, it->second)) continue;
-            const auto& [p, q] = stop.hullEdge;
-            if (!bHull || orientation(*p, *q, *it->second) <= 0) v.push_back(it->second);
+            if (it != mPlaces.end() && (p == nullptr || orientation(*p, *q, *it->second) <= 0))
+                v.push_back(it->second);
         }
     }
     return v;
 }
 
-void CutWitness::checkVertices(const Places& mPlaces) const {
+void CutWitness::checkVertices(const std::vector<Point2*>& vNew, const Places& mPlaces, bool bApart) const {
     for (const auto& [pVtx, place] : vPlaces) {
         const auto it = mPlaces.find({place.x() + 0.0, place.y() + 0.0});
         demand(it != mPlaces.end() && it->second == pVtx, "a vertex is gone");
     }
-    for (const Knife& knife : vKnives)
-        for (const Stop& stop : knife.vStops)
-            if (verticesAt(stop, mPlaces).empty()) {
-                const Point2 at(stop.at.x.get_d(), stop.at.y.get_d());
-                throw Fault{(stop.hullEdge.first != nullptr ? "no vertex at the stop on the hull at"
-                                                            : "no vertex at the stop at") +
-                            textOf({&at})};
-            }
+    std::set<Point2*> sAtStops;
+    for (const Knife& knife : vKnives) {
+        for (const Stop& stop : knife.vStops) {
+            const std::vector<Point2*> vThere = verticesAt(stop, mPlaces, bApart);
+            sAtStops.insert(vThere.begin(), vThere.end());
+            const Point2 at(stop.at.x.get_d(), stop.at.y.get_d());
+            if (vThere.empty()) throw Fault{"no vertex at the stop at" + textOf({&at})};
+        }
+    }
+    for (Point2* p : vNew)
+        if (bApart && sAtStops.count(p) == 0) throw Fault{"a new vertex is at no stop:" + textOf({p})};
 }
 
 void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces) const {
-    if (pGraph->isPolygon()) return checkRing(pGraph, mPlaces);
     demand(pGraph->isOriented(), "the graph has no directions");
     const std::vector<PointPair> vPieces = originalPairs(pGraph);
     std::set<PointPair> sSeen;
@@ -366,31 +344,58 @@ void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces) co
         return q == pHere && sSeen.count(vPieces[k]) != 0 ? p : nullptr;
     };
     for (const Knife& knife : vKnives) {
-        std::vector<Point2*> vHere = verticesAt(knife.vStops.front(), mPlaces);
+        std::vector<Point2*> vHere = verticesAt(knife.vStops.front(), mPlaces, true);
         for (const Stop& stop : knife.vStops) {
-            const std::vector<Point2*> vThere = verticesAt(stop, mPlaces);
-            std::vector<Point2*> vSame;
-            Point2* pThere = nullptr;
+            const std::vector<Point2*> vThere = verticesAt(stop, mPlaces, true);
+            std::vector<Point2*> vSame, vNext;
             for (Point2* pHere : vHere) {
-                Point2* const pNext = next(pHere);
-                if (pNext != nullptr && contains(vThere, pNext) && pNext != pHere) pThere = pNext;
+                if (contains(vThere, next(pHere))) vNext.push_back(next(pHere));
                 if (contains(vThere, pHere)) vSame.push_back(pHere);
             }
-            if (pThere == nullptr || &stop == &knife.vStops.front()) {
-                if (vSame.empty()) {
-                    const Point2 at(stop.at.x.get_d(), stop.at.y.get_d());
-                    std::string text = "no piece from" + textOf({vHere.front()}) + " to" + textOf({&at});
-                    if (k < vPieces.size()) text += ", but" + textOf({vPieces[k].first, vPieces[k].second});
-                    throw Fault{text};
-                }
-                vHere = vSame;
-                continue;
-            }
-            sSeen.insert(vPieces[k++]);
-            vHere = {pThere};
+            const bool bStays = vNext.empty() || &stop == &knife.vStops.front();
+            if (bStays && vSame.empty())
+                throw Fault{"no piece from" + textOf({vHere.front()}) + " to" + textOf({vThere.front()})};
+            if (!bStays) sSeen.insert(vPieces[k++]);
+            vHere = bStays ? vSame : vNext;
         }
     }
     demand(k == vPieces.size(), "more pieces than between stops");
+}
+
+// But for some units in the last place.
+bool CutWitness::isOn(const Knife& knife, const Point2& p) {
+    const Point2 &a = knife.source, &b = knife.target;
+    const mpq_class reach = abs(mpq_class(a.x()) - b.x()) + abs(mpq_class(a.y()) - b.y());
+    return abs(side(a, b, rational(p))) <= 4 * unitOf(std::max(a.getMaxAbs(), b.getMaxAbs())) * reach;
+}
+
+// Along edges of the graph near the knife, all its stops can be reached, but for some units in the last
+// place.
+void CutWitness::checkReach(ConstraintGraph2* pGraph, const Places& mPlaces) const {
+    const Segments vPieces = leavesOf({pGraph});
+    const auto vertexAt = [&](const Point2& p) { return mPlaces.at({p.x() + 0.0, p.y() + 0.0}); };
+    for (const Knife& knife : vKnives) {
+        std::map<Point2*, std::vector<Point2*>> mNeighbours;
+        for (const Segment2& s : vPieces) {
+            if (!isOn(knife, s.getSrc()) || !isOn(knife, s.getTrg())) continue;
+            Point2 *const p = vertexAt(s.getSrc()), *const q = vertexAt(s.getTrg());
+            mNeighbours[p].push_back(q);
+            mNeighbours[q].push_back(p);
+        }
+        std::vector<Point2*> vStack = verticesAt(knife.vStops.front(), mPlaces, false);
+        std::set<Point2*> sReached(vStack.begin(), vStack.end());
+        while (!vStack.empty()) {
+            Point2* const pHere = vStack.back();
+            vStack.pop_back();
+            for (Point2* pNext : mNeighbours[pHere])
+                if (sReached.insert(pNext).second) vStack.push_back(pNext);
+        }
+        for (const Stop& stop : knife.vStops) {
+            const std::vector<Point2*> v = verticesAt(stop, mPlaces, false);
+            if (std::none_of(v.begin(), v.end(), [&](Point2* p) { return sReached.count(p) != 0; }))
+                throw Fault{"no way along the knife to" + textOf({v.front()})};
+        }
+    }
 }
 
 void CutWitness::checkRing(ConstraintGraph2* pGraph, const Places& mPlaces) const {
@@ -398,9 +403,9 @@ void CutWitness::checkRing(ConstraintGraph2* pGraph, const Places& mPlaces) cons
     for (const auto& [p, q] : originalPairs(pGraph))
         vPieces.push_back(std::minmax(p, q));
     for (const Knife& knife : vKnives) {
-        Point2* pHere = verticesAt(knife.vStops.front(), mPlaces).front();
+        Point2* pHere = verticesAt(knife.vStops.front(), mPlaces, true).front();
         for (const Stop& stop : knife.vStops) {
-            Point2* const pThere = verticesAt(stop, mPlaces).front();
+            Point2* const pThere = verticesAt(stop, mPlaces, true).front();
             if (pThere != pHere) vExpected.push_back(std::minmax(pHere, pThere));
             pHere = pThere;
         }
@@ -410,7 +415,14 @@ void CutWitness::checkRing(ConstraintGraph2* pGraph, const Places& mPlaces) cons
     demand(vPieces == vExpected, "the ring is not the one between stops");
 }
 
-void CutWitness::checkLeaves(const Places& mPlaces, bool bOthersLive) const {
+// The vertex of the stop is one between the pieces of the segment. Or, where other vertices are near, the two
+// chains meet beside it.
+void CutWitness::checkLeaves(ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const {
+    std::set<Point2*> sCut;
+    if (pGraph != nullptr)
+        for (const Segment2& s : leavesOf({pGraph}))
+            for (const Point2& p : {s.getSrc(), s.getTrg()})
+                sCut.insert(mPlaces.at({p.x() + 0.0, p.y() + 0.0}));
     for (const Leaf& leaf : vLeaves) {
         std::vector<ConstraintSegment2*> vPieces;
         if (!leaf.pSegment->isAlive()) leaf.pSegment->getChildrenRec(vPieces);
@@ -419,13 +431,19 @@ void CutWitness::checkLeaves(const Places& mPlaces, bool bOthersLive) const {
             demand(s->isAlive(), "a piece of a constraint segment is no leaf");
             sEnds.insert({s->getSrc(), s->getTrg()});
         }
-        for (const Stop& stop : leaf.vStops) {
-            const std::vector<Point2*> v = verticesAt(stop, mPlaces);
-            demand(std::any_of(v.begin(), v.end(), [&](Point2* p) { return sEnds.count(p) != 0; }),
-                   "a constraint segment does not pass through a stop on it");
-        }
-        demand(!bOthersLive || !leaf.vStops.empty() || leaf.pSegment->isAlive(),
+        demand(!bApart || !leaf.vStops.empty() || leaf.pSegment->isAlive(),
                "a constraint segment that no knife meets is split");
+        for (const auto& [pKnife, stop] : leaf.vStops) {
+            const std::vector<Point2*> v = verticesAt(stop, mPlaces, bApart);
+            const Knife& knife = *pKnife;
+            const bool bMeets = std::any_of(sEnds.begin(), sEnds.end(), [&](Point2* p) {
+                return contains(v, p) || (!bApart && sCut.count(p) != 0 && isOn(knife, *p));
+            });
+            if (!bMeets)
+                throw Fault{"the constraint segment" +
+                            textOf({leaf.pSegment->getSrc(), leaf.pSegment->getTrg()}) +
+                            " does not pass through the stop on it," + textOf({v.front()})};
+        }
     }
 }
 
@@ -452,7 +470,7 @@ void CutWitness::checkZones() const {
         };
         const Point2 center(third([](const Point2* p) { return p->x(); }),
                             third([](const Point2* p) { return p->y(); }));
-        if (!bStayed && (isSliver(corners) || !isInTriangle(corners, center, 1))) continue;
+        if (!bStayed && !isInTriangle(corners, center, 1)) continue;
         std::vector<Corners> vHolding; // more than one where the centre lies on an edge
         if (bStayed) vHolding = {corners};
         for (const Corners& old : vGone) {
@@ -467,7 +485,9 @@ void CutWitness::checkZones() const {
             for (const Corners& old : vHolding)
                 (vZones[i].mHas.at(old) ? bOut : bIn) = false;
             const bool bIs = vAfter[i].count(corners) != 0;
-            demand(bIs ? bIn : bOut, bIs ? "a zone has grown" : "a zone has shrunk");
+            if (!(bIs ? bIn : bOut) && !isSliver(corners))
+                throw Fault{(bIs ? "a zone has grown by" : "a zone has lost") +
+                            textOf({corners[0], corners[1], corners[2]})};
         }
     }
 }
@@ -500,7 +520,7 @@ void CutWitness::checkOldTriangles(const std::vector<Point2*>& vNew) const {
     }
 }
 
-void CutWitness::checkHull(const Places& mPlaces) const {
+void CutWitness::checkHull() const {
     std::vector<Point2*> vNow;
     kivo.getConvexHull(true, vNow);
     const std::set<Point2*> sNow(vNow.begin(), vNow.end());
@@ -510,14 +530,13 @@ void CutWitness::checkHull(const Places& mPlaces) const {
             bStays = isSliver({vNow[i], vNow[(i + 1) % vNow.size()], p});
         demand(bStays, "a corner of the hull left it");
     }
-    std::set<Point2*> sStops;
-    for (const Knife& knife : vKnives)
-        for (const Stop& stop : knife.vStops)
-            if (stop.hullEdge.first != nullptr)
-                for (Point2* p : verticesAt(stop, mPlaces))
-                    sStops.insert(p);
-    for (Point2* p : vNow)
-        demand(mIndex.count(p) != 0 || sStops.count(p) != 0, "a new vertex of the hull is no stop there");
+    for (Point2* p : vNow) {
+        const bool bAtHull = std::any_of(vHullEdges.begin(), vHullEdges.end(), [&](const PointPair& edge) {
+            return isSliver({edge.second, edge.first, p});
+        });
+        if (mIndex.count(p) == 0 && !bAtHull)
+            throw Fault{"a new vertex of the hull is no stop there:" + textOf({p})};
+    }
 }
 
 } // namespace oracle

@@ -24,30 +24,32 @@ public:
     CutWitness(const TESK_KIVO2D::Kivo_2D& kivo, const Segments& vKnives,
                const std::vector<GivenGraph>& vGraphs, const std::vector<TESK_KIVO2D::Zone2*>& vZones = {});
 
+    CutWitness(const CutWitness&) = delete;
+    CutWitness& operator=(const CutWitness&) = delete;
+
     // The warnings that the call must give.
     std::string warnings() const;
     // Whether a knife is left.
     bool isCut() const { return !vKnives.empty(); }
-    // How many different points there are where knives meet vertices, edges, each other, or end.
-    std::size_t numStops() const;
 
-    // The first of these laws that is broken, in words, or an empty text. They hold however near things are:
+    // The first of these laws that is broken, in words, or an empty text:
     //   - there is no graph exactly when no knife is left;
     //   - all vertices are still there, where they were;
     //   - each stop has a vertex at the exact point rounded to nearest, or hardly further away; on the hull:
     //     at most one step further in each coordinate, on the hull edge or beyond it;
     //   - the originals of the graph join successive stops, in the order and direction of the knives;
-    //   - constraint segments that are met pass through the vertices there;
+    //   - constraint segments that are met pass through the vertices at the stops on them;
     //   - triangles that are more than slivers belong to a zone exactly when their centre did.
-    std::string findLoss(TESK_KIVO2D::ConstraintGraph2* pGraph) const;
+    // Where stops are no more than some units in the last place apart from each other, or from vertices and
+    // edges that they do not lie on, one may be taken for the other.
+    std::string findLoss(TESK_KIVO2D::ConstraintGraph2* pGraph) const { return findFirst(pGraph, false); }
 
-    // The same, and these laws, which hold where stops are more than some units in the last place apart from
-    // each other, and from vertices and edges that they do not lie on:
-    //   - each new vertex is one at a stop;
+    // The same where there is no such thing, and:
+    //   - each new vertex is at a stop;
     //   - triangles that no knife meets, and whose circles hold no new vertex, stay as they were;
     //   - constraint segments that no knife meets stay;
-    //   - corners of the hull stay on the hull, and what is new there is one of its stops.
-    std::string findFault(TESK_KIVO2D::ConstraintGraph2* pGraph) const;
+    //   - corners of the hull stay on the hull, and what is new there was on it but for rounding.
+    std::string findFault(TESK_KIVO2D::ConstraintGraph2* pGraph) const { return findFirst(pGraph, true); }
 
 private:
     using Point2 = TESK_KIVO2D::Point2;
@@ -69,26 +71,29 @@ private:
     };
     struct Leaf {
         TESK_KIVO2D::ConstraintSegment2* pSegment;
-        std::vector<Stop> vStops;
+        std::vector<std::pair<const Knife*, Stop>> vStops;
     };
     struct ZoneBefore {
         const TESK_KIVO2D::Zone2* pZone;
         std::map<Corners, bool> mHas;
     };
 
+    std::string findFirst(TESK_KIVO2D::ConstraintGraph2* pGraph, bool bApart) const;
     void sortOut(const Segments& vGiven);
     void addStops(Knife& knife) const;
     void findHullEdge(Stop& stop) const;
     bool meets(const Knife& knife, const Corners& corners) const;
 
-    std::vector<Point2*> verticesAt(const Stop& stop, const Places& mPlaces) const;
-    void checkVertices(const Places& mPlaces) const;
+    std::vector<Point2*> verticesAt(const Stop& stop, const Places& mPlaces, bool bApart) const;
+    void checkVertices(const std::vector<Point2*>& vNew, const Places& mPlaces, bool bApart) const;
     void checkPieces(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
+    static bool isOn(const Knife& knife, const Point2& p);
+    void checkReach(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
     void checkRing(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
-    void checkLeaves(const Places& mPlaces, bool bOthersLive) const;
+    void checkLeaves(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const;
     void checkZones() const;
     void checkOldTriangles(const std::vector<Point2*>& vNew) const;
-    void checkHull(const Places& mPlaces) const;
+    void checkHull() const;
 
     const TESK_KIVO2D::Kivo_2D& kivo;
     std::size_t numNotFinite = 0, numNoLength = 0, numApart = 0;

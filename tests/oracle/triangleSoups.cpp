@@ -29,15 +29,7 @@ std::string textOf(const Edge& e) {
 bool isFinite(const Point2& p) { return std::isfinite(p.x()) && std::isfinite(p.y()); }
 
 bool boxesMeet(const Point2* p, Index num, const Point2* q, Index otherNum) {
-    const auto apart = [&](double (Point2::*coordinate)() const) {
-        const auto less = [=](const Point2& a, const Point2& b) {
-            return (a.*coordinate)() < (b.*coordinate)();
-        };
-        const auto [low, high] = std::minmax_element(p, p + num, less);
-        const auto [otherLow, otherHigh] = std::minmax_element(q, q + otherNum, less);
-        return less(*high, *otherLow) || less(*otherHigh, *low);
-    };
-    return !apart(&Point2::x) && !apart(&Point2::y);
+    return Bbox2(p, p + num).doIntersect(Bbox2(q, q + otherNum));
 }
 
 class FaultSearch {
@@ -224,7 +216,7 @@ SoupFacts soupFacts(const Points& vCorners) {
             facts.sBorder.insert(name);
         } else if (edge.first < edge.second) {
             const Corners &c = facts.vTriangles[t], &other = facts.vTriangles[right->second];
-            const auto isFar = [&edge = edge](const Xy& xy) { return xy != edge.first && xy != edge.second; };
+            const auto isFar = [&name](const Xy& xy) { return xy != name.first && xy != name.second; };
             const Xy far = *std::find_if(other.begin(), other.end(), isFar);
             if (inCircle(pointOf(c[0]), pointOf(c[1]), pointOf(c[2]), pointOf(far)) > 0)
                 facts.sNotDelaunay.insert(name);
