@@ -6,6 +6,7 @@
 #include "tests/support/realData.h"
 #include "tests/support/sanitized.h"
 
+#include <functional>
 #include <limits>
 
 // Knives through triangulations, against a second opinion by rationals (see oracle::CutWitness).
@@ -31,9 +32,14 @@ struct Scene : Constrained {
         kivo.getVertexPointers(v);
         return v;
     }
-    void addZone(Zone2* pZone) {
+    // With the graph of its border, where that is one of its own.
+    void addZone(Zone2* pZone, bool bOwnBorder = false) {
         ASSERT_NE(nullptr, pZone);
         vZones.push_back(pZone);
+        std::vector<ConstraintGraph2*> vBorder;
+        pZone->getConstraintGraphs(vBorder);
+        for (std::size_t i = 0; bOwnBorder && i < vBorder.size(); ++i)
+            vGraphs.push_back({vBorder[i], oracle::originalsOf(vBorder[i])});
     }
 
     // Where some of them are conforming a cut may ask for more Steiner points on them.
@@ -66,11 +72,7 @@ struct Scene : Constrained {
         vSome.resize((vSome.size() + 2) / 3);
         Zone2* const pSome = kivo.createZone(vSome);
         if (pSome == nullptr) return; // too thin for a point inside
-        addZone(pSome);
-        std::vector<ConstraintGraph2*> vBorder;
-        pSome->getConstraintGraphs(vBorder);
-        for (ConstraintGraph2* pGraph : vBorder)
-            vGraphs.push_back({pGraph, oracle::originalsOf(pGraph)});
+        addZone(pSome, true);
         Zone2* const pDifference = zoneSymmetricDifference(vZones[1], pSome);
         if (pDifference != nullptr) vZones.push_back(pDifference);
     }
@@ -88,9 +90,8 @@ struct Scene : Constrained {
             vEnds.insert(vEnds.end(), {s.getSrc(), s.getTrg()});
         const std::string text = "cut " + doubles::hex(vEnds) + "\n" + given();
         EXPECT_EQ("", nearness == APART ? witness.findFault(pGraph) : witness.findLoss(pGraph)) << text;
-        const std::string warnings = witness.warnings();
-        EXPECT_EQ(warnings, nearness == APART ? said : said.substr(0, warnings.size())) << text;
         if (nearness == APART) {
+            EXPECT_EQ(witness.warnings(), said) << text;
             for (std::size_t i = 0; i < vZones.size(); ++i)
                 EXPECT_NEAR(vAreas[i], vZones[i]->getArea2D(), 1e-8 * vAreas[0]) << text;
         }
@@ -117,6 +118,17 @@ Segments scaled(const Segments& v, int exponent) {
 template<class Value>
 const Value& anyOf(Rng& rng, const std::vector<Value>& v) {
     return v[rng() % v.size()];
+}
+
+Segments segmentsOf(int num, const std::function<Point2()>& makePoint, bool bDistinct = true) {
+    Segments v;
+    while (num > 0) {
+        const Point2 p = makePoint();
+        v.emplace_back(p, makePoint());
+        if (bDistinct && v.back().getTrg() == p) v.pop_back();
+        --num;
+    }
+    return v;
 }
 
 // A lattice, halves of whose steps are exact: knives meet vertices, edges and each other in all ways.
@@ -208,14 +220,7 @@ TEST(CutTriangles, amongRandomPointsMeetsTheSecondOpinion) {
             }
             return doubles::scaled(v, exponent);
         };
-        const auto segments = [&](int num) {
-            Segments v;
-            for (; num > 0; --num) {
-                const Points p = points(2, 3);
-                v.emplace_back(p[0], p[1]);
-            }
-            return v;
-        };
+        const auto segments = [&](int num) { return segmentsOf(num, [&] { return points(1, 3)[0]; }); };
         Scene scene;
         const Points vPoints = points(5 + below(rng, 60), 0);
         scene.kivo.insert(vPoints);
@@ -245,21 +250,11 @@ TEST(CutTriangles, ofNastySetsKeepsAllLaws) {
             scene.kivo.insert(vPoints);
             if (!scene.kivo.is2D()) continue;
             vEnds.insert(vEnds.end(), vPoints.begin(), vPoints.end());
-            const auto segments = [&](int num) {
-                Segments v;
-                while (num-- > 0)
-                    v.emplace_back(anyOf(rng, vEnds),
-                                   doubles::jittered(rng, anyOf(rng, vEnds), below(rng, 2)));
-                return v;
-            };
-            const auto distinct = [&](Segments v) {
-                std::erase_if(v, [](const Segment2& s) { return s.getSrc() == s.getTrg(); });
-                return v;
-            };
-            scene.addOneByOne(distinct(segments(3)));
+            const auto anyEnd = [&] { return doubles::jittered(rng, anyOf(rng, vEnds), below(rng, 2)); };
+            scene.addOneByOne(segmentsOf(3, anyEnd));
             scene.addZones(zoned::ringOf({vPoints[0], anyOf(rng, vPoints), vPoints.back()}));
             for (int i = 0; i < 3; ++i)
-                scene.cut(segments(1 + below(rng, 4)), NEAR);
+                scene.cut(segmentsOf(1 + below(rng, 4), anyEnd, false), NEAR);
         }
     }
 }
@@ -276,19 +271,12 @@ TEST(CutTriangles, onACoarseGridKeepsAllLaws) {
             const double x = below(rng, width) + dx;
             return Point2(x, below(rng, height) + dy);
         };
-        const auto segments = [&](int num) {
-            Segments v;
-            while (num-- > 0)
-                v.emplace_back(at(), at());
-            std::erase_if(v, [](const Segment2& s) { return s.getSrc() == s.getTrg(); });
-            return v;
-        };
         Scene scene;
         scene.kivo.insert({at(), at(), at(), at(), {dx, dy}, {dx + width, dy}, {dx, dy + height}});
-        scene.addOneByOne(segments(3));
+        scene.addOneByOne(segmentsOf(3, at));
         scene.addZones(zoned::ringOf({{dx, dy}, {dx + width, dy}, {dx, dy + height}}));
         for (int i = 0; i < 3; ++i)
-            scene.cut(segments(1 + below(rng, 4)), NEAR);
+            scene.cut(segmentsOf(1 + below(rng, 4), at), NEAR);
     }
 }
 
@@ -351,22 +339,19 @@ TEST(CutTriangles, makesTheVerticesAndPiecesThatOneExpects) {
 
 TEST(CutTriangles, throughOnePointMakesOneVertexThere) {
     Rng rng(7);
-    for (const double third : {0.0, 1.0, 2.0}) { // through (0, 0), (1/3, 1/3), (2/3, 2/3), exactly
+    for (const int third : {1, 2}) { // through (1/3, 1/3), or (2/3, 2/3), exactly
         Scene scene;
         scene.kivo.insert(zoned::randomPoints(rng, 40, -20, 20));
         Segments vKnives;
         for (int i = 0; i < 30; ++i) {
-            const double sign = third == 1 ? 2 : 1, dx = 3 * (below(rng, 15) - 7) + sign,
-                         dy = 3 * (below(rng, 15) - 7) + sign;
-            vKnives.emplace_back(Point2((third - 2 * dx) / 3, (third - 2 * dy) / 3),
-                                 Point2((third + 4 * dx) / 3, (third + 4 * dy) / 3));
-            if (third == 0) vKnives.back() = {{-dx, -dy}, {2 * dx, 2 * dy}};
+            const int dx = 3 * (below(rng, 15) - 7) - third, dy = 3 * (below(rng, 15) - 7) - third;
+            vKnives.emplace_back(Point2((third + dx) / 3, (third + dy) / 3),
+                                 Point2((third - 2 * dx) / 3, (third - 2 * dy) / 3));
         }
         scene.cut(vKnives, APART);
-        const double at = third / 3;
-        const auto isThere = [&](const Point2* p) { return *p == Point2(at, at); };
         const std::vector<Point2*> v = scene.vertices();
-        EXPECT_EQ(1, std::count_if(v.begin(), v.end(), isThere)) << third;
+        EXPECT_EQ(1, std::count_if(v.begin(), v.end(),
+                                   [&](const Point2* p) { return *p == Point2(third / 3.0, third / 3.0); }));
     }
 }
 
@@ -557,11 +542,19 @@ TEST(CutTriangles, cutsWhatWasImported) {
             vCorners.push_back(*pT->getCorner(i));
     Scene scene;
     scene.kivo.insert(zoned::randomPoints(rng, 20, 11, 15));
-    Zone2* const pSoup = scene.kivo.importTriangles(vCorners, false);
-    scene.addZone(pSoup);
-    std::vector<ConstraintGraph2*> vBorder;
-    pSoup->getConstraintGraphs(vBorder);
-    for (ConstraintGraph2* pGraph : vBorder)
-        scene.vGraphs.push_back({pGraph, oracle::originalsOf(pGraph)});
+    scene.addZone(scene.kivo.importTriangles(vCorners, false), true);
     scene.cut({{{-1, 3}, {16, 14}}, {{-1, 6}, {20, 5}}, {{5, -1}, {5, 12}}}, APART);
+}
+
+TEST(CutTriangles, appliesConstraintsThatWait) {
+    Scene scene;
+    scene.kivo.insert({{0, 0}, {4, 0}});
+    scene.add({{{1, 0}, {3, 0}}, {{3, 0}, {5, 0}}}, CIS_CONSTRAINED_DELAUNAY);
+    scene.kivo.insert({{2, -3}, {2, 3}});
+    ConstraintGraph2* pGraph = nullptr;
+    EXPECT_EQ("", scene.cutQuietly({{{2.5, 9}, {2.5, -9}}}, pGraph));
+    ASSERT_NE(nullptr, pGraph);
+    scene.vGraphs.push_back({pGraph, oracle::originalsOf(pGraph)});
+    expectConstrained(scene);
+    EXPECT_EQ(4u, oracle::leafEdges({scene.vGraphs[0]}).size());
 }

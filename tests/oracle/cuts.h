@@ -87,6 +87,7 @@ private:
     std::vector<Point2*> verticesAt(const Stop& stop, const Places& mPlaces, bool bApart) const;
     void checkVertices(const std::vector<Point2*>& vNew, const Places& mPlaces, bool bApart) const;
     void checkPieces(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
+    static bool isShort(const Knife& knife);
     static bool isOn(const Knife& knife, const Point2& p);
     void checkReach(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
     void checkRing(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
