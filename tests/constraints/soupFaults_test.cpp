@@ -354,8 +354,8 @@ TEST(ManySoupFaults, endTheSearch) {
               report.vLines[0]);
 }
 
-// Triangulations by other programs, most of which are none where points nearly lie on a line.
-TEST_P(PublishedSoups, areImportedOrRefusedForTheFaultsThatTheyHave) {
+// Triangulations by other programs.
+TEST_P(PublishedSoups, haveNoFaultsAndAreImported) {
     const std::vector<realData::Path> vFiles = realData::filesIn(GetParam(), ".tri");
     EXPECT_TRUE(vFiles.size() >= 50 || GetParam().name != std::string("open"));
     for (const realData::Path& path : vFiles) {
@@ -366,7 +366,7 @@ TEST_P(PublishedSoups, areImportedOrRefusedForTheFaultsThatTheyHave) {
         for (const double number : realData::readNumbers(path))
             vSoup.push_back(vPoints.at(std::size_t(number)));
         Constrained c;
-        if (vSoup.size() < 10000 && !vSoup.empty()) importAnyhow(c, vSoup);
+        EXPECT_TRUE(importAnyhow(c, vSoup).empty());
     }
 }
 
