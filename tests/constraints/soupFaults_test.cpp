@@ -356,7 +356,9 @@ TEST(ManySoupFaults, endTheSearch) {
 
 // Triangulations by other programs, most of which are none where points nearly lie on a line.
 TEST_P(PublishedSoups, areImportedOrRefusedForTheFaultsThatTheyHave) {
-    for (const realData::Path& path : realData::filesIn(GetParam(), ".tri")) {
+    const std::vector<realData::Path> vFiles = realData::filesIn(GetParam(), ".tri");
+    EXPECT_TRUE(vFiles.size() >= 50 || GetParam().name != std::string("open"));
+    for (const realData::Path& path : vFiles) {
         SCOPED_TRACE(path.filename().string());
         const Points vPoints =
             realData::readPoints(realData::Path(path).replace_extension().replace_extension(".xy"));
