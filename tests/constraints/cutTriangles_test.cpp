@@ -337,6 +337,23 @@ TEST(CutTriangles, makesTheVerticesAndPiecesThatOneExpects) {
     }
 }
 
+// The crossing is rounded, so that the end of the other knife is beside the piece that it was inside of.
+TEST(CutTriangles, splitsAConstraintWhereAKnifeEndsInItAndWhereAnotherOneCrosses) {
+    for (int i = 0; i < 8; ++i) {
+        SCOPED_TRACE(i);
+        Scene scene;
+        scene.kivo.insert({{0, 4}, {1, 6}, {4, 4}, {2, 0}});
+        if ((i & 4) != 0) scene.kivo.insert({{-3, 5}, {-2, 7}});
+        scene.add({{{0, 4}, {1, 6}}}, CIS_CONSTRAINED_DELAUNAY);
+        Segments vKnives = {{{1.5, 3.5}, {-1.5, 6.5}}, {{6.5, -1}, {0.5, 5}}};
+        if ((i & 1) != 0) std::swap(vKnives[0], vKnives[1]);
+        for (Segment2& s : vKnives)
+            if ((i & 2) != 0) s.swapSrcTrg();
+        scene.cut(vKnives, APART);
+        EXPECT_EQ(3u, oracle::leafEdges({scene.vGraphs[0]}).size());
+    }
+}
+
 TEST(CutTriangles, throughOnePointMakesOneVertexThere) {
     Rng rng(7);
     for (const int third : {1, 2}) { // through (1/3, 1/3), or (2/3, 2/3), exactly
