@@ -12,6 +12,7 @@
 #include "cli/parts.h"
 #include "cli/qualityPicture.h"
 #include "cli/regions.h"
+#include "cli/soupPicture.h"
 #include "cli/unification.h"
 #include "cli/writers.h"
 #include "cli/zone.h"
@@ -135,12 +136,27 @@ void Run::insert() {
 void Run::importMesh() {
     if (!isZoneGiven()) return;
     const StopWatch watch;
+    const SoupFaults faults;
     pZone = cli::importMesh(triangulation, input, insertion, options.input);
+    if (pZone == nullptr) refuseMesh(faults);
     report.numDuplicates = insertion.numDuplicates;
     report.importTime = watch.seconds();
     if (options.bMeasure) return;
     report.import = measureImport(triangulation, input, *pZone);
     collectNewVertices();
+}
+
+void Run::refuseMesh(const SoupFaults& faults) {
+    std::string text =
+        "the triangles can't be kept as they are; the lines above tell why, and count them from 0";
+    const bool bHasExtent = report.boundingBox->minX < report.boundingBox->maxX ||
+                            report.boundingBox->minY < report.boundingBox->maxY;
+    for (const std::string& output : options.vOutputs) {
+        if (options.bMeasure || !bHasExtent || formatOf(output) != FORMAT_SVG) continue;
+        drawFaults(output, input, faults);
+        text += "; " + output + " shows where";
+    }
+    throw FileError(options.input, text);
 }
 
 void Run::checkPictures() const {

@@ -4,6 +4,7 @@
 #include "cli/commands.h"
 #include "cli/insertion.h"
 #include "cli/progress.h"
+#include "cli/soupFaults.h"
 
 #include <Kivo_2D.h>
 
@@ -75,6 +76,8 @@ public:
 private:
     // For the report: edges that are pieces of segments.
     void countSegmentEdges();
+    // Draws pictures of the faults, if the outputs ask for some, and throws.
+    [[noreturn]] void refuseMesh(const SoupFaults& faults);
     bool isZoneGiven() const { return !input.vTriangles.empty(); }
     std::vector<double> attributesOfMesh() const;
 

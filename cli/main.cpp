@@ -174,8 +174,8 @@ CLI::App* addImport(CLI::App& app, CommandLine& commandLine) {
         "the convex hull is triangulated, with their border and what of their edges is not Delaunay as "
         "constraints.\n"
         "Degenerate and overlapping triangles, edges of three, corners inside edges, and points and segments "
-        "in their way are told with their coordinates, and nothing is written. Triangles are numbered from 0 "
-        "there.\n"
+        "in their way are told with their coordinates, and nothing is written but .svg pictures of them. "
+        "Triangles are numbered from 0 there.\n"
         "Vertices of the file that no triangle has stay points. Attributes and markers that only one of the "
         "files has are 0 in the other.");
     return pCommand;

@@ -1,7 +1,5 @@
 #include "cli/meshImport.h"
 
-#include "cli/errors.h"
-
 #include <algorithm>
 
 namespace cli {
@@ -38,9 +36,7 @@ Zone2* importMesh(Kivo_2D& triangulation, const Input& input, Insertion& inserti
     }
     const std::size_t numBefore = triangulation.numberOfPoints();
     Zone2* const pZone = triangulation.importTriangles(vCorners, false);
-    if (pZone == nullptr)
-        throw FileError(
-            name, "the triangles can't be kept as they are; the lines above tell why, and count them from 0");
+    if (pZone == nullptr) return nullptr;
     const std::size_t numNew = triangulation.numberOfPoints() - numBefore;
     const auto numGiven =
         static_cast<std::size_t>(std::count(insertion.vHandles.begin(), insertion.vHandles.end(), nullptr));

@@ -3,15 +3,37 @@
 #include "core/edgeSearch.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <random>
+#include <utility>
 
 namespace TESK_KIVO2D {
 
+void SoupPlacement::findTriangles() {
+    vTriangles.resize(soup.triangles().size(), nullptr);
+    for (std::size_t i = 0; i < vTriangles.size(); ++i) {
+        if (vTriangles[i] != nullptr) continue;
+        const auto& [a, b, c] = soup.triangles()[i].aPoints;
+        vTriangles[i] = findTriangle(vVertices[a], vVertices[b], vVertices[c]);
+    }
+}
+
+// Only triangles that are not there have any.
 std::vector<TriangleSoup::Edge> SoupPlacement::missingEdges() const {
+    std::vector<std::pair<TriangleSoup::Index, TriangleSoup::Index>> vPairs;
+    for (std::size_t i = 0; i < vTriangles.size(); ++i) {
+        if (vTriangles[i] != nullptr) continue;
+        const auto& [a, b, c] = soup.triangles()[i].aPoints;
+        for (const auto& [p, q] : {std::minmax(a, b), std::minmax(b, c), std::minmax(c, a)})
+            vPairs.emplace_back(p, q);
+    }
+    std::sort(vPairs.begin(), vPairs.end());
+    vPairs.erase(std::unique(vPairs.begin(), vPairs.end()), vPairs.end());
     std::vector<TriangleSoup::Edge> vMissing;
-    soup.forEachEdge([&](const TriangleSoup::Edge& edge) {
-        if (findEdge(vVertices[edge.p], vVertices[edge.q]).pT == nullptr) vMissing.push_back(edge);
-    });
+    for (const auto& [p, q] : vPairs) {
+        if (findEdge(vVertices[p], vVertices[q]).pT == nullptr)
+            vMissing.push_back({p, q, soup.halvesBetween(p, q)});
+    }
     std::mt19937_64 random; // the same order in every run
     std::shuffle(vMissing.begin(), vMissing.end(), random);
     return vMissing;
@@ -20,11 +42,6 @@ std::vector<TriangleSoup::Edge> SoupPlacement::missingEdges() const {
 bool SoupPlacement::isFixed(const Point2* p, const Point2* q) const {
     const TriangleSoup::Index source = soup.find(*p), target = soup.find(*q);
     return source != TriangleSoup::none && target != TriangleSoup::none && soup.isEdge(source, target);
-}
-
-Triangle2* SoupPlacement::find(const TriangleSoup::Triangle& triangle) const {
-    const auto& [a, b, c] = triangle.aPoints;
-    return findTriangle(vVertices[a], vVertices[b], vVertices[c]);
 }
 
 } // namespace TESK_KIVO2D

@@ -30,6 +30,7 @@ public:
     // (Shewchuk & Brown 2015). A fan of long edges from one end to the other would take quadratic time.
     template<class OnBlocked>
     void force(OnBlocked onBlocked) {
+        findTriangles();
         for (const TriangleSoup::Edge& edge : missingEdges()) {
             const CzResult result = traverse(vVertices[edge.p], vVertices[edge.q], tests, this, zone);
             if (result.end == CzResult::REACHED) {
@@ -38,15 +39,18 @@ public:
                 onBlocked(edge, result);
             }
         }
+        findTriangles();
     }
 
-    // The triangle of the triangulation that has these corners, or null. Costs the lowest of their degrees.
-    Triangle2* find(const TriangleSoup::Triangle& triangle) const;
+    // For each triangle of the soup the one of the triangulation with the same corners, or null.
+    const std::vector<Triangle2*>& triangles() const { return vTriangles; }
 
     // Knows the edges of the soup as fixed.
     const EdgeGuard& guard() const { return *this; }
 
 private:
+    // Looks for those that are not known yet. The others stay: their edges do.
+    void findTriangles();
     // Shuffled.
     std::vector<TriangleSoup::Edge> missingEdges() const;
     bool isFixed(const Point2* p, const Point2* q) const override;
@@ -57,6 +61,7 @@ private:
     TeskTest& tests;
     CzRetriangulation retriangulation;
     ConstraintZone zone;
+    std::vector<Triangle2*> vTriangles;
 };
 
 } // namespace TESK_KIVO2D

@@ -7,9 +7,9 @@
 namespace TESK_KIVO2D {
 
 SoupTrial::SoupTrial(const TriangleSoup& triangleSoup, const std::vector<Point2*>& vItsVertices,
-                     const MeshStore& triangulation, TeskTest& predicates)
+                     SoupPlacement& itsPlacement, const MeshStore& triangulation, TeskTest& predicates)
     : soup(triangleSoup), vVertices(vItsVertices), store(triangulation), tests(predicates),
-      placement(triangleSoup, vItsVertices, predicates), numbers(store.triangleNumbers()), stamps(store) {}
+      placement(itsPlacement), numbers(store.triangleNumbers()), stamps(store) {}
 
 void SoupTrial::findFaults(const std::vector<PointerPair>& vSegments, SoupFaults& faults) {
     findShared(faults);
@@ -81,7 +81,7 @@ void SoupTrial::claimTriangles(SoupFaults& faults) {
     vClaims.assign(numbers.size(), TriangleSoup::none);
     vEarlier.assign(soup.triangles().size(), TriangleSoup::none);
     for (Index i = 0; i < soup.triangles().size(); ++i) {
-        const Triangle2* const pT = placement.find(soup.triangles()[i]);
+        const Triangle2* const pT = placement.triangles()[i];
         if (pT == nullptr) {
             vMissing.push_back(i);
             continue;
@@ -117,7 +117,7 @@ void SoupTrial::searchAround(Index missing, SoupFaults& faults) {
         for (int i = 0; i < 3; ++i) {
             const Point2& corner = *pT->getCorner(i);
             // All triangles around such a vertex are met, so one of them may speak for it.
-            if (corner.getCustomIndex() < 0 && corner.getIncidentTriangle() == pT &&
+            if (corner.getIncidentTriangle() == pT && soup.find(corner) == TriangleSoup::none &&
                 isStrictlyInside(corner, corners))
                 faults.add({.kind = SoupFault::VERTEX_IN_TRIANGLE, .triangle = given, .point = corner});
             meet(pT->getOppositeTriangle(i));

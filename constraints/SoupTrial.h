@@ -16,17 +16,16 @@
 
 namespace TESK_KIVO2D {
 
-// Puts a soup into a triangulation that is made for that alone: of its points, the vertices near it, and the
-// ends of the constraint segments near it. Whatever stands in the way of the soup's edges and triangles, or
-// of a segment, is a fault; if nothing does there is none. Vertices that are points of the soup have their
-// index as custom index, others -1.
+// Puts a soup into a triangulation without constraints that is good for nothing else if it fails: of the
+// soup's points, the vertices near it, and the ends of the constraint segments near it. Whatever stands in
+// the way of the soup's edges and triangles, or of a segment, is a fault; if nothing does there is none.
 class SoupTrial {
 public:
-    // A vertex for each point of the soup; segments by their ends.
+    // A vertex for each point of the soup, and the placement of the soup on them.
     SoupTrial(const TriangleSoup& triangleSoup, const std::vector<Point2*>& vItsVertices,
-              const MeshStore& triangulation, TeskTest& predicates);
+              SoupPlacement& itsPlacement, const MeshStore& triangulation, TeskTest& predicates);
 
-    // All that there are, unless the faults get full on the way.
+    // All that there are, unless the faults get full on the way. Segments are given by their ends.
     void findFaults(const std::vector<PointerPair>& vSegments, SoupFaults& faults);
 
 private:
@@ -51,7 +50,7 @@ private:
     const std::vector<Point2*>& vVertices;
     const MeshStore& store;
     TeskTest& tests;
-    SoupPlacement placement;
+    SoupPlacement& placement;
     RecordNumbers<Triangle2> numbers;
     TriangleStamps stamps;
     ConstraintZone zone;

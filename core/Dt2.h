@@ -160,10 +160,13 @@ private:
     struct IgnoredKnives;
     KnifeCut findCut(const Segment2& knife, KnifePath& path);
     std::vector<KnifeCut> findCuts(const std::vector<Segment2>& vKnives, IgnoredKnives& ignored);
-    // Changes nothing.
-    void findSoupFaults(const TriangleSoup& soup, SoupFaults& faults);
-    Zone2* placeSoup(const TriangleSoup& soup, bool bVerbose);
-    Zone2* boundedZone(const TriangleSoup& soup, const SoupPlacement& placement);
+    Zone2* importAlone(const TriangleSoup& soup, SoupFaults& faults, bool bVerbose);
+    Zone2* importBeside(const TriangleSoup& soup, SoupFaults& faults, bool bVerbose);
+    void tryElsewhere(const TriangleSoup& soup, SoupFaults& faults) const;
+    Zone2* keepSoup(const TriangleSoup& soup, const std::vector<Point2*>& vVertices,
+                    const SoupPlacement& placement, bool bVerbose);
+    std::vector<Point2*> insertAll(const std::vector<Point2>& vPoints);
+    void clear();
 
     // --- ConstraintHost and SegmentSite
     TeskTest& predicates() override { return pTeskPredicates; }

@@ -77,33 +77,61 @@ Zone2* Dt2::importTriangles(const std::vector<Point2>& vCorners, bool bVerbose) 
     const TriangleSoup soup(vCorners);
     progress.advance(10); // listeners might insert: not between the search for faults and the end
     SoupFaults faults;
-    findSoupFaults(soup, faults);
-    if (!faults.empty()) {
-        faults.report(soup, location);
-        progress.finish();
-        return nullptr;
-    }
-    Zone2* const pZone = placeSoup(soup, bVerbose);
-    progress.finish();
-    return pZone;
-}
-
-void Dt2::findSoupFaults(const TriangleSoup& soup, SoupFaults& faults) {
     for (const Index given : soup.notFinite())
         faults.add({.kind = SoupFault::NOT_FINITE, .triangle = given});
     for (const Index given : soup.degenerate())
         faults.add({.kind = SoupFault::DEGENERATE, .triangle = given});
-    if (soup.triangles().empty()) return;
+    Zone2* pZone = nullptr;
+    if (!soup.triangles().empty()) {
+        const bool bAlone = numberOfPoints() == 0 && pConstraintMgr->empty();
+        pZone = bAlone ? importAlone(soup, faults, bVerbose) : importBeside(soup, faults, bVerbose);
+    }
+    if (!faults.empty()) faults.report(soup, location);
+    progress.finish();
+    return pZone;
+}
+
+// Into an empty triangulation: it serves for the trial itself.
+Zone2* Dt2::importAlone(const TriangleSoup& soup, SoupFaults& faults, bool bVerbose) {
+    try {
+        const std::vector<Point2*> vVertices = insertAll(soup.points());
+        SoupPlacement placement(soup, vVertices, pTeskPredicates);
+        SoupTrial(soup, vVertices, placement, store, pTeskPredicates).findFaults({}, faults);
+        if (faults.empty()) return keepSoup(soup, vVertices, placement, bVerbose);
+    } catch (...) {
+        clear();
+        throw;
+    }
+    clear();
+    return nullptr;
+}
+
+Zone2* Dt2::importBeside(const TriangleSoup& soup, SoupFaults& faults, bool bVerbose) {
+    tryElsewhere(soup, faults);
+    if (!faults.empty()) return nullptr;
+    const std::vector<Point2*> vVertices = insertAll(soup.points());
+    SoupPlacement placement(soup, vVertices, pTeskPredicates);
+    try {
+        placement.force([](const Edge&, const CzResult&) { KIVO_ASSERT(false, "false"); });
+        return keepSoup(soup, vVertices, placement, bVerbose);
+    } catch (...) { // out of memory: what is not held gives way to what is Delaunay
+        soup.forEachEdge([&](const Edge& edge) { legalizeEdge(vVertices[edge.p], vVertices[edge.q]); });
+        throw;
+    }
+}
+
+std::vector<Point2*> Dt2::insertAll(const std::vector<Point2>& vPoints) {
+    std::vector<Point2*> vVertices(vPoints.size());
+    insertVector(vPoints.data(), vPoints.size(), vVertices.data());
+    return vVertices;
+}
+
+// In a triangulation of its own, with the vertices and the segments that might be in the way.
+void Dt2::tryElsewhere(const TriangleSoup& soup, SoupFaults& faults) const {
     const Bbox2 soupBox(soup.points().begin(), soup.points().end());
     std::vector<Point2> vPoints = soup.points();
-    for (std::size_t i = 0; i < vPoints.size(); ++i)
-        vPoints[i].setCustomIndex(static_cast<int>(i));
-    const auto add = [&](const Point2& p) {
-        vPoints.push_back(p);
-        vPoints.back().setCustomIndex(-1);
-    };
     const auto addVertex = [&](const Point2* pVtx) {
-        if (soupBox.isInBox(*pVtx) && soup.find(*pVtx) == TriangleSoup::none) add(*pVtx);
+        if (soupBox.isInBox(*pVtx) && soup.find(*pVtx) == TriangleSoup::none) vPoints.push_back(*pVtx);
     };
     if (is2D()) {
         store.forEachVertex(addVertex);
@@ -116,48 +144,45 @@ void Dt2::findSoupFaults(const TriangleSoup& soup, SoupFaults& faults) {
         Bbox2 segmentBox;
         segmentBox.add(*pCSeg->getSrc());
         segmentBox.add(*pCSeg->getTrg());
-        if (!soupBox.doIntersect(segmentBox)) return;
-        add(*pCSeg->getSrc());
-        add(*pCSeg->getTrg());
+        if (soupBox.doIntersect(segmentBox))
+            vPoints.insert(vPoints.end(), {*pCSeg->getSrc(), *pCSeg->getTrg()});
     });
-    std::vector<Point2*> vVertices(vPoints.size());
     Dt2 trial(static_cast<unsigned int>(std::min<std::size_t>(vPoints.size(), 0xFFFFFFFF)));
     trial.setNumCPU(numCPU);
-    trial.insertVector(vPoints.data(), vPoints.size(), vVertices.data());
+    const std::vector<Point2*> vVertices = trial.insertAll(vPoints);
     std::vector<PointerPair> vSegments;
     for (std::size_t i = firstEnd; i < vPoints.size(); i += 2)
         vSegments.emplace_back(vVertices[i], vVertices[i + 1]);
-    SoupTrial(soup, vVertices, trial.store, trial.pTeskPredicates).findFaults(vSegments, faults);
+    SoupPlacement placement(soup, vVertices, trial.pTeskPredicates);
+    SoupTrial(soup, vVertices, placement, trial.store, trial.pTeskPredicates).findFaults(vSegments, faults);
 }
 
-// Nothing is in the way of the soup.
-Zone2* Dt2::placeSoup(const TriangleSoup& soup, bool bVerbose) {
-    std::vector<Point2*> vVertices(soup.points().size());
-    insertVector(soup.points().data(), soup.points().size(), vVertices.data());
+// Makes what holds the soup constraints, and its triangles, which are all there, a zone.
+Zone2* Dt2::keepSoup(const TriangleSoup& soup, const std::vector<Point2*>& vVertices,
+                     const SoupPlacement& placement, bool bVerbose) {
     const std::vector<PointerPair> vHeld = heldEdges(soup, vVertices, pTeskPredicates);
-    SoupPlacement placement(soup, vVertices, pTeskPredicates);
-    Zone2* pZone = nullptr;
-    try {
-        placement.force([](const Edge&, const CzResult&) { KIVO_ASSERT(false, "false"); });
-        if (!vHeld.empty()) fixEdges(vHeld);
-        pZone = boundedZone(soup, placement);
-    } catch (...) { // out of memory: what is not held gives way to what is Delaunay
-        soup.forEachEdge([&](const Edge& edge) { legalizeEdge(vVertices[edge.p], vVertices[edge.q]); });
-        throw;
+    if (!vHeld.empty()) fixEdges(vHeld);
+    const RecordNumbers<Triangle2> numbers = store.triangleNumbers();
+    TriangleSet triangles(numbers);
+    for (const Triangle2* pT : placement.triangles()) {
+        KIVO_ASSERT(pT != nullptr, "pT!=NULL");
+        triangles.insert(pT);
     }
+    Zone2* const pZone = pZoneRegistry->createBoundedZone(triangles);
     if (bVerbose) reportImported(soup, vHeld.size());
     return pZone;
 }
 
-Zone2* Dt2::boundedZone(const TriangleSoup& soup, const SoupPlacement& placement) {
-    const RecordNumbers<Triangle2> numbers = store.triangleNumbers();
-    TriangleSet triangles(numbers);
-    for (const TriangleSoup::Triangle& triangle : soup.triangles()) {
-        const Triangle2* const pT = placement.find(triangle);
-        KIVO_ASSERT(pT != nullptr, "pT!=NULL");
-        triangles.insert(pT);
+// All vertices go, at which nothing hangs but triangles. The next ones get their records in the same order.
+void Dt2::clear() {
+    std::vector<Point2*> vVertices;
+    getVertexPointers(vVertices);
+    for (auto it = vVertices.rbegin(); it != vVertices.rend(); ++it) {
+        MeshStore::unlinkVertex(*it);
+        store.recycleVertex(*it);
     }
-    return pZoneRegistry->createBoundedZone(triangles);
+    returnToStored({});
+    box = Bbox2(&pTeskPredicates);
 }
 
 } // namespace TESK_KIVO2D

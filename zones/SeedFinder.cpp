@@ -19,8 +19,10 @@ void SeedFinder::append(const ConstraintGraph2& graph, const std::vector<GraphEd
 }
 
 void SeedFinder::setPassed(const std::vector<GraphEdge>& vEdges, bool bPassed) {
-    for (const GraphEdge& e : vEdges)
-        vbPassed[vertexNumbers.numberOf(e.pStart)] = bPassed;
+    for (const GraphEdge& e : vEdges) {
+        for (const Point2* pEnd : {e.edge.source(), e.edge.target()})
+            vbPassed[vertexNumbers.numberOf(pEnd)] = bPassed;
+    }
 }
 
 void SeedFinder::appendByParity(const std::vector<GraphEdge>& vEdges, bool bInside,
@@ -48,8 +50,11 @@ void SeedFinder::appendByParity(const std::vector<GraphEdge>& vEdges, bool bInsi
 // where an edge is crossed that the ring has an odd number of times. Returns the label of the outside: below
 // the ring's lowest vertex, that is with the smallest x and then y, there is nothing of the ring.
 std::uint8_t SeedFinder::labelAround(const std::vector<GraphEdge>& vEdges) {
-    const auto isLower = [](const GraphEdge& a, const GraphEdge& b) { return *a.pStart < *b.pStart; };
-    const Point2* const pLowest = std::min_element(vEdges.begin(), vEdges.end(), isLower)->pStart;
+    const Point2* pLowest = vEdges.front().pStart;
+    for (const GraphEdge& e : vEdges) {
+        for (const Point2* pEnd : {e.edge.source(), e.edge.target()})
+            if (*pEnd < *pLowest) pLowest = pEnd;
+    }
     std::uint8_t outside = 1;
     vLabelled.assign(1, vEdges.front().edge.pT);
     labelOf(vLabelled.front()) = 1;

@@ -9,6 +9,7 @@ import json
 import math
 import os
 import random
+import re
 import unittest
 import xml.etree.ElementTree
 
@@ -167,7 +168,13 @@ class MeshFiles(QualityTest):
                 done = self.run_kivo(command, self.write("a.obj", square + faces), "-o", "b.svg", exit_code=1)
                 lines = [line.split("Dt2::importTriangles(..), ERROR: ")[-1] for line in done.stderr.splitlines()]
                 self.assertEqual((done.stdout, lines), ("", [text, "1 fault, nothing imported, returning NULL",
-                                 "kivo2d: a.obj: the triangles can't be kept as they are; the lines above tell why, and count them from 0"]))
+                                 "kivo2d: a.obj: the triangles can't be kept as they are; the lines above tell why, and count them from 0"
+                                 + ("; b.svg shows where" if command == "import" else "")]))
+            # One ring a fault, and each shape that the line names.
+            root = xml.etree.ElementTree.fromstring(self.read("b.svg"))
+            self.assertEqual([len(group) for group in root.iter(SVG + "g") if group.get("class") in ("at-fault", "places")],
+                             [len(re.findall(r"(?<!\) )\(\d", text)), 1])
+            os.remove(self.path("b.svg"))
         done = self.run_kivo("quality", self.write("b.ele", "1 3 0\n1 1 2 3\n"), exit_code=1)
         self.assertTrue(done.stderr.startswith("kivo2d: b.node: can't be opened"), done.stderr)
         self.assertFalse(os.path.exists(self.path("b.svg")))
@@ -189,7 +196,7 @@ class MeshFiles(QualityTest):
             self.write(name, content)
         points = [(source.random(), source.random()) for _ in range(3000)]
         self.write_obj("heap.obj", points, [tuple(source.sample(range(1, 3001), 3)) for _ in range(5000)])
-        self.assertIn("overlap", self.run_kivo("quality", "heap.obj", exit_code=1).stderr)
+        self.assertIn("faults, nothing imported, returning NULL", self.run_kivo("quality", "heap.obj", exit_code=1).stderr)
 
 
 class Triangulations(QualityTest):

@@ -1,3 +1,4 @@
+#include "tests/support/memoryLimit.h"
 #include "tests/support/nastySets.h"
 #include "tests/support/realData.h"
 #include "tests/support/sanitized.h"
@@ -196,6 +197,46 @@ TEST(ImportedSoups, areHeardOfAndAListenerMayStopThem) {
         }
         c.kivo.unsubscribe(MSG_PROGRESS, &listener);
         expectImported(c, vSoup);
+    }
+}
+
+TEST(ImportedSoups, thatMemoryDoesNotSufficeForLeaveAValidTriangulation) {
+    Rng rng(9);
+    Soup vSoup = gridSoup(rng, 4, ANY);
+    for (int i = 0; i < 100; ++i)
+        flipSome(rng, vSoup);
+    bool bDone = false;
+    for (long num = 0; !bDone && !HasFailure(); ++num) {
+        SCOPED_TRACE(num);
+        Constrained c;
+        c.kivo.insert({{2, -3}, {-3, 3}, {7, 7}, {1, 2}, {3, 3}});
+        c.add({{{0, -2}, {0, 6}}}, CIS_CONSTRAINED_DELAUNAY);
+        const Points vBefore = verticesOf(c.kivo);
+        try {
+            const CapturedMessages captured;
+            const MemoryLimit limit(num, num % 2 == 0);
+            c.kivo.importTriangles(vSoup);
+            bDone = memoryLimit::numLeft > 0;
+        } catch (const std::bad_alloc&) {
+        }
+        const Points vAfter = verticesOf(c.kivo);
+        for (const Point2& p : vBefore)
+            EXPECT_TRUE(std::count(vAfter.begin(), vAfter.end(), p) == 1);
+        EXPECT_TRUE(quietly([&] { return c.kivo.checkValidity(true, "short of memory"); }));
+        expectImported(c, vSoup);
+    }
+}
+
+// No triangle is Delaunay, and each edge crosses many that are.
+TEST(ImportedSoups, mayBeFansOfManyCorners) {
+    Rng rng(10);
+    for (const int direction : {-1, 1}) {
+        const int num = isSanitized ? 200 : 2000;
+        Soup vSoup;
+        for (int i = 0; i + 2 < num; ++i)
+            for (const double x : {i, i + 1, num - 1})
+                vSoup.emplace_back(x, direction * x * x);
+        expectRoundTrip(rng, vSoup);
     }
 }
 
