@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <limits>
+#include <stdexcept>
 
 // Knives through triangulations, against a second opinion by rationals (see oracle::CutWitness).
 
@@ -574,4 +575,38 @@ TEST(CutTriangles, appliesConstraintsThatWait) {
     scene.vGraphs.push_back({pGraph, oracle::originalsOf(pGraph)});
     expectConstrained(scene);
     EXPECT_EQ(4u, oracle::leafEdges({scene.vGraphs[0]}).size());
+}
+
+TEST(CutTriangles, thatAListenerStopsLeavesAValidTriangulation) {
+    struct Stopper : MsgBase {
+        void update(MsgType, const char*, double) override {
+            if (numLeft-- == 0) throw std::runtime_error("enough");
+        }
+        int numLeft = 0;
+    } stopper;
+    bool bStopped = true;
+    int num = 0;
+    for (; bStopped && num < 1000; ++num) {
+        Rng rng(num);
+        Scene scene;
+        scene.kivo.insert(zoned::randomPoints(rng, 40, 0, 10));
+        scene.add(zoned::square(2, 2, 5), CIS_CONSTRAINED_DELAUNAY);
+        const auto anyPoint = [&] { return zoned::randomPoints(rng, 1, -1, 11)[0]; };
+        const Segments vKnives = segmentsOf(8, anyPoint);
+        stopper.numLeft = num;
+        scene.kivo.subscribe(MSG_PROGRESS, &stopper);
+        const CapturedMessages captured;
+        bStopped = false;
+        try {
+            EXPECT_NE(nullptr, scene.kivo.cutTriangles(vKnives));
+        } catch (const std::runtime_error&) {
+            bStopped = true;
+        }
+        EXPECT_TRUE(scene.kivo.checkValidity(true, "stopped")) << num;
+        scene.kivo.unsubscribe(MSG_PROGRESS, &stopper);
+        EXPECT_NE(nullptr, scene.kivo.cutTriangles(vKnives));
+        EXPECT_TRUE(scene.kivo.checkValidity(true, "again")) << num;
+    }
+    EXPECT_LT(2, num);
+    EXPECT_FALSE(bStopped);
 }
