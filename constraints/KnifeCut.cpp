@@ -1,5 +1,7 @@
 #include "constraints/KnifeCut.h"
 
+#include "kernel/tools.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -37,28 +39,17 @@ Point2 KnifeCut::toHull(const Point2& p) const {
 
 void KnifeCut::add(std::vector<Point2> vPoints) {
     if (isPoint()) return;
-    const auto before = [this](const Point2& p, const Point2& q) { return isBefore(p, q); };
+    const Point2 src = knife.getSrc(), trg = knife.getTrg();
+    const auto before = [&](const Point2& p, const Point2& q) { return isBefore(p, q, src, trg); };
     std::sort(vPoints.begin(), vPoints.end(), before);
     const std::vector<KnifeStop> vOnPath = std::move(vStops);
     vStops.clear();
     auto next = std::upper_bound(vPoints.begin(), vPoints.end(), vOnPath.front().point, before);
     for (const KnifeStop& stop : vOnPath) {
-        for (; next != vPoints.end() && isBefore(*next, stop.point); ++next)
+        for (; next != vPoints.end() && before(*next, stop.point); ++next)
             vStops.push_back({*next, nullptr, nullptr, stop.pNear});
         vStops.push_back(stop);
     }
-}
-
-bool KnifeCut::isBefore(const Point2& p, const Point2& q) const {
-    const Point2 src = knife.getSrc(), trg = knife.getTrg();
-    const auto compare = [](double from, double to, double a, double b) {
-        return a == b || from == to ? 0 : (a < b) == (from < to) ? -1 : 1;
-    };
-    const int inX = compare(src.x(), trg.x(), p.x(), q.x()), inY = compare(src.y(), trg.y(), p.y(), q.y());
-    // Halves, since differences may overflow.
-    const bool bMainlyX = std::fabs(trg.x() / 2 - src.x() / 2) >= std::fabs(trg.y() / 2 - src.y() / 2);
-    const int first = bMainlyX ? inX : inY, second = bMainlyX ? inY : inX;
-    return first < 0 || (first == 0 && second < 0);
 }
 
 void KnifeCut::place(SegmentSite& site, SegmentInserter& inserter) {

@@ -15,7 +15,7 @@ namespace TESK_KIVO2D {
 struct KnifeStop {
     Point2 point;
     Point2* pVtx;              // the one that is there, or null
-    ConstraintSegment2* pCSeg; // the constraint edge that the knife crosses there, or null
+    ConstraintSegment2* pCSeg; // the constraint edge inside which it lies, or null
     Point2* pNear;             // a vertex near
     bool bLeavesHull = false;  // or enters it, through the inside of an edge
 };
@@ -41,10 +41,6 @@ public:
     void add(std::vector<Point2> vPoints);
 
 private:
-    // For points of the knife that may have been rounded: to nearest, which keeps their order in each
-    // coordinate. The one in which the knife is longer tells more of them apart.
-    bool isBefore(const Point2& p, const Point2& q) const;
-
     Segment2 knife;
     std::vector<KnifeStop> vStops;
 };

@@ -46,7 +46,7 @@ KnifePath::Position KnifePath::enter(const WalkResult& start) {
     }
     const HalfEdge edge{start.pT, start.code == WalkResult::INSIDE ? start.edge : start.code};
     if (sideOf(edge, src) == ORIENTATION2_CW) return enterFromOutside(edge);
-    add(src, edge.source());
+    addOnEdge(src, edge.source(), edge.target());
     return enterFromEdge(edge);
 }
 
@@ -54,7 +54,8 @@ KnifePath::Position KnifePath::enter(const WalkResult& start) {
 KnifePath::Position KnifePath::enterFromEdge(HalfEdge edge) {
     switch (sideOf(edge, trg)) {
     case ORIENTATION2_COLLINEAR:
-        return reach((src < trg) == (src < *edge.target()) ? edge.target() : edge.source());
+        return (src < trg) == (src < *edge.target()) ? reachAlong(edge.source(), edge.target())
+                                                     : reachAlong(edge.target(), edge.source());
     case ORIENTATION2_CCW:
         return leaveTriangle(edge.pT);
     default:
@@ -100,9 +101,9 @@ KnifePath::Position KnifePath::leaveVertex(Point2* pFrom) {
         const Orientation2 ofSource = side(edge.source()), ofTarget = side(edge.target());
         if (ofSource == ORIENTATION2_CCW || ofTarget == ORIENTATION2_CW) return true;
         if (ofSource == ORIENTATION2_COLLINEAR) {
-            next = reach(edge.source());
+            next = reachAlong(pFrom, edge.source());
         } else if (ofTarget == ORIENTATION2_COLLINEAR) {
-            next = reach(edge.target());
+            next = reachAlong(pFrom, edge.target());
         } else {
             next = reach(edge);
         }
@@ -142,13 +143,24 @@ KnifePath::Position KnifePath::reach(Point2* pVtx) {
     return {};
 }
 
+KnifePath::Position KnifePath::reachAlong(Point2* pFrom, Point2* pVtx) {
+    if (*pVtx == trg || isBeforeTarget(*pVtx)) return stopAt(pVtx);
+    addOnEdge(trg, pFrom, pVtx);
+    return {};
+}
+
 KnifePath::Position KnifePath::reach(HalfEdge edge) {
-    if (sideOf(edge, trg) != ORIENTATION2_CW) {
-        add(trg, edge.source());
-        return {};
-    }
+    const Orientation2 ofTarget = sideOf(edge, trg);
+    if (ofTarget == ORIENTATION2_CCW) add(trg, edge.source());
+    if (ofTarget == ORIENTATION2_COLLINEAR) addOnEdge(trg, edge.source(), edge.target());
+    if (ofTarget != ORIENTATION2_CW) return {};
     addCrossing(edge);
     return {nullptr, edge};
+}
+
+// Once the constraint has been split elsewhere, at a rounded point, it may run beside the end of the knife.
+void KnifePath::addOnEdge(const Point2& point, Point2* p, Point2* q) {
+    vStops.push_back({point, nullptr, mgr.getConstraintSegment(p, q), p});
 }
 
 KnifePath::Position KnifePath::stopAt(Point2* pVtx) {

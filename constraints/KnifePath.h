@@ -44,6 +44,7 @@ private:
     Position passTriangle(Triangle2* pT, int apex);
     // The vertex, or the edge, is next on the line of the knife, which may end before.
     Position reach(Point2* pVtx);
+    Position reachAlong(Point2* pFrom, Point2* pVtx); // an edge
     Position reach(HalfEdge edge);
 
     Orientation2 side(const Point2* p) { return tests.orientationUnbounded(src, trg, *p); }
@@ -54,6 +55,7 @@ private:
     bool isBeforeTarget(const Point2& p) const { return src < trg ? p < trg : trg < p; }
 
     void add(const Point2& point, Point2* pNear) { vStops.push_back({point, nullptr, nullptr, pNear}); }
+    void addOnEdge(const Point2& point, Point2* p, Point2* q);
     Position stopAt(Point2* pVtx);
     void addCrossing(HalfEdge edge);
     Point2 roundedOutwards(HullEdge edge, const Point2& p);

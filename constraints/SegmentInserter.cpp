@@ -45,8 +45,10 @@ ConstraintSegment2* leafAt(ConstraintSegment2* pCSeg, const Point2& p) {
         ConstraintSegment2 *pKid0 = nullptr, *pKid1 = nullptr;
         Point2* pSplit = nullptr;
         pCSeg->getChildrenAndSplitPoint(pKid0, pKid1, pSplit);
-        const auto& [first, last] = std::minmax(*pKid0->getSrc(), *pKid0->getTrg());
-        pCSeg = p < first || last < p ? pKid1 : pKid0;
+        const auto farEnd = [pSplit](const ConstraintSegment2* pKid) {
+            return pKid->getSrc() == pSplit ? pKid->getTrg() : pKid->getSrc();
+        };
+        pCSeg = isBefore(*pSplit, p, *farEnd(pKid0), *farEnd(pKid1)) ? pKid1 : pKid0;
     }
     return pCSeg;
 }

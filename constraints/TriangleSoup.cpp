@@ -11,8 +11,6 @@
 #include <utility>
 
 namespace TESK_KIVO2D {
-namespace {} // namespace
-
 TriangleSoup::TriangleSoup(const std::vector<Point2>& vCorners) : vGiven(vCorners) {
     // Never more than three quarters full.
     vSlots.assign(std::bit_ceil(vCorners.size() + vCorners.size() / 3 + 1), none);

@@ -1,20 +1,16 @@
 // Knives through the triangles.
 #include "core/Dt2.h"
 
-#include "checker/SegmentQueries.h"
 #include "constraints/ConstraintMgr.h"
 #include "constraints/KnifeCut.h"
+#include "constraints/KnifePairs.h"
 #include "constraints/KnifePath.h"
 #include "constraints/SegmentInserter.h"
 #include "kernel/finite.h"
 #include "kernel/messages.h"
-#include "kernel/tools.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
-#include <numeric>
-#include <optional>
 #include <string>
 #include <utility>
 
@@ -22,88 +18,6 @@ namespace TESK_KIVO2D {
 namespace {
 
 constexpr const char* location = "Dt2::cutTriangles(..)";
-
-// A set of points that come again and again.
-class PointCollector {
-public:
-    void add(const Point2& p) {
-        if (vPoints.size() >= numOfNextLook) unite();
-        vPoints.push_back(p);
-    }
-    const std::vector<Point2>& points() const { return vPoints; }
-
-private:
-    void unite() {
-        std::sort(vPoints.begin(), vPoints.end());
-        vPoints.erase(std::unique(vPoints.begin(), vPoints.end()), vPoints.end());
-        numOfNextLook = std::max<std::size_t>(64, 2 * vPoints.size());
-    }
-
-    std::vector<Point2> vPoints;
-    std::size_t numOfNextLook = 64;
-};
-
-// Of each knife: the number of the first one with the same ends, in whatever order.
-std::vector<std::uint32_t> firstEqual(const std::vector<KnifeCut>& vCuts) {
-    const auto endsOf = [&](std::uint32_t i) {
-        const Segment2& knife = vCuts[i].getKnife();
-        const Point2 src = knife.getSrc(), trg = knife.getTrg();
-        return std::pair(std::min(src, trg), std::max(src, trg));
-    };
-    std::vector<std::uint32_t> vOrder(vCuts.size()), vFirst(vCuts.size());
-    std::iota(vOrder.begin(), vOrder.end(), 0U);
-    std::stable_sort(vOrder.begin(), vOrder.end(),
-                     [&](std::uint32_t i, std::uint32_t k) { return endsOf(i) < endsOf(k); });
-    for (std::size_t n = 0; n < vOrder.size(); ++n) {
-        const bool bAgain = n > 0 && endsOf(vOrder[n]) == endsOf(vOrder[n - 1]);
-        vFirst[vOrder[n]] = bAgain ? vFirst[vOrder[n - 1]] : vOrder[n];
-    }
-    return vFirst;
-}
-
-// The points that two cuts share, but for a common end: an end that lies on the other one, the crossing, or
-// the ends of what they have in common.
-template<class F>
-void forEachShared(const KnifeCut& cut, const KnifeCut& other, SegmentIntersectionType type, F f) {
-    const Point2 a = cut.getKnife().getSrc(), b = cut.getKnife().getTrg();
-    const Point2 c = other.getKnife().getSrc(), d = other.getKnife().getTrg();
-    if (type == SIT_SEGMENT) {
-        const CollinearPart part = collinearPart(a, b, c, d);
-        f(part.first);
-        f(part.last);
-    } else if (const std::optional<Point2> point = getIntersectionCoordsNoRounding(a, b, c, d)) {
-        const bool bEnd = *point == a || *point == b || *point == c || *point == d;
-        f(bEnd ? *point : cut.toHull(other.toHull(*point)));
-    }
-}
-
-// Where two knives have points in common, both get them as stops: the same points, since each pair is looked
-// at once.
-void addShared(std::vector<KnifeCut>& vCuts) {
-    if (vCuts.size() < 2) return;
-    std::vector<Segment2> vKnives;
-    for (const KnifeCut& cut : vCuts)
-        vKnives.push_back(cut.getKnife());
-    std::vector<Segment2*> vPointers;
-    for (Segment2& knife : vKnives)
-        vPointers.push_back(&knife);
-    const std::vector<std::uint32_t> vFirst = firstEqual(vCuts);
-    std::vector<std::uint32_t> vPlaces;
-    for (std::uint32_t i = 0; i < vFirst.size(); ++i) {
-        if (vFirst[i] == i) vPlaces.push_back(i);
-    }
-    std::vector<PointCollector> vShared(vCuts.size());
-    SegmentQueries queries(vPointers, vPlaces);
-    queries.visitPairs([&](std::uint32_t i, std::uint32_t k, SegmentIntersectionType type) {
-        const auto [first, second] = std::minmax(i, k); // crossings may be rounded by the order of the two
-        forEachShared(vCuts[first], vCuts[second], type, [&](const Point2& p) {
-            vShared[i].add(p);
-            vShared[k].add(p);
-        });
-    });
-    for (std::size_t i = 0; i < vCuts.size(); ++i)
-        vCuts[i].add(vShared[vFirst[i]].points());
-}
 
 // Somewhere in the middle of what the knife has in the box; its target when that can't be told. Only good for
 // a start.
@@ -139,15 +53,15 @@ struct Dt2::IgnoredKnives {
     std::size_t numNotFinite = 0, numEmpty = 0, numOutside = 0;
 
     void report() const {
-        const auto warn = [](std::size_t num, const std::string& verb, const std::string& what) {
-            if (num == 0) return;
-            const std::string knives =
-                num == 1 ? " knife" + verb + (verb.empty() ? "" : "s") : " knives" + verb;
-            reportWarning(location, std::to_string(num) + knives + what + " ignored");
+        const auto warn = [](std::size_t num, const std::string& one, const std::string& several) {
+            if (num > 0)
+                reportWarning(location, std::to_string(num) + " " + (num == 1 ? one : several) + " ignored");
         };
-        warn(numNotFinite, "", " with a coordinate that is not finite");
-        warn(numEmpty, "", " of no length");
-        warn(numOutside, " that meet", " the triangulation in no more than a point");
+        warn(numNotFinite, "knife with a coordinate that is not finite",
+             "knives with a coordinate that is not finite");
+        warn(numEmpty, "knife of no length", "knives of no length");
+        warn(numOutside, "knife that meets the triangulation in no more than a point",
+             "knives that meet the triangulation in no more than a point");
     }
 };
 
@@ -170,10 +84,11 @@ ConstraintGraph2* Dt2::cutTriangles(const std::vector<Segment2>& vKnives) {
     pEdgeGuard = pConstraintMgr.get();
     if (pConstraintMgr->hasPending()) {
         pConstraintMgr->apply();
-        vCuts = findCuts(vKnives, ignored);
+        IgnoredKnives ofTheSame;
+        vCuts = findCuts(vKnives, ofTheSame);
     }
     progress.advance(vKnives.size()); // listeners might insert: a cut knows vertices and segments, no edges
-    addShared(vCuts);
+    addSharedStops(vCuts);
     const TiesKept kept{circleTies};
     ConstraintGraph2* const pGraph = pConstraintMgr->createConstraint_oriented(
         placeStops(vCuts, *this, *pSegmentInserter), CIS_CONSTRAINED_DELAUNAY);

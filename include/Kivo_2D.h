@@ -197,14 +197,15 @@ public:
     /// What can't be part of one triangulation is found before anything changes, and reported with its
     /// coordinates: triangles with a corner that is not finite or with all corners on one line, edges of
     /// three or more triangles, triangles that overlap, corners in the inside of an edge, vertices inside a
-    /// triangle or an edge, constraint segments that cross one. Then, and for a number of corners that is
+    /// triangle or an edge, constraint segments that cross an edge. Then, and for a number of corners that is
     /// no multiple of three, the result is null and the triangulation is as it was. At most 100 lines are
-    /// printed; one more tells how many there are in all.
+    /// printed; one more tells how many faults were found. Constraint segments are only compared with edges
+    /// that are not at fault themselves; of more than 10000 faults, and where triangles without any order
+    /// make millions of pairs, not all are looked for, and that line says "At least".
     ///
-    /// Constraint segments that are pending go on waiting.
-    ///
-    /// Listeners hear progress as "import triangles". Expected O(n log n) for n triangles, plus the time to
-    /// look at each vertex and each constraint segment that there was.
+    /// Constraint segments that are pending go on waiting. Listeners hear "import triangles", once when the
+    /// corners have been read and once at the end. Expected O(n log n) for n triangles, plus the time to look
+    /// at each vertex and each constraint segment that there was.
     /// \param vCorners three points a triangle; custom indices are taken over by new vertices
     /// \param bVerbose whether a line tells what was imported, and one more that nothing was
     Zone2* importTriangles(const std::vector<Point2>& vCorners, bool bVerbose = true);
@@ -218,14 +219,17 @@ public:
     /// they are; so do zones, apart from their borders, which follow what is rounded.
     ///
     /// Returns the graph of the chain, oriented like the segment. Null, after a warning, for a segment of no
-    /// length, one that is not finite, one that has no more than a point in common with the hull, and while
-    /// not 2-D.
+    /// length, one that is not finite, one that has no more than a point in common with the hull (or two that
+    /// are rounded to one), and while not 2-D. Pending constraint segments are applied first. A zone as
+    /// narrow as the rounding may be folded away.
     ///
-    /// Expected O(k log k) for k crossed edges, plus the time to find the triangle of an end.
+    /// Listeners hear "cut triangles", once when it is known what is cut and once at the end. Expected
+    /// O(k log k) for k crossed edges, plus the time to find the triangle of an end.
     ConstraintGraph2* cutTriangles(const Segment2& knife);
     /// The same for several segments, which cut the triangles that there are before the call, and each other:
     /// where two of them cross, touch or overlap they share vertices. All chains are one graph, in the order
-    /// of the segments. What can't cut is left out, with a warning; null when nothing is left.
+    /// of the segments. What can't cut is left out, with a warning; null when nothing is left. Takes time in
+    /// proportion to the pairs that cross, besides.
     ConstraintGraph2* cutTriangles(const std::vector<Segment2>& vKnives);
 
     /// \}

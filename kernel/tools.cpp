@@ -146,6 +146,17 @@ Point2 getFootPoint(const Point2& p, const Point2& a, const Point2& b) {
                   (line.base.y() + t * line.direction.y()) / line.scale);
 }
 
+bool isBefore(const Point2& p, const Point2& q, const Point2& a, const Point2& b) {
+    const auto compare = [](double from, double to, double first, double second) {
+        return first == second || from == to ? 0 : (first < second) == (from < to) ? -1 : 1;
+    };
+    const int inX = compare(a.x(), b.x(), p.x(), q.x()), inY = compare(a.y(), b.y(), p.y(), q.y());
+    // Halves, since differences may overflow.
+    const bool bMainlyX = std::fabs(b.x() / 2 - a.x() / 2) >= std::fabs(b.y() / 2 - a.y() / 2);
+    const int first = bMainlyX ? inX : inY, second = bMainlyX ? inY : inX;
+    return first < 0 || (first == 0 && second < 0);
+}
+
 bool isInBox(const Point2& p, const Point2& a, const Point2& b) {
     return std::min(a.x(), b.x()) <= p.x() && p.x() <= std::max(a.x(), b.x()) &&
            std::min(a.y(), b.y()) <= p.y() && p.y() <= std::max(a.y(), b.y());

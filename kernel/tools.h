@@ -37,6 +37,11 @@ std::optional<Point2> getIntersectionCoordsNoRounding(const Point2& p1, const Po
 // The point of the line ab that is nearest to p; a when the line is a single point.
 Point2 getFootPoint(const Point2& p, const Point2& a, const Point2& b);
 
+// True when p comes before q on the way from a to b. For points of that segment, each of which may have been
+// rounded to nearest: that keeps their order in each coordinate. The one in which the segment is longer tells
+// more of them apart.
+bool isBefore(const Point2& p, const Point2& q, const Point2& a, const Point2& b);
+
 // True when p lies in the closed box with corners a and b.
 bool isInBox(const Point2& p, const Point2& a, const Point2& b);
 

@@ -17,10 +17,10 @@ MAY_INCLUDE = {
     "include": {"include"},
     "kernel": {"include", "kernel"},
     "output": {"include", "kernel", "output"},
-    "constraints": {"include", "kernel", "output", "core", "constraints"},
+    "constraints": {"include", "kernel", "output", "core", "checker", "constraints"},
     "zones": {"include", "kernel", "output", "core", "constraints", "zones"},
     "meshing": {"include", "kernel", "output", "core", "constraints", "zones", "meshing"},
-    "core": {"include", "kernel", "output", "core", "constraints", "zones", "meshing", "checker"},
+    "core": {"include", "kernel", "output", "core", "constraints", "zones", "meshing"},
     "checker": {"include", "kernel", "output", "core", "checker"},
     "cli": {"include", "cli"},
     "examples": {"include"},
@@ -81,7 +81,7 @@ def check_line(folder, path, bracket, name, target):
     if target_folder not in MAY_INCLUDE[folder]:
         return f"{path}: {folder}/ must not include {target}"
     in_core_upper = target_folder == "core" and os.path.basename(target).startswith(CORE_UPPER)
-    if folder == "core" and (in_core_upper or target_folder in ("output", "constraints", "zones", "meshing", "checker")) and not os.path.basename(
+    if folder == "core" and (in_core_upper or target_folder in ("output", "constraints", "zones", "meshing")) and not os.path.basename(
             path).startswith(CORE_UPPER):
         return f"{path}: of core/, only {', '.join(CORE_UPPER)} may include {target}"
     if folder in ("constraints", "zones", "meshing", "checker") and in_core_upper:

@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <limits>
+#include <stdexcept>
 
 // Knives through triangulations, against a second opinion by rationals (see oracle::CutWitness).
 
@@ -337,6 +338,23 @@ TEST(CutTriangles, makesTheVerticesAndPiecesThatOneExpects) {
     }
 }
 
+// The crossing is rounded, so that the end of the other knife is beside the piece that it was inside of.
+TEST(CutTriangles, splitsAConstraintWhereAKnifeEndsInItAndWhereAnotherOneCrosses) {
+    for (int i = 0; i < 8; ++i) {
+        SCOPED_TRACE(i);
+        Scene scene;
+        scene.kivo.insert({{0, 4}, {1, 6}, {4, 4}, {2, 0}});
+        if ((i & 4) != 0) scene.kivo.insert({{-3, 5}, {-2, 7}});
+        scene.add({{{0, 4}, {1, 6}}}, CIS_CONSTRAINED_DELAUNAY);
+        Segments vKnives = {{{1.5, 3.5}, {-1.5, 6.5}}, {{6.5, -1}, {0.5, 5}}};
+        if ((i & 1) != 0) std::swap(vKnives[0], vKnives[1]);
+        for (Segment2& s : vKnives)
+            if ((i & 2) != 0) s.swapSrcTrg();
+        scene.cut(vKnives, APART);
+        EXPECT_EQ(3u, oracle::leafEdges({scene.vGraphs[0]}).size());
+    }
+}
+
 TEST(CutTriangles, throughOnePointMakesOneVertexThere) {
     Rng rng(7);
     for (const int third : {1, 2}) { // through (1/3, 1/3), or (2/3, 2/3), exactly
@@ -557,4 +575,38 @@ TEST(CutTriangles, appliesConstraintsThatWait) {
     scene.vGraphs.push_back({pGraph, oracle::originalsOf(pGraph)});
     expectConstrained(scene);
     EXPECT_EQ(4u, oracle::leafEdges({scene.vGraphs[0]}).size());
+}
+
+TEST(CutTriangles, thatAListenerStopsLeavesAValidTriangulation) {
+    struct Stopper : MsgBase {
+        void update(MsgType, const char*, double) override {
+            if (numLeft-- == 0) throw std::runtime_error("enough");
+        }
+        int numLeft = 0;
+    } stopper;
+    bool bStopped = true;
+    int num = 0;
+    for (; bStopped && num < 1000; ++num) {
+        Rng rng(5);
+        Scene scene;
+        scene.kivo.insert(zoned::randomPoints(rng, 40, 0, 10));
+        scene.add(zoned::square(2, 2, 5), CIS_CONSTRAINED_DELAUNAY);
+        const auto anyPoint = [&] { return zoned::randomPoints(rng, 1, -1, 11)[0]; };
+        const Segments vKnives = segmentsOf(8, anyPoint);
+        stopper.numLeft = num;
+        scene.kivo.subscribe(MSG_PROGRESS, &stopper);
+        const CapturedMessages captured;
+        bStopped = false;
+        try {
+            EXPECT_NE(nullptr, scene.kivo.cutTriangles(vKnives));
+        } catch (const std::runtime_error&) {
+            bStopped = true;
+        }
+        EXPECT_TRUE(scene.kivo.checkValidity(true, "stopped")) << num;
+        scene.kivo.unsubscribe(MSG_PROGRESS, &stopper);
+        EXPECT_NE(nullptr, scene.kivo.cutTriangles(vKnives));
+        EXPECT_TRUE(scene.kivo.checkValidity(true, "again")) << num;
+    }
+    EXPECT_LT(2, num);
+    EXPECT_FALSE(bStopped);
 }
