@@ -51,8 +51,9 @@ struct Scene : Constrained {
         return bSomeConforming ? NEAR : APART;
     }
 
-    // Zones of most kinds, two of them inside and outside of a ring.
-    void addZones(const Segments& vRing) {
+    // Zones of most kinds, two of them inside and outside of a ring. Grown ones only where no border can be
+    // rounded across their start points.
+    void addZones(const Segments& vRing, Nearness nearness) {
         const Point2 p = vRing[0].getSrc(), q = vRing[1].getSrc(), r = vRing[2].getSrc();
         const long double ax = (long double)q.x() - p.x(), ay = (long double)q.y() - p.y();
         const long double bx = (long double)r.x() - p.x(), by = (long double)r.y() - p.y();
@@ -66,13 +67,13 @@ struct Scene : Constrained {
         if (!pRing->isPolygon()) return;
         addZone(kivo.createZone(pRing, ZL_INSIDE));
         addZone(kivo.createZone(pRing, ZL_OUTSIDE));
+        if (nearness == NEAR) return;
         oracle::Triangles vSome = oracle::allTriangles(kivo);
         std::sort(vSome.begin(), vSome.end(), [](const Triangle2* pT, const Triangle2* pOther) {
             return pT->getBarycenter() < pOther->getBarycenter();
         });
         vSome.resize((vSome.size() + 2) / 3);
         Zone2* const pSome = kivo.createZone(vSome);
-        if (pSome == nullptr) return; // too thin for a point inside
         addZone(pSome, true);
         Zone2* const pDifference = zoneSymmetricDifference(vZones[1], pSome);
         if (pDifference != nullptr) vZones.push_back(pDifference);
@@ -193,7 +194,7 @@ TEST(CutTriangles, onALatticeMeetsTheSecondOpinion) {
             for (int i = below(rng, 4); i > 0; --i)
                 vConstraints.push_back(lattice.constraint(rng));
             const Nearness nearness = scene.addConstraints(scaled(vConstraints, exponent), round % 4 == 3);
-            scene.addZones(scaled(lattice.ring(rng), exponent));
+            scene.addZones(scaled(lattice.ring(rng), exponent), nearness);
             for (int i = 1 + below(rng, 2) * below(rng, 8); i > 0; --i) {
                 vKnives.push_back(lattice.knife(rng));
                 if (rng() % 4 == 0) vKnives.push_back(vKnives[rng() % vKnives.size()]);
@@ -226,7 +227,7 @@ TEST(CutTriangles, amongRandomPointsMeetsTheSecondOpinion) {
         const Points vPoints = points(5 + below(rng, 60), 0);
         scene.kivo.insert(vPoints);
         const Nearness nearness = scene.addConstraints(segments(below(rng, 4)), round % 5 == 4);
-        scene.addZones(zoned::ringOf(points(3, -2)));
+        scene.addZones(zoned::ringOf(points(3, -2)), nearness);
         for (int i = 0; i <= int(round) % 4; ++i) {
             Segments vKnives = segments(1 + below(rng, 2) * below(rng, 12));
             // Along edges, through vertices and from them.
@@ -253,7 +254,7 @@ TEST(CutTriangles, ofNastySetsKeepsAllLaws) {
             vEnds.insert(vEnds.end(), vPoints.begin(), vPoints.end());
             const auto anyEnd = [&] { return doubles::jittered(rng, anyOf(rng, vEnds), below(rng, 2)); };
             scene.addOneByOne(segmentsOf(3, anyEnd));
-            scene.addZones(zoned::ringOf({vPoints[0], anyOf(rng, vPoints), vPoints.back()}));
+            scene.addZones(zoned::ringOf({vPoints[0], anyOf(rng, vPoints), vPoints.back()}), NEAR);
             for (int i = 0; i < 3; ++i)
                 scene.cut(segmentsOf(1 + below(rng, 4), anyEnd, false), NEAR);
         }
@@ -275,7 +276,7 @@ TEST(CutTriangles, onACoarseGridKeepsAllLaws) {
         Scene scene;
         scene.kivo.insert({at(), at(), at(), at(), {dx, dy}, {dx + width, dy}, {dx, dy + height}});
         scene.addOneByOne(segmentsOf(3, at));
-        scene.addZones(zoned::ringOf({{dx, dy}, {dx + width, dy}, {dx, dy + height}}));
+        scene.addZones(zoned::ringOf({{dx, dy}, {dx + width, dy}, {dx, dy + height}}), NEAR);
         for (int i = 0; i < 3; ++i)
             scene.cut(segmentsOf(1 + below(rng, 4), at), NEAR);
     }
@@ -289,7 +290,7 @@ TEST(CutTriangles, byBundlesOfKnivesOneStepApartKeepsAllLaws) {
         const Points vEnds = zoned::randomPoints(rng, 2, offset, offset + 10);
         Scene scene;
         scene.kivo.insert(zoned::randomPoints(rng, 30, offset, offset + 10));
-        scene.addZones(zoned::ringOf(zoned::randomPoints(rng, 3, offset, offset + 10)));
+        scene.addZones(zoned::ringOf(zoned::randomPoints(rng, 3, offset, offset + 10)), NEAR);
         Segments vKnives;
         for (int i = 0; i < 10; ++i)
             vKnives.emplace_back(doubles::jittered(rng, vEnds[0], 1), doubles::jittered(rng, vEnds[1], 2));
@@ -428,7 +429,7 @@ TEST(CutTriangles, byHundredsOfKnivesIsSoundAtOnceAndOneByOne) {
     for (const bool bAtOnce : {true, false}) {
         Scene scene;
         scene.kivo.insert(vPoints);
-        scene.addZones(zoned::square(2, 2, 5));
+        scene.addZones(zoned::square(2, 2, 5), APART);
         if (bAtOnce) {
             scene.cut(vKnives, APART);
             numAtOnce = scene.kivo.numberOfPoints();
