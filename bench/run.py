@@ -40,15 +40,16 @@ TARGETS = [
         ("constraintByPolygon", "polygons", MILLION),
         ("constraints", "crossings", 40000),
     ]],
-    *[(f"import/{kind}/{num}", f"import/{kind}/{num}/cgal", "CGAL, all edges constraints", None, None) for kind, num in [
-        ("uniform", 10000),
-        ("uniform", 100000),
-        ("uniform", MILLION),
-        ("grid", MILLION),
-        ("coast", MILLION),
+    *[(f"import/{kind}/{num}", f"import/{kind}/{num}/cgal", "CGAL, all edges constraints", *limits)
+      for kind, num, *limits in [
+        ("uniform", 10000, 1.0, 0.7),
+        ("uniform", 100000, 1.0, 0.7),
+        ("uniform", MILLION, 1.0, 0.7),
+        ("grid", MILLION, 1.5, 0.8),
+        ("coast", MILLION, 1.2, 0.8),
     ]],
-    ("import/uniform/1000000", "import/uniform/1000000/constraints", "own, all edges constraints", None, None),
-    *[(f"cut/{kind}/100000", f"cut/{kind}/100000/cgal", "CGAL, crossings as constraints", None, None)
+    ("import/uniform/1000000", "import/uniform/1000000/constraints", "own, all edges constraints", 1.0, 0.6),
+    *[(f"cut/{kind}/100000", f"cut/{kind}/100000/cgal", "CGAL, crossings as constraints", 0.5, 0.25)
       for kind in ["long", "100", "1000"]],
     *[(f"triangles/{kind}/1000000", "batch/uniform/1000000/kivo", "own batch, uniform", 0.35, 0.2)
       for kind in ["inside", "grow", "union"]],

@@ -33,9 +33,7 @@ std::string textOf(const TriangleSoup& soup, Index given) {
     return text;
 }
 
-std::string edgeText(const SoupFault& fault) {
-    return "edge " + textOf(std::min(fault.p, fault.q)) + " " + textOf(std::max(fault.p, fault.q));
-}
+std::string edgeText(const SoupFault& fault) { return "edge " + textOf(fault.p) + " " + textOf(fault.q); }
 
 // "K triangles: N, M, L" of those at the edge.
 std::string sharersText(const TriangleSoup& soup, const SoupFault& fault) {

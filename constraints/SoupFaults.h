@@ -28,7 +28,7 @@ struct SoupFault {
     TriangleSoup::Index triangle; // by its place among those given
     TriangleSoup::Index other = TriangleSoup::none;
     Point2 point = {0, 0};
-    Point2 p = {0, 0}, q = {0, 0};
+    Point2 p = {0, 0}, q = {0, 0}; // the lower one first
     Point2 from = {0, 0}, to = {0, 0};
 
     auto key() const { return std::tie(kind, triangle, other, p, q, point, from, to); }

@@ -48,8 +48,8 @@ void SoupTrial::findShared(SoupFaults& faults) const {
         if (edge.halves.size() < 3 || !mayGoOn(faults)) return;
         faults.add({.kind = SoupFault::SHARED_EDGE,
                     .triangle = firstGiven(edge.halves),
-                    .p = soup.points()[edge.p],
-                    .q = soup.points()[edge.q]});
+                    .p = std::min(soup.points()[edge.p], soup.points()[edge.q]),
+                    .q = std::max(soup.points()[edge.p], soup.points()[edge.q])});
     });
 }
 
@@ -70,8 +70,8 @@ void SoupTrial::noteBlocked(const TriangleSoup::Edge& edge, const CzResult& resu
                                                                         : SoupFault::CORNER_IN_EDGE,
                     .triangle = given,
                     .point = *next.pVtx,
-                    .p = *vVertices[edge.p],
-                    .q = *vVertices[edge.q]});
+                    .p = std::min(*vVertices[edge.p], *vVertices[edge.q]),
+                    .q = std::max(*vVertices[edge.p], *vVertices[edge.q])});
         vPieces.emplace_back(pFrom, next.pVtx);
         vPieces.emplace_back(next.pVtx, pTo);
     }
@@ -175,8 +175,8 @@ void SoupTrial::findCrossed(const PointerPair& segment, SoupFaults& faults) {
             if (!placement.guard().isFixed(&p, &q)) continue;
             faults.add({.kind = SoupFault::CROSSED_EDGE,
                         .triangle = firstGiven(soup.halvesBetween(soup.find(p), soup.find(q))),
-                        .p = p,
-                        .q = q,
+                        .p = std::min(p, q),
+                        .q = std::max(p, q),
                         .from = *pLower,
                         .to = *pUpper});
             return;

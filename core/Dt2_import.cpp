@@ -11,6 +11,7 @@
 #include "kernel/messages.h"
 #include "zones/ZoneRegistry.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -184,13 +185,16 @@ Zone2* Dt2::keepSoup(const TriangleSoup& soup, const std::vector<Point2*>& vVert
     }
 }
 
-// All vertices go, at which nothing hangs but triangles. The next ones get their records in the same order.
+// All vertices go, at which nothing hangs but triangles. Needs no memory.
 void Dt2::clear() {
-    std::vector<Point2*> vVertices;
-    getVertexPointers(vVertices);
-    for (auto it = vVertices.rbegin(); it != vVertices.rend(); ++it) {
-        MeshStore::unlinkVertex(*it);
-        store.recycleVertex(*it);
+    const auto discard = [this](Point2* pVtx) {
+        MeshStore::unlinkVertex(pVtx);
+        store.recycleVertex(pVtx);
+    };
+    if (is2D()) {
+        store.forEachVertex(discard);
+    } else {
+        std::for_each(vertexVault.stored().begin(), vertexVault.stored().end(), discard);
     }
     returnToStored({});
     box = Bbox2(&pTeskPredicates);
