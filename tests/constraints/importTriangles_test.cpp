@@ -56,8 +56,8 @@ struct Listener : MsgBase {
 
 } // namespace
 
-// Where nothing is, beside some vertices, or where all corners are vertices and some join constraints: there,
-// triangles replace others.
+// Where nothing is, beside some vertices, within a zone that they may touch, or where all corners are
+// vertices and some join constraints: there, triangles replace others.
 TEST_P(Soups, comeInPartsSideBySideAndTwice) {
     Rng rng(1);
     std::size_t numImported = 0;
@@ -65,6 +65,8 @@ TEST_P(Soups, comeInPartsSideBySideAndTwice) {
         SCOPED_TRACE(round);
         const Soup vSoup = goodSoup(rng, GetParam(), round % 10 == 0 ? 100 : 30);
         std::vector<Soup> vParts = partsOf(rng, shuffled(rng, vSoup), 1 + any(rng, 4));
+        if (rng() % 4 == 0) vParts.push_back(vSoup);
+        if (rng() % 2 == 0) vParts.push_back(Soup(vParts[0]));
         Constrained c;
         if (rng() % 4 == 0) c.kivo.insert({vSoup[0], vSoup[1], GetParam().place(-20, -20)});
         if (rng() % 2 == 0) {
@@ -72,20 +74,21 @@ TEST_P(Soups, comeInPartsSideBySideAndTwice) {
             if (rng() % 2 == 0) vParts.resize(1);
             for (const Segment2& s : anySegments(rng, vSoup, below(rng, 8)))
                 if (oracle::soupFaults(vParts[0], {}, {s}).empty()) c.add({s}, CIS_CONSTRAINED_DELAUNAY);
-        } else if (rng() % 4 == 0) {
-            vParts.push_back(vSoup);
         }
-        if (rng() % 2 == 0) vParts.push_back(Soup(vParts[0]));
-        std::vector<Zone2*> vZones;
-        std::erase_if(vParts, [&](const Soup& vPart) {
-            const bool bFits =
-                oracle::soupFaults(vPart, verticesOf(c.kivo), segmentsOf(constraintEdges(c))).empty();
-            if (bFits) vZones.push_back(expectImported(c, vPart));
-            return !bFits;
-        });
-        for (std::size_t i = 0; i < vZones.size() && !HasFailure(); ++i)
-            expectZoneOf(c.kivo, vZones[i], oracle::soupFacts(vParts[i]));
-        numImported += vZones.size();
+        const double low = rng() % 2 == 0 ? 0 : -2;
+        const Segments vRing = zoned::ringOf({GetParam().place(low, low), GetParam().place(20, low),
+                                              GetParam().place(20, 20), GetParam().place(low, 20)});
+        const Zone2* pRound = nullptr;
+        if (rng() % 4 == 0)
+            pRound = c.kivo.createZone(c.add(vRing, ConstraintInsertionStrategy(rng() % 2), true), ZL_INSIDE);
+        std::vector<std::pair<Zone2*, oracle::SoupFacts>> vImported;
+        for (const Soup& v : vParts)
+            if (oracle::soupFaults(v, verticesOf(c.kivo), segmentsOf(constraintEdges(c))).empty())
+                vImported.emplace_back(expectImported(c, v), oracle::soupFacts(v));
+        if (pRound != nullptr) zoned::expectNearArea(oracle::areaOf(vRing), pRound->getArea2D());
+        for (const auto& [pZone, facts] : vImported)
+            expectZoneOf(c.kivo, pZone, facts);
+        numImported += vImported.size();
     }
     EXPECT_LE(numRounds, numImported);
 }
@@ -102,28 +105,6 @@ TEST(ImportedCorners, areOneVertexWhereZerosHaveAnySignAndKeepTheirCustomIndices
     EXPECT_EQ(4u, v.size());
     for (const Point2* p : v)
         EXPECT_EQ(p == pOld ? -1 : int(10 + 2 * p->x() + p->y()), p->getCustomIndex());
-}
-
-TEST(ImportedSoups, keepZonesThatWereThere) {
-    Rng rng(4);
-    for (int round = 0; round < numRounds / 5 && !HasFailure(); ++round) {
-        SCOPED_TRACE(round);
-        Constrained c;
-        c.kivo.insert({{-9, -9}, {30, -9}, {-9, 30}});
-        // A ring round where the soup comes, and one that its corners may touch from outside.
-        const auto cis = ConstraintInsertionStrategy(round % 2);
-        std::vector<const Zone2*> vZones = {
-            c.kivo.createZone(c.add(zoned::square(-5, -5, 20), CIS_CONSTRAINED_DELAUNAY, true), ZL_INSIDE),
-            c.kivo.createZone(c.add(zoned::square(-4, 0, 4), cis, true), ZL_INSIDE)};
-        const Soup vSoup = shuffled(rng, goodSoup(rng, aFrames[0], 20));
-        if (!oracle::soupFaults(vSoup, verticesOf(c.kivo), segmentsOf(constraintEdges(c))).empty()) continue;
-        vZones.push_back(expectImported(c, vSoup));
-        ASSERT_NE(nullptr, vZones[2]);
-        const double aAreas[] = {400, 16, vZones[2]->getArea2D()};
-        c.kivo.insert({{6, 6}, {2.5, 3.5}, {-1, 1}, {11, 2}});
-        for (std::size_t i = 0; i < 3; ++i)
-            zoned::expectNearArea(aAreas[i], vZones[i]->getArea2D());
-    }
 }
 
 // By a listener that throws, or where memory runs out.
