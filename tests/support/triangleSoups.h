@@ -96,7 +96,7 @@ inline Segments anySegments(Rng& rng, const Points& vPoints, int num) {
     return v;
 }
 
-// Triangles that fit, with holes, islands and edges that are not Delaunay; not shuffled.
+// Triangles that fit, with holes, islands and edges that are not Delaunay.
 inline Soup goodSoup(Rng& rng, const Frame& frame, int maxPoints) {
     for (;;) {
         const int numPoints = 3 + below(rng, maxPoints - 2), size = 3 + below(rng, 10);
@@ -109,13 +109,11 @@ inline Soup goodSoup(Rng& rng, const Frame& frame, int maxPoints) {
         if (!kivo.is2D()) continue;
         if (const Segments v = anySegments(rng, vPoints, below(rng, 4)); !v.empty())
             zoned::add(kivo, v, false);
-        Soup vSoup = soupOf(kivo), vKept;
+        Soup vSoup = soupOf(kivo);
         flipSome(rng, vSoup, any(rng, 4) * vSoup.size());
-        const int share = 1 + below(rng, 4);
-        for (std::size_t i = 0; i < vSoup.size(); i += 3)
-            if (i == 0 || below(rng, 4) < share)
-                vKept.insert(vKept.end(), vSoup.begin() + long(i), vSoup.begin() + long(i) + 3);
-        return vKept;
+        vSoup = shuffled(rng, vSoup);
+        if (rng() % 2 == 0) vSoup.resize(3 + any(rng, vSoup.size() / 3) * 3);
+        return vSoup;
     }
 }
 
