@@ -18,15 +18,13 @@ using Index = std::size_t;
 using Xy = std::pair<double, double>;
 using Kind = SoupFault::Kind;
 
-std::string textOf(double x, double y) {
+std::string textOf(const Xy& xy) {
     char buffer[80];
-    std::snprintf(buffer, sizeof buffer, "(%.17g, %.17g)", x, y);
+    std::snprintf(buffer, sizeof buffer, "(%.17g, %.17g)", xy.first, xy.second);
     return buffer;
 }
-std::string textOf(const Point2& p) { return textOf(p.x(), p.y()); }
-std::string textOf(const Edge& e) {
-    return textOf(e.first.first, e.first.second) + " " + textOf(e.second.first, e.second.second);
-}
+std::string textOf(const Point2& p) { return textOf(Xy(p.x(), p.y())); }
+std::string textOf(const Edge& e) { return textOf(e.first) + " " + textOf(e.second); }
 bool isFinite(const Point2& p) { return std::isfinite(p.x()) && std::isfinite(p.y()); }
 
 class FaultSearch {
