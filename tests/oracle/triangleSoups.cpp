@@ -3,6 +3,7 @@
 #include "tests/oracle/exact.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <map>
@@ -17,26 +18,19 @@ using Index = std::size_t;
 using Xy = std::pair<double, double>;
 using Kind = SoupFault::Kind;
 
-std::string textOf(double x, double y) {
+std::string textOf(const Xy& xy) {
     char buffer[80];
-    std::snprintf(buffer, sizeof buffer, "(%.17g, %.17g)", x, y);
+    std::snprintf(buffer, sizeof buffer, "(%.17g, %.17g)", xy.first, xy.second);
     return buffer;
 }
-std::string textOf(const Point2& p) { return textOf(p.x(), p.y()); }
-std::string textOf(const Edge& e) {
-    return textOf(e.first.first, e.first.second) + " " + textOf(e.second.first, e.second.second);
-}
+std::string textOf(const Point2& p) { return textOf(Xy(p.x(), p.y())); }
+std::string textOf(const Edge& e) { return textOf(e.first) + " " + textOf(e.second); }
 bool isFinite(const Point2& p) { return std::isfinite(p.x()) && std::isfinite(p.y()); }
-
-bool boxesMeet(const Point2* p, Index num, const Point2* q, Index otherNum) {
-    return Bbox2(p, p + num).doIntersect(Bbox2(q, q + otherNum));
-}
 
 class FaultSearch {
 public:
-    FaultSearch(const Points& vItsCorners, const Points& vVertices, const Segments& vConstraints)
-        : vCorners(vItsCorners), numTriangles(vItsCorners.size() / 3) {
-        vPoints = vCorners;
+    FaultSearch(const Points& vCorners, const Points& vVertices, const Segments& vConstraints)
+        : vPoints(vCorners), numCorners(vCorners.size()), firstSegment(numCorners + vVertices.size()) {
         vPoints.insert(vPoints.end(), vVertices.begin(), vVertices.end());
         for (const Segment2& s : vConstraints)
             vPoints.insert(vPoints.end(), {s.getSrc(), s.getTrg()});
@@ -44,20 +38,21 @@ public:
         std::replace_if(
             vFinite.begin(), vFinite.end(), [](const Point2& p) { return !isFinite(p); }, Point2(0, 0));
         vExact = exactPoints(vFinite);
-        firstSegment = vCorners.size() + vVertices.size();
     }
 
     std::vector<SoupFault> run() {
-        for (Index t = 0; t < numTriangles; ++t)
+        for (Index t = 0; t < numCorners / 3; ++t)
             sortOut(t);
         for (const auto& [edge, vTriangles] : mEdges)
             if (vTriangles.size() > 2) addShared(edge, vTriangles);
+        std::set<Point2> sSeen; // of equal ones the first one counts
         for (Index i = 0; i < firstSegment; ++i)
-            if (i >= vCorners.size() || bGood[i / 3]) findAround(i);
-        for (Index t = 0; t < numTriangles; ++t)
-            for (Index u = 0; u < t; ++u)
-                if (bGood[t] && bGood[u] && overlap(t, u))
-                    add(Kind::OVERLAP, u, nameOf(u) + " and triangle" + nameOf(t).substr(8) + " overlap");
+            if ((i >= numCorners || vDirections[i / 3] != 0) && sSeen.insert(vPoints[i]).second)
+                findAround(i);
+        for (const Index t : vGood)
+            for (const Index u : vGood)
+                if (t < u && vBoxes[t].doIntersect(vBoxes[u]) && !isBeside(t, u) && !isBeside(u, t))
+                    add(Kind::OVERLAP, t, "Triangle" + nameOf(t) + " and triangle" + nameOf(u) + " overlap");
         for (Index i = firstSegment; i < vPoints.size(); i += 2)
             findCrossed(i);
         std::stable_sort(vFaults.begin(), vFaults.end(), [](const SoupFault& one, const SoupFault& other) {
@@ -67,28 +62,36 @@ public:
     }
 
 private:
+    static Index next(Index corner) { return corner / 3 * 3 + (corner + 1) % 3; }
+    Edge edgeFrom(Index corner) const { return edgeOf(vPoints[corner], vPoints[next(corner)]); }
+    int turn(Index i, Index j, Index k) const { return orientation(vExact[i], vExact[j], vExact[k]); }
+    // Positive on the inner side of the edge.
+    int sideOf(Index corner, Index i) const {
+        return vDirections[corner / 3] * turn(corner, next(corner), i);
+    }
     std::string nameOf(Index t) const {
-        return "Triangle " + std::to_string(t) + " " + textOf(vCorners[3 * t]) + " " +
-               textOf(vCorners[3 * t + 1]) + " " + textOf(vCorners[3 * t + 2]);
+        std::string text = " " + std::to_string(t);
+        for (Index i = 3 * t; i < 3 * t + 3; ++i)
+            text += " " + textOf(vPoints[i]);
+        return text;
     }
     void add(Kind kind, Index triangle, const std::string& text, const Point2& point = {}) {
         vFaults.push_back({kind, triangle, text, point, true});
     }
-    int turn(Index i, Index j, Index k) const { return orientation(vExact[i], vExact[j], vExact[k]); }
 
     void sortOut(Index t) {
-        const Point2* const p = &vCorners[3 * t];
-        const bool bFinite = isFinite(p[0]) && isFinite(p[1]) && isFinite(p[2]);
-        const int direction = turn(3 * t, 3 * t + 1, 3 * t + 2);
-        bGood.push_back(bFinite && direction != 0);
-        vDirections.push_back(direction);
-        if (!bFinite) {
-            add(Kind::NOT_FINITE, t, nameOf(t) + " has a coordinate that is not finite");
-        } else if (direction == 0) {
-            add(Kind::DEGENERATE, t, nameOf(t) + " is degenerate");
+        const Point2* const p = &vPoints[3 * t];
+        const bool bFinite = std::all_of(p, p + 3, isFinite);
+        vDirections.push_back(bFinite ? turn(3 * t, 3 * t + 1, 3 * t + 2) : 0);
+        vBoxes.push_back(bFinite ? Bbox2(p, p + 3) : Bbox2());
+        if (vDirections[t] != 0) {
+            vGood.push_back(t);
+            for (Index i = 3 * t; i < 3 * t + 3; ++i)
+                mEdges[edgeFrom(i)].push_back(t);
+        } else if (bFinite) {
+            add(Kind::DEGENERATE, t, "Triangle" + nameOf(t) + " is degenerate");
         } else {
-            for (Index i = 0; i < 3; ++i)
-                mEdges[edgeOf(p[i], p[(i + 1) % 3])].push_back(t);
+            add(Kind::NOT_FINITE, t, "Triangle" + nameOf(t) + " has a coordinate that is not finite");
         }
     }
 
@@ -100,86 +103,63 @@ private:
         add(Kind::SHARED_EDGE, vTriangles[0], text + (vTriangles.size() > 10 ? ", ..." : ""));
     }
 
-    // The edges and triangles that have the corner or vertex inside; of equal ones the first one counts.
+    // The edges and triangles that have the corner or vertex inside.
     void findAround(Index i) {
-        const bool bCorner = i < vCorners.size();
         const Point2& p = vPoints[i];
-        if (!sSeen.insert({p.x(), p.y()}).second) return;
-        for (Index t = 0; t < numTriangles; ++t) {
-            if (!bGood[t] || !boxesMeet(&p, 1, &vCorners[3 * t], 3)) continue;
-            int aTurns[3];
-            for (Index k = 0; k < 3; ++k)
-                aTurns[k] = vDirections[t] * turn(3 * t + k, 3 * t + (k + 1) % 3, i);
-            const bool bOutside = std::any_of(aTurns, aTurns + 3, [](int side) { return side < 0; });
-            const Index numOn = static_cast<Index>(std::count(aTurns, aTurns + 3, 0));
-            if (bOutside || numOn > 1) continue; // beyond, or a corner
-            if (numOn == 0) {
-                if (!bCorner)
-                    add(Kind::VERTEX_IN_TRIANGLE, t,
-                        "The vertex " + textOf(p) + " lies inside triangle" + nameOf(t).substr(8), p);
-                continue;
-            }
-            const Index k = static_cast<Index>(std::find(aTurns, aTurns + 3, 0) - aTurns);
-            const Edge edge = edgeOf(vCorners[3 * t + k], vCorners[3 * t + (k + 1) % 3]);
-            if (mEdges.at(edge)[0] != t) continue;
-            add(bCorner ? Kind::CORNER_IN_EDGE : Kind::VERTEX_IN_EDGE, t,
-                (bCorner ? "The corner " : "The vertex ") + textOf(p) + " lies inside the edge " +
-                    textOf(edge) + " of triangle " + std::to_string(t),
-                p);
+        const bool bCorner = i < numCorners;
+        const std::string inside = (bCorner ? "The corner " : "The vertex ") + textOf(p) + " lies inside ";
+        for (const Index t : vGood) {
+            if (!vBoxes[t].doIntersect(Bbox2(&p, &p + 1))) continue;
+            const std::array<int, 3> aSides = {sideOf(3 * t, i), sideOf(3 * t + 1, i), sideOf(3 * t + 2, i)};
+            const auto numOn = std::count(aSides.begin(), aSides.end(), 0);
+            if (*std::min_element(aSides.begin(), aSides.end()) < 0) continue;
+            if (numOn == 0 && !bCorner) add(Kind::VERTEX_IN_TRIANGLE, t, inside + "triangle" + nameOf(t), p);
+            if (numOn != 1) continue; // 2: a corner of it
+            const Edge edge =
+                edgeFrom(3 * t + Index(std::find(aSides.begin(), aSides.end(), 0) - aSides.begin()));
+            if (mEdges.at(edge)[0] == t)
+                add(bCorner ? Kind::CORNER_IN_EDGE : Kind::VERTEX_IN_EDGE, t,
+                    inside + "the edge " + textOf(edge) + " of triangle " + std::to_string(t), p);
         }
     }
 
-    // No line along an edge of one has the other one beyond it.
-    bool overlap(Index t, Index u) const {
-        if (!boxesMeet(&vCorners[3 * t], 3, &vCorners[3 * u], 3)) return false;
-        for (int swapped = 0; swapped < 2; ++swapped, std::swap(t, u)) {
-            for (Index k = 0; k < 3; ++k) {
-                bool bBeyond = true;
-                for (Index i = 0; i < 3 && bBeyond; ++i)
-                    bBeyond = vDirections[t] * turn(3 * t + k, 3 * t + (k + 1) % 3, 3 * u + i) <= 0;
-                if (bBeyond) return false;
-            }
-        }
-        return true;
+    // The line along one of its edges has the other one beyond it.
+    bool isBeside(Index t, Index other) const {
+        for (Index i = 3 * t; i < 3 * t + 3; ++i)
+            if (sideOf(i, 3 * other) <= 0 && sideOf(i, 3 * other + 1) <= 0 && sideOf(i, 3 * other + 2) <= 0)
+                return true;
+        return false;
     }
 
     void findCrossed(Index i) {
         const auto [low, high] = std::minmax({vPoints[i], vPoints[i + 1]});
-        std::vector<std::pair<RationalPoint, SoupFault>> vCrossings;
-        for (Index t = 0; t < numTriangles; ++t) {
-            if (!bGood[t] || !boxesMeet(&vPoints[i], 2, &vCorners[3 * t], 3)) continue;
-            for (Index k = 0; k < 3; ++k) {
-                const Index a = 3 * t + k, b = 3 * t + (k + 1) % 3;
-                const Edge edge = edgeOf(vCorners[a], vCorners[b]);
+        std::multimap<std::pair<mpq_class, mpq_class>, SoupFault> mCrossings; // by their places
+        for (const Index t : vGood) {
+            if (!vBoxes[t].doIntersect(Bbox2(&vPoints[i], &vPoints[i] + 2))) continue;
+            for (Index a = 3 * t; a < 3 * t + 3; ++a) {
+                const Index b = next(a);
+                const Edge edge = edgeFrom(a);
                 if (mEdges.at(edge)[0] != t || turn(i, i + 1, a) * turn(i, i + 1, b) >= 0 ||
                     turn(a, b, i) * turn(a, b, i + 1) >= 0)
                     continue;
+                const auto [x, y] = lineIntersection(low, high, vPoints[a], vPoints[b]);
                 const std::string text = "The constraint segment " + textOf(low) + " " + textOf(high) +
                                          " crosses the edge " + textOf(edge) + " of triangle ";
-                vCrossings.push_back({lineIntersection(low, high, vCorners[a], vCorners[b]),
-                                      {Kind::CROSSED_EDGE, t, text + std::to_string(t), low, true}});
+                mCrossings.insert({{x, y}, {Kind::CROSSED_EDGE, t, text + std::to_string(t), low, false}});
             }
         }
-        const auto isBefore = [](const auto& one, const auto& other) {
-            return cmp(one.first.x, other.first.x) < 0 ||
-                   (one.first.x == other.first.x && cmp(one.first.y, other.first.y) < 0);
-        };
-        std::sort(vCrossings.begin(), vCrossings.end(), isBefore);
-        for (auto& [point, fault] : vCrossings) {
-            fault.bFirst = &fault == &vCrossings[0].second;
+        if (!mCrossings.empty()) mCrossings.begin()->second.bFirst = true;
+        for (const auto& [place, fault] : mCrossings)
             vFaults.push_back(fault);
-        }
     }
 
-    const Points& vCorners;
-    const Index numTriangles;
     Points vPoints; // corners, then vertices, then ends of segments
-    Index firstSegment;
+    const Index numCorners, firstSegment;
     std::vector<ExactPoint> vExact;
-    std::vector<bool> bGood;
-    std::vector<int> vDirections;
-    std::map<Edge, std::vector<Index>> mEdges; // of good triangles
-    std::set<Xy> sSeen;
+    std::vector<int> vDirections; // of triangles; 0 where they are not finite or degenerate
+    std::vector<Bbox2> vBoxes;
+    std::vector<Index> vGood;                  // the other triangles
+    std::map<Edge, std::vector<Index>> mEdges; // of these
     std::vector<SoupFault> vFaults;
 };
 
@@ -193,7 +173,7 @@ std::vector<SoupFault> soupFaults(const Points& vCorners, const Points& vVertice
 SoupFacts soupFacts(const Points& vCorners) {
     SoupFacts facts;
     std::set<Xy> sCorners;
-    std::map<std::pair<Xy, Xy>, Index> mLeft; // a directed edge, and the triangle on its left
+    std::map<Edge, Xy> mApexes; // of the triangles on the left of directed edges
     for (Index i = 0; i < vCorners.size(); i += 3) {
         Corners c;
         for (Index k = 0; k < 3; ++k)
@@ -205,21 +185,17 @@ SoupFacts soupFacts(const Points& vCorners) {
         std::rotate(c.begin(), std::min_element(c.begin(), c.end()), c.end());
         sCorners.insert(c.begin(), c.end());
         for (Index k = 0; k < 3; ++k)
-            mLeft[{c[k], c[(k + 1) % 3]}] = facts.vTriangles.size();
+            mApexes[{c[k], c[(k + 1) % 3]}] = c[(k + 2) % 3];
         facts.vTriangles.push_back(c);
     }
     const auto pointOf = [](const Xy& xy) { return Point2(xy.first, xy.second); };
-    for (const auto& [edge, t] : mLeft) {
-        const Edge name = std::minmax(edge.first, edge.second);
-        const auto right = mLeft.find({edge.second, edge.first});
-        if (right == mLeft.end()) {
-            facts.sBorder.insert(name);
-        } else if (edge.first < edge.second) {
-            const Corners &c = facts.vTriangles[t], &other = facts.vTriangles[right->second];
-            const auto isFar = [&name](const Xy& xy) { return xy != name.first && xy != name.second; };
-            const Xy far = *std::find_if(other.begin(), other.end(), isFar);
-            if (inCircle(pointOf(c[0]), pointOf(c[1]), pointOf(c[2]), pointOf(far)) > 0)
-                facts.sNotDelaunay.insert(name);
+    for (const auto& [edge, apex] : mApexes) {
+        const auto& [p, q] = edge;
+        const auto right = mApexes.find({q, p});
+        if (right == mApexes.end()) {
+            facts.sBorder.insert(std::minmax(p, q));
+        } else if (p < q && inCircle(pointOf(p), pointOf(q), pointOf(apex), pointOf(right->second)) > 0) {
+            facts.sNotDelaunay.insert(edge);
         }
     }
     facts.numCorners = sCorners.size();
