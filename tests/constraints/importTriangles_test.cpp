@@ -129,7 +129,7 @@ TEST(ImportedSoups, thatEndEarlyLeaveAValidTriangulation) {
             c.kivo.subscribe(MSG_PROGRESS, &listener);
             const CapturedMessages captured;
             try {
-                const MemoryLimit limit(bByListener ? all : num, kind < 2 && num % 2 == 0);
+                const MemoryLimit limit(bByListener ? all : num, num % 2 == 0);
                 EXPECT_NE(nullptr, c.kivo.importTriangles(vSoup));
                 bDone = listener.numLeft >= 0 && memoryLimit::numLeft > 0;
                 EXPECT_EQ(1, listener.last);
