@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <set>
 #include <sstream>
 
 namespace oracle {
@@ -176,20 +175,10 @@ CutWitness::CutWitness(const Kivo_2D& itsKivo, const Segments& vGiven, const std
     if (bWas2D) sortOut(vGiven);
     for (Knife& knife : vKnives)
         addStops(knife);
-    std::set<ConstraintSegment2*> sLeaves;
     for (const GivenGraph& given : vGraphs) {
         std::vector<ConstraintSegment2*> v;
         given.pGraph->getChildConstraintSegments(v);
         sLeaves.insert(v.begin(), v.end());
-    }
-    for (ConstraintSegment2* s : sLeaves) {
-        vLeaves.push_back({s, {}});
-        for (const Knife& knife : vKnives) {
-            if (!boxesMeet(*s->getSrc(), *s->getTrg(), knife.source, knife.target)) continue;
-            for (const Stop& stop : knife.vStops)
-                if (isInside(*s->getSrc(), *s->getTrg(), stop.at))
-                    vLeaves.back().vStops.emplace_back(&knife, stop);
-        }
     }
     mBefore = membership();
 }
@@ -308,9 +297,8 @@ std::vector<Point2*> CutWitness::verticesAt(const Stop& stop, const Places& mPla
 }
 
 void CutWitness::checkVertices(const std::vector<Point2*>& vNew, const Places& mPlaces, bool bApart) const {
-    for (const auto& [pVtx, place] : mVertices) {
+    for (const auto& [pVtx, place] : mVertices)
         demand(vertexAt(mPlaces, place.x(), place.y()) == pVtx, "a vertex is gone");
-    }
     std::set<Point2*> sAtStops;
     for (const Knife& knife : vKnives) {
         if (!bApart && isShort(knife)) continue;
@@ -398,28 +386,28 @@ void CutWitness::checkLeaves(ConstraintGraph2* pGraph, const Places& mPlaces, bo
     if (pGraph != nullptr)
         for (const auto& [p, q] : leafPairs(pGraph))
             sCut.insert({p, q});
-    for (const Leaf& leaf : vLeaves) {
+    for (ConstraintSegment2* pLeaf : sLeaves) {
+        const Point2 &source = *pLeaf->getSrc(), &target = *pLeaf->getTrg();
         std::vector<ConstraintSegment2*> vPieces;
-        if (!leaf.pSegment->isAlive()) leaf.pSegment->getChildrenRec(vPieces);
-        std::set<Point2*> sEnds = {leaf.pSegment->getSrc(), leaf.pSegment->getTrg()};
-        for (const ConstraintSegment2* s : vPieces) {
-            demand(s->isAlive(), "a piece of a constraint segment is no leaf");
+        if (!pLeaf->isAlive()) pLeaf->getChildrenRec(vPieces);
+        std::set<Point2*> sEnds = {pLeaf->getSrc(), pLeaf->getTrg()};
+        for (const ConstraintSegment2* s : vPieces)
             sEnds.insert({s->getSrc(), s->getTrg()});
+        bool bIsMet = false;
+        for (const Knife& knife : vKnives) {
+            if (!boxesMeet(source, target, knife.source, knife.target) || (!bApart && isShort(knife)))
+                continue;
+            for (const Stop& stop : knife.vStops) {
+                if (!isInside(source, target, stop.at)) continue;
+                bIsMet = true;
+                const std::vector<Point2*> v = verticesAt(stop, mPlaces, bApart);
+                const bool bThere = std::any_of(sEnds.begin(), sEnds.end(), [&](Point2* p) {
+                    return contains(v, p) || (!bApart && sCut.count(p) != 0 && isOn(knife, *p));
+                });
+                if (!bThere) throw Fault{"no stop of a knife on the constraint" + textOf({&source, &target})};
+            }
         }
-        demand(!bApart || !leaf.vStops.empty() || leaf.pSegment->isAlive(),
-               "a constraint segment that no knife meets is split");
-        for (const auto& [pKnife, stop] : leaf.vStops) {
-            const Knife& knife = *pKnife;
-            if (!bApart && isShort(knife)) continue;
-            const std::vector<Point2*> v = verticesAt(stop, mPlaces, bApart);
-            const bool bMeets = std::any_of(sEnds.begin(), sEnds.end(), [&](Point2* p) {
-                return contains(v, p) || (!bApart && sCut.count(p) != 0 && isOn(knife, *p));
-            });
-            if (!bMeets)
-                throw Fault{"the constraint segment" +
-                            textOf({leaf.pSegment->getSrc(), leaf.pSegment->getTrg()}) +
-                            " does not pass through a stop on it"};
-        }
+        demand(!bApart || bIsMet || pLeaf->isAlive(), "a constraint that no knife meets is split");
     }
 }
 

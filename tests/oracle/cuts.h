@@ -6,6 +6,7 @@
 
 #include <array>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -66,10 +67,6 @@ private:
 
         mpq_class parameterOf(const RationalPoint& p) const;
     };
-    struct Leaf {
-        TESK_KIVO2D::ConstraintSegment2* pSegment;
-        std::vector<std::pair<const Knife*, Stop>> vStops;
-    };
     using Membership = std::map<Corners, std::vector<bool>>; // of all triangles in the zones
 
     std::string findFirst(TESK_KIVO2D::ConstraintGraph2* pGraph, bool bApart) const;
@@ -97,7 +94,7 @@ private:
     std::vector<Corners> vTriangles;
     std::vector<PointPair> vEdges, vHullEdges;
     std::vector<Knife> vKnives;
-    std::vector<Leaf> vLeaves;
+    std::set<TESK_KIVO2D::ConstraintSegment2*> sLeaves;
     std::vector<TESK_KIVO2D::Zone2*> vZones;
     Membership mBefore;
 };
