@@ -50,32 +50,24 @@ bool isInside(const Point2& a, const Point2& b, const RationalPoint& p) {
            p != rational(b) && side(a, b, p) == 0;
 }
 
-// The doubles on either side; the same one twice where the number is one.
-std::pair<double, double> around(const mpq_class& exact) {
+// The doubles that are nearest, or hardly further away, and so many neighbours on either side.
+std::set<double> nearestTo(const mpq_class& exact, int numSteps) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     double low = exact.get_d(); // rounds towards zero
-    while (low > exact)
-        low = std::nextafter(low, -infinity);
-    return {low, low == exact ? low : std::nextafter(low, infinity)};
-}
-
-// Those of them that are nearest, or hardly further away, and so many neighbours on either side.
-std::vector<double> nearestTo(const mpq_class& exact, int numSteps) {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
-    auto [low, high] = around(exact);
+    if (low > exact) low = std::nextafter(low, -infinity);
+    double high = low == exact ? low : std::nextafter(low, infinity);
     const mpq_class below = exact - low, above = high - exact, slack = mpq_class(0x1p-20) * (above + below);
     if (high - low > std::numeric_limits<double>::denorm_min()) {
         if (below > above + slack) low = high;
         if (above > below + slack) high = low;
     }
-    std::vector<double> v = {low};
-    if (high != low) v.push_back(high);
+    std::set<double> s = {low, high};
     for (; numSteps > 0; --numSteps) {
         low = std::nextafter(low, -infinity);
         high = std::nextafter(high, infinity);
-        v.insert(v.end(), {low, high});
+        s.insert({low, high});
     }
-    return v;
+    return s;
 }
 
 template<class Value>
@@ -339,7 +331,7 @@ void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces) co
 bool CutWitness::isShort(const Knife& knife) {
     const RationalPoint &front = knife.vStops.front().at, &back = knife.vStops.back().at;
     const auto isNear = [](const mpq_class& a, const mpq_class& b) {
-        return contains(nearestTo(a, 3), nearestTo(b, 0).front());
+        return nearestTo(a, 3).count(*nearestTo(b, 0).begin()) != 0;
     };
     return isNear(front.x, back.x) && isNear(front.y, back.y);
 }
