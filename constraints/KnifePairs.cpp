@@ -2,6 +2,7 @@
 
 #include "Segment2.h"
 #include "checker/SegmentQueries.h"
+#include "constraints/DistinctList.h"
 #include "kernel/TeskTest.h"
 #include "kernel/tools.h"
 
@@ -14,28 +15,6 @@
 
 namespace TESK_KIVO2D {
 namespace {
-
-// A set of points that come again and again.
-class PointCollector {
-public:
-    void add(const Point2& p) {
-        if (vPoints.size() >= numOfNextLook) unite();
-        vPoints.push_back(p);
-    }
-    const std::vector<Point2>& points() const { return vPoints; }
-    // The last one added, or null.
-    const Point2* latest() const { return vPoints.empty() ? nullptr : &vPoints.back(); }
-
-private:
-    void unite() {
-        std::sort(vPoints.begin(), vPoints.end());
-        vPoints.erase(std::unique(vPoints.begin(), vPoints.end()), vPoints.end());
-        numOfNextLook = std::max<std::size_t>(64, 2 * vPoints.size());
-    }
-
-    std::vector<Point2> vPoints;
-    std::size_t numOfNextLook = 64;
-};
 
 // Of each knife: the number of the first one with the same ends, in whatever order.
 std::vector<std::uint32_t> firstEqual(const std::vector<KnifeCut>& vCuts) {
@@ -71,16 +50,15 @@ public:
             return;
         }
         // Knives often meet in one point all of them.
-        const Point2* const pLatest = vShared[i].latest();
-        if (pLatest != nullptr && isOn(*pLatest, a, b) && isOn(*pLatest, c, d)) {
-            const Point2 again = *pLatest;
-            add(i, k, again);
+        const std::vector<Point2>& vKnown = vShared[i].all();
+        if (!vKnown.empty() && isOn(vKnown.back(), a, b) && isOn(vKnown.back(), c, d)) {
+            add(i, k, Point2(vKnown.back()));
         } else if (const std::optional<Point2> point = getIntersectionCoordsNoRounding(a, b, c, d)) {
             const bool bEnd = *point == a || *point == b || *point == c || *point == d;
             add(i, k, bEnd ? *point : vCuts[i].toHull(vCuts[k].toHull(*point)));
         }
     }
-    const std::vector<Point2>& of(std::uint32_t knife) const { return vShared[knife].points(); }
+    const std::vector<Point2>& of(std::uint32_t knife) const { return vShared[knife].all(); }
 
 private:
     void add(std::uint32_t i, std::uint32_t k, const Point2& p) {
@@ -92,7 +70,7 @@ private:
     }
 
     const std::vector<KnifeCut>& vCuts;
-    std::vector<PointCollector> vShared; // a knife
+    std::vector<DistinctList<Point2>> vShared; // a knife
     TeskTest tests;
 };
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
-#include <tuple>
+#include <vector>
 
 namespace TESK_KIVO2D {
 namespace {
@@ -75,31 +75,12 @@ std::string textOf(const TriangleSoup& soup, const SoupFault& fault) {
     return "";
 }
 
-auto keyOf(const SoupFault& fault) {
-    return std::tie(fault.kind, fault.triangle, fault.other, fault.p, fault.q, fault.point, fault.from,
-                    fault.to);
-}
-
 } // namespace
-
-bool SoupFaults::isFull() {
-    if (vFaults.size() < numOfNextLook) return false;
-    sortAndUnite();
-    numOfNextLook = std::max(maxFaults, 2 * vFaults.size());
-    return vFaults.size() >= maxFaults;
-}
-
-void SoupFaults::sortAndUnite() {
-    std::sort(vFaults.begin(), vFaults.end(),
-              [](const SoupFault& a, const SoupFault& b) { return keyOf(a) < keyOf(b); });
-    vFaults.erase(std::unique(vFaults.begin(), vFaults.end(),
-                              [](const SoupFault& a, const SoupFault& b) { return keyOf(a) == keyOf(b); }),
-                  vFaults.end());
-}
 
 void SoupFaults::report(const TriangleSoup& soup, const std::string& location) {
     constexpr std::size_t maxLines = 100;
-    sortAndUnite();
+    faults.unite();
+    const std::vector<SoupFault>& vFaults = faults.all();
     for (std::size_t i = 0; i < std::min(vFaults.size(), maxLines); ++i)
         reportError(location, textOf(soup, vFaults[i]));
     reportError(location, (bComplete ? "" : "At least ") + std::to_string(vFaults.size()) +

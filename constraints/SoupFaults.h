@@ -1,11 +1,13 @@
 #pragma once
 
 #include "Point2.h"
+#include "constraints/DistinctList.h"
 #include "constraints/TriangleSoup.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
-#include <vector>
+#include <tuple>
 
 namespace TESK_KIVO2D {
 
@@ -28,6 +30,11 @@ struct SoupFault {
     Point2 point = {0, 0};
     Point2 p = {0, 0}, q = {0, 0};
     Point2 from = {0, 0}, to = {0, 0};
+
+    auto key() const { return std::tie(kind, triangle, other, p, q, point, from, to); }
+    // The order of the report.
+    bool operator<(const SoupFault& fault) const { return key() < fault.key(); }
+    bool operator==(const SoupFault& fault) const { return key() == fault.key(); }
 };
 
 // The faults of a soup, in an order that does not depend on how they were found.
@@ -36,11 +43,11 @@ public:
     // So many are kept before it is full.
     static constexpr std::size_t maxFaults = 10000;
 
-    bool empty() const { return vFaults.empty(); }
-    bool isFull();
-    void add(const SoupFault& fault) { vFaults.push_back(fault); }
+    bool empty() const { return faults.empty(); }
+    bool isFull() const { return faults.numKnown() >= maxFaults; }
+    void add(const SoupFault& fault) { faults.add(fault); }
     void addOverlap(TriangleSoup::Index a, TriangleSoup::Index b) {
-        vFaults.push_back({SoupFault::OVERLAP, std::min(a, b), std::max(a, b)});
+        faults.add({SoupFault::OVERLAP, std::min(a, b), std::max(a, b)});
     }
     // Not all of them were looked for.
     void setIncomplete() { bComplete = false; }
@@ -49,10 +56,7 @@ public:
     void report(const TriangleSoup& soup, const std::string& location);
 
 private:
-    void sortAndUnite();
-
-    std::vector<SoupFault> vFaults;
-    std::size_t numOfNextLook = maxFaults; // whether enough of them are different
+    DistinctList<SoupFault> faults{maxFaults};
     bool bComplete = true;
 };
 

@@ -1,6 +1,7 @@
 #include "constraints/SoupPlacement.h"
 
 #include "core/edgeSearch.h"
+#include "core/flip.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -34,9 +35,27 @@ std::vector<TriangleSoup::Edge> SoupPlacement::missingEdges() const {
         if (findEdge(vVertices[p], vVertices[q]).pT == nullptr)
             vMissing.push_back({p, q, soup.halvesBetween(p, q)});
     }
-    std::mt19937_64 random; // the same order in every run
-    std::shuffle(vMissing.begin(), vMissing.end(), random);
     return vMissing;
+}
+
+std::vector<TriangleSoup::Edge> SoupPlacement::edgesToForce() {
+    std::vector<TriangleSoup::Edge> vEdges = missingEdges();
+    std::erase_if(vEdges, [this](const TriangleSoup::Edge& edge) { return flipIn(edge); });
+    std::mt19937_64 random; // the same order in every run
+    std::shuffle(vEdges.begin(), vEdges.end(), random);
+    return vEdges;
+}
+
+// False when the edge crosses more than one other, or one of the soup, or runs into a vertex.
+bool SoupPlacement::flipIn(const TriangleSoup::Edge& edge) {
+    Point2 *const a = vVertices[edge.p], *const b = vVertices[edge.q];
+    const Departure departure = findDeparture(a, b, tests);
+    if (departure.kind == Departure::ALONG_EDGE) return false;
+    const HalfEdge& across = departure.across;
+    const bool bOnlyOne = across.opposite()->hasVertex(departure.bFromTarget ? a : b);
+    if (!bOnlyOne || isFixed(across.source(), across.target())) return false;
+    flip(across.pT, across.ith);
+    return true;
 }
 
 bool SoupPlacement::isFixed(const Point2* p, const Point2* q) const {

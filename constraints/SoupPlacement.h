@@ -26,12 +26,13 @@ public:
     // Calls onBlocked(edge, result) with each edge that can't be one, since a vertex lies on it or it crosses
     // another one of the soup.
     //
-    // In random order: then the area that an edge crosses is expected to be small, whatever the soup is
-    // (Shewchuk & Brown 2015). A fan of long edges from one end to the other would take quadratic time.
+    // Edges that cross no more than one are flipped in, near ones one after the other. The others in random
+    // order: then the area that an edge crosses is expected to be small, whatever the soup is (Shewchuk &
+    // Brown 2015). A fan of long edges from one end to the other would take quadratic time.
     template<class OnBlocked>
     void force(OnBlocked onBlocked) {
         findTriangles();
-        for (const TriangleSoup::Edge& edge : missingEdges()) {
+        for (const TriangleSoup::Edge& edge : edgesToForce()) {
             const CzResult result = traverse(vVertices[edge.p], vVertices[edge.q], tests, this, zone);
             if (result.end == CzResult::REACHED) {
                 retriangulation.fill(zone);
@@ -51,8 +52,11 @@ public:
 private:
     // Looks for those that are not known yet. The others stay: their edges do.
     void findTriangles();
-    // Shuffled.
+    // In the order of the points.
     std::vector<TriangleSoup::Edge> missingEdges() const;
+    // What is left of these when some have been flipped in, shuffled.
+    std::vector<TriangleSoup::Edge> edgesToForce();
+    bool flipIn(const TriangleSoup::Edge& edge);
     bool isFixed(const Point2* p, const Point2* q) const override;
     void wasSplit(Point2*, Point2*, Point2*) override {} // no vertex comes
 

@@ -163,6 +163,7 @@ private:
     Zone2* importAlone(const TriangleSoup& soup, SoupFaults& faults, bool bVerbose);
     Zone2* importBeside(const TriangleSoup& soup, SoupFaults& faults, bool bVerbose);
     void tryElsewhere(const TriangleSoup& soup, SoupFaults& faults) const;
+    void letGo(const TriangleSoup& soup, const std::vector<Point2*>& vVertices);
     Zone2* keepSoup(const TriangleSoup& soup, const std::vector<Point2*>& vVertices,
                     const SoupPlacement& placement, bool bVerbose);
     std::vector<Point2*> insertAll(const std::vector<Point2>& vPoints);

@@ -93,15 +93,16 @@ Zone2* Dt2::importTriangles(const std::vector<Point2>& vCorners, bool bVerbose) 
 
 // Into an empty triangulation: it serves for the trial itself.
 Zone2* Dt2::importAlone(const TriangleSoup& soup, SoupFaults& faults, bool bVerbose) {
+    std::vector<Point2*> vVertices;
+    SoupPlacement placement(soup, vVertices, pTeskPredicates);
     try {
-        const std::vector<Point2*> vVertices = insertAll(soup.points());
-        SoupPlacement placement(soup, vVertices, pTeskPredicates);
+        vVertices = insertAll(soup.points());
         SoupTrial(soup, vVertices, placement, store, pTeskPredicates).findFaults({}, faults);
-        if (faults.empty()) return keepSoup(soup, vVertices, placement, bVerbose);
     } catch (...) {
         clear();
         throw;
     }
+    if (faults.empty()) return keepSoup(soup, vVertices, placement, bVerbose);
     clear();
     return nullptr;
 }
@@ -113,11 +114,16 @@ Zone2* Dt2::importBeside(const TriangleSoup& soup, SoupFaults& faults, bool bVer
     SoupPlacement placement(soup, vVertices, pTeskPredicates);
     try {
         placement.force([](const Edge&, const CzResult&) { KIVO_ASSERT(false, "false"); });
-        return keepSoup(soup, vVertices, placement, bVerbose);
-    } catch (...) { // out of memory: what is not held gives way to what is Delaunay
-        soup.forEachEdge([&](const Edge& edge) { legalizeEdge(vVertices[edge.p], vVertices[edge.q]); });
+    } catch (...) {
+        letGo(soup, vVertices);
         throw;
     }
+    return keepSoup(soup, vVertices, placement, bVerbose);
+}
+
+// When memory has run out: edges of the soup that are no constraints give way to what is Delaunay.
+void Dt2::letGo(const TriangleSoup& soup, const std::vector<Point2*>& vVertices) {
+    soup.forEachEdge([&](const Edge& edge) { legalizeEdge(vVertices[edge.p], vVertices[edge.q]); });
 }
 
 std::vector<Point2*> Dt2::insertAll(const std::vector<Point2>& vPoints) {
@@ -160,17 +166,22 @@ void Dt2::tryElsewhere(const TriangleSoup& soup, SoupFaults& faults) const {
 // Makes what holds the soup constraints, and its triangles, which are all there, a zone.
 Zone2* Dt2::keepSoup(const TriangleSoup& soup, const std::vector<Point2*>& vVertices,
                      const SoupPlacement& placement, bool bVerbose) {
-    const std::vector<PointerPair> vHeld = heldEdges(soup, vVertices, pTeskPredicates);
-    if (!vHeld.empty()) fixEdges(vHeld);
-    const RecordNumbers<Triangle2> numbers = store.triangleNumbers();
-    TriangleSet triangles(numbers);
-    for (const Triangle2* pT : placement.triangles()) {
-        KIVO_ASSERT(pT != nullptr, "pT!=NULL");
-        triangles.insert(pT);
+    try {
+        const std::vector<PointerPair> vHeld = heldEdges(soup, vVertices, pTeskPredicates);
+        if (!vHeld.empty()) fixEdges(vHeld);
+        const RecordNumbers<Triangle2> numbers = store.triangleNumbers();
+        TriangleSet triangles(numbers);
+        for (const Triangle2* pT : placement.triangles()) {
+            KIVO_ASSERT(pT != nullptr, "pT!=NULL");
+            triangles.insert(pT);
+        }
+        Zone2* const pZone = pZoneRegistry->createBoundedZone(triangles);
+        if (bVerbose) reportImported(soup, vHeld.size());
+        return pZone;
+    } catch (...) {
+        letGo(soup, vVertices);
+        throw;
     }
-    Zone2* const pZone = pZoneRegistry->createBoundedZone(triangles);
-    if (bVerbose) reportImported(soup, vHeld.size());
-    return pZone;
 }
 
 // All vertices go, at which nothing hangs but triangles. The next ones get their records in the same order.
