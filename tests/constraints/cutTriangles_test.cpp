@@ -203,7 +203,7 @@ TEST(CutTriangles, onALatticeMeetsTheSecondOpinion) {
 }
 
 TEST(CutTriangles, amongRandomPointsMeetsTheSecondOpinion) {
-    for (unsigned round = 0; round < 150 / few && !testing::Test::HasFailure(); ++round) {
+    for (unsigned round = 0; round < 120 / few && !testing::Test::HasFailure(); ++round) {
         SCOPED_TRACE(round);
         Rng rng(round);
         const double aOffsets[] = {0, 5e6, -1e3}, offset = aOffsets[round % 3];
@@ -245,7 +245,7 @@ TEST(CutTriangles, ofNastySetsKeepsAllLaws) {
                               }});
     vKinds.push_back({"map", [](Rng& rng) { return zoned::randomPoints(rng, 20, 5e6, 5e6 + 10); }});
     for (const nastySets::Kind& kind : vKinds) {
-        for (unsigned round = 0; round < 20 / few && !testing::Test::HasFailure(); ++round) {
+        for (unsigned round = 0; round < 14 / few && !testing::Test::HasFailure(); ++round) {
             SCOPED_TRACE(kind.name + std::string(" ") + std::to_string(round));
             Rng rng(round);
             Points vPoints = kind.make(rng), vEnds = kind.make(rng);
