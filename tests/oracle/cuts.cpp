@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <set>
 #include <sstream>
 
 namespace oracle {
@@ -51,32 +50,24 @@ bool isInside(const Point2& a, const Point2& b, const RationalPoint& p) {
            p != rational(b) && side(a, b, p) == 0;
 }
 
-// The doubles on either side; the same one twice where the number is one.
-std::pair<double, double> around(const mpq_class& exact) {
+// The doubles that are nearest, or hardly further away, and so many neighbours on either side.
+std::set<double> nearestTo(const mpq_class& exact, int numSteps) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     double low = exact.get_d(); // rounds towards zero
-    while (low > exact)
-        low = std::nextafter(low, -infinity);
-    return {low, low == exact ? low : std::nextafter(low, infinity)};
-}
-
-// Those of them that are nearest, or hardly further away, and so many neighbours on either side.
-std::vector<double> nearestTo(const mpq_class& exact, int numSteps) {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
-    auto [low, high] = around(exact);
+    if (low > exact) low = std::nextafter(low, -infinity);
+    double high = low == exact ? low : std::nextafter(low, infinity);
     const mpq_class below = exact - low, above = high - exact, slack = mpq_class(0x1p-20) * (above + below);
     if (high - low > std::numeric_limits<double>::denorm_min()) {
         if (below > above + slack) low = high;
         if (above > below + slack) high = low;
     }
-    std::vector<double> v = {low};
-    if (high != low) v.push_back(high);
+    std::set<double> s = {low, high};
     for (; numSteps > 0; --numSteps) {
         low = std::nextafter(low, -infinity);
         high = std::nextafter(high, infinity);
-        v.insert(v.end(), {low, high});
+        s.insert({low, high});
     }
-    return v;
+    return s;
 }
 
 template<class Value>
@@ -91,6 +82,9 @@ std::array<Point2*, 3> cornersOf(const Triangle2* pT) {
 }
 
 bool isInTriangle(const std::array<Point2*, 3>& corners, const Point2& p, int leastSide) {
+    const auto [minX, maxX] = std::minmax({corners[0]->x(), corners[1]->x(), corners[2]->x()});
+    const auto [minY, maxY] = std::minmax({corners[0]->y(), corners[1]->y(), corners[2]->y()});
+    if (p.x() < minX || p.x() > maxX || p.y() < minY || p.y() > maxY) return false;
     for (std::size_t i = 0; i < 3; ++i)
         if (orientation(*corners[i], *corners[(i + 1) % 3], p) < leastSide) return false;
     return true;
@@ -113,15 +107,31 @@ bool isSliver(const std::array<Point2*, 3>& corners) {
     return abs(twiceArea(p[0], p[1], p[2])) <= 16 * p[3].x * longest;
 }
 
-std::vector<std::pair<Point2*, Point2*>> originalPairs(ConstraintGraph2* pGraph) {
-    std::vector<ConstraintSegment2*> vOriginals;
-    pGraph->getOriginalConstraintSegments(vOriginals);
-    std::vector<std::pair<Point2*, Point2*>> vPairs;
-    for (ConstraintSegment2* s : vOriginals) {
+using PointPair = std::pair<Point2*, Point2*>;
+
+std::vector<PointPair> pairsOf(ConstraintGraph2* pGraph, const std::vector<ConstraintSegment2*>& vSegments) {
+    std::vector<PointPair> vPairs;
+    for (ConstraintSegment2* s : vSegments) {
         vPairs.emplace_back(s->getSrc(), s->getTrg());
         if (pGraph->isReverse(s)) std::swap(vPairs.back().first, vPairs.back().second);
     }
     return vPairs;
+}
+std::vector<PointPair> originalPairs(ConstraintGraph2* pGraph) {
+    std::vector<ConstraintSegment2*> v;
+    pGraph->getOriginalConstraintSegments(v);
+    return pairsOf(pGraph, v);
+}
+std::vector<PointPair> leafPairs(ConstraintGraph2* pGraph) {
+    std::vector<ConstraintSegment2*> v;
+    pGraph->getChildConstraintSegments(v);
+    return pairsOf(pGraph, v);
+}
+
+// Or null. There is one zero only.
+Point2* vertexAt(const std::map<std::pair<double, double>, Point2*>& mPlaces, double x, double y) {
+    const auto it = mPlaces.find({x + 0.0, y + 0.0});
+    return it != mPlaces.end() ? it->second : nullptr;
 }
 
 } // namespace
@@ -140,12 +150,10 @@ mpq_class CutWitness::Knife::parameterOf(const RationalPoint& p) const {
 
 CutWitness::CutWitness(const Kivo_2D& itsKivo, const Segments& vGiven, const std::vector<GivenGraph>& vGraphs,
                        const std::vector<Zone2*>& vItsZones)
-    : kivo(itsKivo), bNoneGiven(vGiven.empty()), bWas2D(itsKivo.is2D()) {
+    : kivo(itsKivo), bNoneGiven(vGiven.empty()), bWas2D(itsKivo.is2D()), vZones(vItsZones) {
     kivo.getVertexPointers(vVertices);
-    for (Point2* p : vVertices) {
-        vPlaces.emplace_back(p, *p);
-        mIndex.emplace(p, mIndex.size());
-    }
+    for (Point2* p : vVertices)
+        mVertices.emplace(p, *p);
     kivo.getConvexHull(false, vHull);
     for (const Triangle2* pT : allTriangles(kivo)) {
         vTriangles.push_back(cornersOf(pT));
@@ -159,36 +167,18 @@ CutWitness::CutWitness(const Kivo_2D& itsKivo, const Segments& vGiven, const std
     if (bWas2D) sortOut(vGiven);
     for (Knife& knife : vKnives)
         addStops(knife);
-    std::set<ConstraintSegment2*> sLeaves;
     for (const GivenGraph& given : vGraphs) {
         std::vector<ConstraintSegment2*> v;
         given.pGraph->getChildConstraintSegments(v);
         sLeaves.insert(v.begin(), v.end());
     }
-    for (ConstraintSegment2* s : sLeaves) {
-        vLeaves.push_back({s, {}});
-        for (const Knife& knife : vKnives) {
-            if (!boxesMeet(*s->getSrc(), *s->getTrg(), knife.source, knife.target)) continue;
-            for (const Stop& stop : knife.vStops)
-                if (isInside(*s->getSrc(), *s->getTrg(), stop.at))
-                    vLeaves.back().vStops.emplace_back(&knife, stop);
-        }
-    }
-    for (const Zone2* pZone : vItsZones) {
-        vZones.push_back({pZone, {}});
-        for (const Corners& corners : vTriangles)
-            vZones.back().mHas[corners] = false;
-        Triangles vTs;
-        pZone->getTriangles(vTs);
-        for (const Triangle2* pT : vTs)
-            vZones.back().mHas[cornersOf(pT)] = true;
-    }
+    mBefore = membership();
 }
 
 // Keeps the knives that have more than a point in common with the hull.
 void CutWitness::sortOut(const Segments& vGiven) {
     for (const Segment2& s : vGiven) {
-        Knife knife{s.getSrc(), s.getTrg(), 0, 1, {}, {}};
+        Knife knife{s.getSrc(), s.getTrg(), 0, 1, {}};
         if (!isFinite(knife.source) || !isFinite(knife.target)) {
             ++numNotFinite;
             continue;
@@ -210,8 +200,6 @@ void CutWitness::sortOut(const Segments& vGiven) {
             ++numApart;
             continue;
         }
-        for (const Point2* p : vVertices)
-            knife.vSides.push_back(orientation(knife.source, knife.target, *p));
         vKnives.push_back(std::move(knife));
     }
 }
@@ -224,12 +212,14 @@ void CutWitness::addStops(Knife& knife) const {
     };
     add(rational(knife.source));
     add(rational(knife.target));
-    for (std::size_t i = 0; i < vVertices.size(); ++i)
-        if (knife.vSides[i] == 0) add(rational(*vVertices[i]));
-    for (const auto& [p, q] : vEdges)
-        if (knife.vSides[mIndex.at(p)] * knife.vSides[mIndex.at(q)] < 0 &&
-            boxesMeet(*p, *q, knife.source, knife.target))
-            add(lineIntersection(knife.source, knife.target, *p, *q));
+    const auto sideOf = [&](Point2* p) { return orientation(knife.source, knife.target, *p); };
+    for (const auto& [p, q] : vEdges) {
+        if (!boxesMeet(*p, *q, knife.source, knife.target)) continue;
+        const int ofP = sideOf(p), ofQ = sideOf(q);
+        if (ofP == 0) add(rational(*p));
+        if (ofQ == 0) add(rational(*q));
+        if (ofP * ofQ < 0) add(lineIntersection(knife.source, knife.target, *p, *q));
+    }
     for (const Knife& other : vKnives) {
         if (&other == &knife || meeting(knife.source, knife.target, other.source, other.target) == 0)
             continue;
@@ -239,37 +229,25 @@ void CutWitness::addStops(Knife& knife) const {
     }
     for (const auto& [t, at] : mStops) {
         knife.vStops.push_back({at});
-        findHullEdge(knife.vStops.back());
+        for (const PointPair& edge : vHullEdges)
+            if (isInside(*edge.first, *edge.second, at)) knife.vStops.back().hullEdge = edge;
     }
-}
-
-void CutWitness::findHullEdge(Stop& stop) const {
-    for (const PointPair& edge : vHullEdges)
-        if (isInside(*edge.first, *edge.second, stop.at)) stop.hullEdge = edge;
 }
 
 std::string CutWitness::warnings() const {
+    const std::string start = "      [Kivo2D-Message] Dt2::cutTriangles(..), WARNING: ";
+    if (bNoneGiven) return start + "vKnives is empty, returning NULL\n";
+    if (!bWas2D) return start + "The triangulation has no triangles yet, returning NULL\n";
     std::string text;
-    const auto warn = [&](const std::string& what) {
-        text += "      [Kivo2D-Message] Dt2::cutTriangles(..), WARNING: " + what + "\n";
+    const auto warnOf = [&](std::size_t num, const std::string& one, const std::string& several) {
+        if (num == 1) text += start + "1 knife " + one + " ignored\n";
+        if (num > 1) text += start + std::to_string(num) + " knives " + several + " ignored\n";
     };
-    const auto warnOf = [&](std::size_t num, const char* one, const char* several) {
-        if (num == 1) warn("1 knife " + std::string(one) + " ignored");
-        if (num > 1) warn(std::to_string(num) + " knives " + several + " ignored");
-    };
-    const char *const pNotFinite = "with a coordinate that is not finite", *const pNoLength = "of no length";
-    if (bNoneGiven) {
-        warn("vKnives is empty, returning NULL");
-    } else if (!bWas2D) {
-        warn("The triangulation has no triangles yet, returning NULL");
-    } else {
-        warnOf(numNotFinite, pNotFinite, pNotFinite);
-        warnOf(numNoLength, pNoLength, pNoLength);
-        warnOf(numApart, "that meets the triangulation in no more than a point",
-               "that meet the triangulation in no more than a point");
-        if (vKnives.empty()) warn("No knife is left, returning NULL");
-    }
-    return text;
+    warnOf(numNotFinite, "with a coordinate that is not finite", "with a coordinate that is not finite");
+    warnOf(numNoLength, "of no length", "of no length");
+    warnOf(numApart, "that meets the triangulation in no more than a point",
+           "that meet the triangulation in no more than a point");
+    return vKnives.empty() ? text + start + "No knife is left, returning NULL\n" : text;
 }
 
 std::string CutWitness::findFirst(ConstraintGraph2* pGraph, bool bApart) const {
@@ -282,14 +260,10 @@ std::string CutWitness::findFirst(ConstraintGraph2* pGraph, bool bApart) const {
         kivo.getVertexPointers(v);
         for (Point2* p : v) {
             mPlaces[{p->x() + 0.0, p->y() + 0.0}] = p; // one zero only
-            if (mIndex.count(p) == 0) vNew.push_back(p);
+            if (mVertices.count(p) == 0) vNew.push_back(p);
         }
         checkVertices(vNew, mPlaces, bApart);
-        if (pGraph != nullptr && !bApart) {
-            checkReach(pGraph, mPlaces);
-        } else if (pGraph != nullptr) {
-            pGraph->isPolygon() ? checkRing(pGraph, mPlaces) : checkPieces(pGraph, mPlaces);
-        }
+        if (pGraph != nullptr) bApart ? checkPieces(pGraph, mPlaces) : checkReach(pGraph, mPlaces);
         checkLeaves(pGraph, mPlaces, bApart);
         checkZones();
         if (bApart) checkOldTriangles(vNew);
@@ -307,19 +281,16 @@ std::vector<Point2*> CutWitness::verticesAt(const Stop& stop, const Places& mPla
     std::vector<Point2*> v;
     for (const double x : nearestTo(stop.at.x, numSteps)) {
         for (const double y : nearestTo(stop.at.y, numSteps)) {
-            const auto it = mPlaces.find({x + 0.0, y + 0.0});
-            if (it != mPlaces.end() && (p == nullptr || orientation(*p, *q, *it->second) <= 0))
-                v.push_back(it->second);
+            Point2* const pVtx = vertexAt(mPlaces, x, y);
+            if (pVtx != nullptr && (p == nullptr || orientation(*p, *q, *pVtx) <= 0)) v.push_back(pVtx);
         }
     }
     return v;
 }
 
 void CutWitness::checkVertices(const std::vector<Point2*>& vNew, const Places& mPlaces, bool bApart) const {
-    for (const auto& [pVtx, place] : vPlaces) {
-        const auto it = mPlaces.find({place.x() + 0.0, place.y() + 0.0});
-        demand(it != mPlaces.end() && it->second == pVtx, "a vertex is gone");
-    }
+    for (const auto& [pVtx, place] : mVertices)
+        demand(vertexAt(mPlaces, place.x(), place.y()) == pVtx, "a vertex is gone");
     std::set<Point2*> sAtStops;
     for (const Knife& knife : vKnives) {
         if (!bApart && isShort(knife)) continue;
@@ -334,42 +305,33 @@ void CutWitness::checkVertices(const std::vector<Point2*>& vNew, const Places& m
         if (bApart && sAtStops.count(p) == 0) throw Fault{"a new vertex is at no stop:" + textOf({p})};
 }
 
+// A ring has an order of its own. A piece has the direction of the first knife that it is part of.
 void CutWitness::checkPieces(ConstraintGraph2* pGraph, const Places& mPlaces) const {
-    demand(pGraph->isOriented(), "the graph has no directions");
-    const std::vector<PointPair> vPieces = originalPairs(pGraph);
-    std::set<PointPair> sSeen;
-    std::size_t k = 0;
-    // Where the next piece leads from here. It has the direction of the first knife that it is part of.
-    const auto next = [&](Point2* pHere) -> Point2* {
-        if (k == vPieces.size()) return nullptr;
-        const auto& [p, q] = vPieces[k];
-        if (p == pHere) return q;
-        return q == pHere && sSeen.count(vPieces[k]) != 0 ? p : nullptr;
-    };
+    std::vector<PointPair> vPieces = originalPairs(pGraph), vExpected;
     for (const Knife& knife : vKnives) {
-        std::vector<Point2*> vHere = verticesAt(knife.vStops.front(), mPlaces, true);
+        Point2* pHere = verticesAt(knife.vStops.front(), mPlaces, true).front();
         for (const Stop& stop : knife.vStops) {
-            const std::vector<Point2*> vThere = verticesAt(stop, mPlaces, true);
-            std::vector<Point2*> vSame, vNext;
-            for (Point2* pHere : vHere) {
-                if (contains(vThere, next(pHere))) vNext.push_back(next(pHere));
-                if (contains(vThere, pHere)) vSame.push_back(pHere);
-            }
-            const bool bStays = vNext.empty() || &stop == &knife.vStops.front();
-            if (bStays && vSame.empty())
-                throw Fault{"no piece from" + textOf({vHere.front()}) + " to" + textOf({vThere.front()})};
-            if (!bStays) sSeen.insert(vPieces[k++]);
-            vHere = bStays ? vSame : vNext;
+            Point2* const pThere = verticesAt(stop, mPlaces, true).front();
+            const PointPair piece = {pHere, pThere}, back = {pThere, pHere};
+            if (pThere != pHere) vExpected.push_back(contains(vExpected, back) ? back : piece);
+            pHere = pThere;
         }
     }
-    demand(k == vPieces.size(), "more pieces than between stops");
+    demand(pGraph->isPolygon() || pGraph->isOriented(), "the graph has no directions");
+    for (std::vector<PointPair>* pList : {&vPieces, &vExpected}) {
+        if (!pGraph->isPolygon()) break;
+        for (PointPair& piece : *pList)
+            if (piece.second < piece.first) std::swap(piece.first, piece.second);
+        std::sort(pList->begin(), pList->end());
+    }
+    demand(vPieces == vExpected, "the pieces are not those between stops");
 }
 
 // All stops may be rounded to one vertex; then there is nothing to cut.
 bool CutWitness::isShort(const Knife& knife) {
     const RationalPoint &front = knife.vStops.front().at, &back = knife.vStops.back().at;
     const auto isNear = [](const mpq_class& a, const mpq_class& b) {
-        return contains(nearestTo(a, 3), nearestTo(b, 0).front());
+        return nearestTo(a, 3).count(*nearestTo(b, 0).begin()) != 0;
     };
     return isNear(front.x, back.x) && isNear(front.y, back.y);
 }
@@ -384,14 +346,12 @@ bool CutWitness::isOn(const Knife& knife, const Point2& p) {
 // Along edges of the graph near the knife, all its stops can be reached, but for some units in the last
 // place.
 void CutWitness::checkReach(ConstraintGraph2* pGraph, const Places& mPlaces) const {
-    const Segments vPieces = leavesOf({pGraph});
-    const auto vertexAt = [&](const Point2& p) { return mPlaces.at({p.x() + 0.0, p.y() + 0.0}); };
+    const std::vector<PointPair> vPieces = leafPairs(pGraph);
     for (const Knife& knife : vKnives) {
         if (isShort(knife)) continue;
         std::map<Point2*, std::vector<Point2*>> mNeighbours;
-        for (const Segment2& s : vPieces) {
-            if (!isOn(knife, s.getSrc()) || !isOn(knife, s.getTrg())) continue;
-            Point2 *const p = vertexAt(s.getSrc()), *const q = vertexAt(s.getTrg());
+        for (const auto& [p, q] : vPieces) {
+            if (!isOn(knife, *p) || !isOn(knife, *q)) continue;
             mNeighbours[p].push_back(q);
             mNeighbours[q].push_back(p);
         }
@@ -411,109 +371,79 @@ void CutWitness::checkReach(ConstraintGraph2* pGraph, const Places& mPlaces) con
     }
 }
 
-void CutWitness::checkRing(ConstraintGraph2* pGraph, const Places& mPlaces) const {
-    std::vector<PointPair> vPieces, vExpected;
-    for (const auto& [p, q] : originalPairs(pGraph))
-        vPieces.push_back(std::minmax(p, q));
-    for (const Knife& knife : vKnives) {
-        Point2* pHere = verticesAt(knife.vStops.front(), mPlaces, true).front();
-        for (const Stop& stop : knife.vStops) {
-            Point2* const pThere = verticesAt(stop, mPlaces, true).front();
-            if (pThere != pHere) vExpected.push_back(std::minmax(pHere, pThere));
-            pHere = pThere;
-        }
-    }
-    std::sort(vPieces.begin(), vPieces.end());
-    std::sort(vExpected.begin(), vExpected.end());
-    demand(vPieces == vExpected, "the ring is not the one between stops");
-}
-
 // The vertex of the stop is one between the pieces of the segment. Or, where other vertices are near, the two
 // chains meet beside it.
 void CutWitness::checkLeaves(ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const {
     std::set<Point2*> sCut;
     if (pGraph != nullptr)
-        for (const Segment2& s : leavesOf({pGraph}))
-            for (const Point2& p : {s.getSrc(), s.getTrg()})
-                sCut.insert(mPlaces.at({p.x() + 0.0, p.y() + 0.0}));
-    for (const Leaf& leaf : vLeaves) {
+        for (const auto& [p, q] : leafPairs(pGraph))
+            sCut.insert({p, q});
+    for (ConstraintSegment2* pLeaf : sLeaves) {
+        const Point2 &source = *pLeaf->getSrc(), &target = *pLeaf->getTrg();
         std::vector<ConstraintSegment2*> vPieces;
-        if (!leaf.pSegment->isAlive()) leaf.pSegment->getChildrenRec(vPieces);
-        std::set<Point2*> sEnds = {leaf.pSegment->getSrc(), leaf.pSegment->getTrg()};
-        for (const ConstraintSegment2* s : vPieces) {
-            demand(s->isAlive(), "a piece of a constraint segment is no leaf");
+        if (!pLeaf->isAlive()) pLeaf->getChildrenRec(vPieces);
+        std::set<Point2*> sEnds = {pLeaf->getSrc(), pLeaf->getTrg()};
+        for (const ConstraintSegment2* s : vPieces)
             sEnds.insert({s->getSrc(), s->getTrg()});
+        bool bIsMet = false;
+        for (const Knife& knife : vKnives) {
+            if (!boxesMeet(source, target, knife.source, knife.target) || (!bApart && isShort(knife)))
+                continue;
+            for (const Stop& stop : knife.vStops) {
+                if (!isInside(source, target, stop.at)) continue;
+                bIsMet = true;
+                const std::vector<Point2*> v = verticesAt(stop, mPlaces, bApart);
+                const bool bThere = std::any_of(sEnds.begin(), sEnds.end(), [&](Point2* p) {
+                    return contains(v, p) || (!bApart && sCut.count(p) != 0 && isOn(knife, *p));
+                });
+                if (!bThere) throw Fault{"no stop of a knife on the constraint" + textOf({&source, &target})};
+            }
         }
-        demand(!bApart || !leaf.vStops.empty() || leaf.pSegment->isAlive(),
-               "a constraint segment that no knife meets is split");
-        for (const auto& [pKnife, stop] : leaf.vStops) {
-            const Knife& knife = *pKnife;
-            if (!bApart && isShort(knife)) continue;
-            const std::vector<Point2*> v = verticesAt(stop, mPlaces, bApart);
-            const bool bMeets = std::any_of(sEnds.begin(), sEnds.end(), [&](Point2* p) {
-                return contains(v, p) || (!bApart && sCut.count(p) != 0 && isOn(knife, *p));
-            });
-            if (!bMeets)
-                throw Fault{"the constraint segment" +
-                            textOf({leaf.pSegment->getSrc(), leaf.pSegment->getTrg()}) +
-                            " does not pass through a stop on it"};
-        }
+        demand(!bApart || bIsMet || pLeaf->isAlive(), "a constraint that no knife meets is split");
     }
 }
 
-void CutWitness::checkZones() const {
-    std::vector<std::set<Corners>> vAfter;
-    for (const ZoneBefore& zone : vZones) {
-        Triangles vTs;
-        zone.pZone->getTriangles(vTs);
-        vAfter.emplace_back();
-        for (const Triangle2* pT : vTs)
-            vAfter.back().insert(cornersOf(pT));
-    }
-    if (vZones.empty()) return;
-    const std::set<Corners> sOld(vTriangles.begin(), vTriangles.end());
-    std::set<Corners> sNow;
+CutWitness::Membership CutWitness::membership() const {
+    Membership mZones;
     for (const Triangle2* pT : allTriangles(kivo))
-        sNow.insert(cornersOf(pT));
-    std::vector<Corners> vGone;
-    std::set_difference(sOld.begin(), sOld.end(), sNow.begin(), sNow.end(), std::back_inserter(vGone));
-    for (const Corners& corners : sNow) {
-        const bool bStayed = sOld.count(corners) != 0;
-        const auto third = [&](auto get) {
-            return get(corners[0]) / 3 + get(corners[1]) / 3 + get(corners[2]) / 3;
+        mZones[cornersOf(pT)].resize(vZones.size());
+    for (std::size_t i = 0; i < vZones.size(); ++i) {
+        Triangles vTs;
+        vZones[i]->getTriangles(vTs);
+        for (const Triangle2* pT : vTs)
+            mZones.at(cornersOf(pT))[i] = true;
+    }
+    return mZones;
+}
+
+void CutWitness::checkZones() const {
+    if (vZones.empty()) return;
+    const Membership mNow = membership();
+    Membership mGone;
+    std::set_difference(mBefore.begin(), mBefore.end(), mNow.begin(), mNow.end(),
+                        std::inserter(mGone, mGone.end()), mBefore.value_comp());
+    for (const auto& [corners, zones] : mNow) {
+        const auto third = [&, &a = corners](auto get) {
+            return get(a[0]) / 3 + get(a[1]) / 3 + get(a[2]) / 3;
         };
         const Point2 center(third([](const Point2* p) { return p->x(); }),
                             third([](const Point2* p) { return p->y(); }));
-        if (!bStayed && !isInTriangle(corners, center, 1)) continue;
-        std::vector<Corners> vHolding; // more than one where the centre lies on an edge
-        if (bStayed) vHolding = {corners};
-        for (const Corners& old : vGone) {
-            const auto [minX, maxX] = std::minmax({old[0]->x(), old[1]->x(), old[2]->x()});
-            const auto [minY, maxY] = std::minmax({old[0]->y(), old[1]->y(), old[2]->y()});
-            if (bStayed || center.x() < minX || center.x() > maxX || center.y() < minY || center.y() > maxY)
-                continue;
-            if (isInTriangle(old, center, 0)) vHolding.push_back(old);
-        }
-        for (std::size_t i = 0; i < vZones.size(); ++i) {
-            bool bIn = true, bOut = true;
-            for (const Corners& old : vHolding)
-                (vZones[i].mHas.at(old) ? bOut : bIn) = false;
-            const bool bIs = vAfter[i].count(corners) != 0;
-            if (!(bIs ? bIn : bOut) && !isSliver(corners))
-                throw Fault{(bIs ? "a zone has grown by" : "a zone has lost") +
-                            textOf({corners[0], corners[1], corners[2]})};
-        }
+        const auto stayed = mBefore.find(corners);
+        bool bSame = stayed == mBefore.end() || stayed->second == zones;
+        if (stayed == mBefore.end() && isInTriangle(corners, center, 1))
+            for (const auto& [old, oldZones] : mGone) // two of them where the centre lies on an edge
+                bSame = bSame && (oldZones == zones || !isInTriangle(old, center, 0));
+        if (!bSame && !isSliver(corners))
+            throw Fault{"not in its zones:" + textOf({corners[0], corners[1], corners[2]})};
     }
 }
 
 // Whether they have a point in common.
-bool CutWitness::meets(const Knife& knife, const Corners& corners) const {
-    int aSides[3];
+bool CutWitness::meets(const Knife& knife, const Corners& corners) {
     for (std::size_t i = 0; i < 3; ++i)
-        aSides[i] = knife.vSides[mIndex.at(corners[i])];
-    if (aSides[0] != 0 && aSides[0] == aSides[1] && aSides[1] == aSides[2]) return false;
-    for (std::size_t i = 0; i < 3; ++i)
-        if (meeting(knife.source, knife.target, *corners[i], *corners[(i + 1) % 3]) != 0) return true;
+        if (boxesMeet(knife.source, knife.target, *corners[i], *corners[(i + 1) % 3]) &&
+            meeting(knife.source, knife.target, *corners[i], *corners[(i + 1) % 3]) != 0)
+            return true;
     return isInTriangle(corners, knife.source, 0);
 }
 
@@ -548,7 +478,7 @@ void CutWitness::checkHull() const {
         const bool bAtHull = std::any_of(vHullEdges.begin(), vHullEdges.end(), [&](const PointPair& edge) {
             return isSliver({edge.first, edge.second, p});
         });
-        if (mIndex.count(p) == 0 && !bAtHull)
+        if (mVertices.count(p) == 0 && !bAtHull)
             throw Fault{"a new vertex of the hull was not on it:" + textOf({p})};
     }
 }

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -29,8 +30,6 @@ public:
 
     // The warnings that the call must give.
     std::string warnings() const;
-    // Whether a knife is left.
-    bool isCut() const { return !vKnives.empty(); }
 
     // The first of these laws that is broken, in words, or an empty text:
     //   - there is no graph exactly when no knife is left;
@@ -65,24 +64,15 @@ private:
         Point2 source, target;
         mpq_class first, last; // the part of it in the hull
         std::vector<Stop> vStops;
-        std::vector<int> vSides; // of the vertices
 
         mpq_class parameterOf(const RationalPoint& p) const;
     };
-    struct Leaf {
-        TESK_KIVO2D::ConstraintSegment2* pSegment;
-        std::vector<std::pair<const Knife*, Stop>> vStops;
-    };
-    struct ZoneBefore {
-        const TESK_KIVO2D::Zone2* pZone;
-        std::map<Corners, bool> mHas;
-    };
+    using Membership = std::map<Corners, std::vector<bool>>; // of all triangles in the zones
 
     std::string findFirst(TESK_KIVO2D::ConstraintGraph2* pGraph, bool bApart) const;
     void sortOut(const Segments& vGiven);
     void addStops(Knife& knife) const;
-    void findHullEdge(Stop& stop) const;
-    bool meets(const Knife& knife, const Corners& corners) const;
+    static bool meets(const Knife& knife, const Corners& corners);
 
     std::vector<Point2*> verticesAt(const Stop& stop, const Places& mPlaces, bool bApart) const;
     void checkVertices(const std::vector<Point2*>& vNew, const Places& mPlaces, bool bApart) const;
@@ -90,8 +80,8 @@ private:
     static bool isShort(const Knife& knife);
     static bool isOn(const Knife& knife, const Point2& p);
     void checkReach(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
-    void checkRing(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces) const;
     void checkLeaves(TESK_KIVO2D::ConstraintGraph2* pGraph, const Places& mPlaces, bool bApart) const;
+    Membership membership() const;
     void checkZones() const;
     void checkOldTriangles(const std::vector<Point2*>& vNew) const;
     void checkHull() const;
@@ -100,13 +90,13 @@ private:
     std::size_t numNotFinite = 0, numNoLength = 0, numApart = 0;
     bool bNoneGiven, bWas2D;
     std::vector<Point2*> vVertices, vHull;
-    std::vector<std::pair<Point2*, Point2>> vPlaces; // of the vertices
-    std::map<Point2*, std::size_t> mIndex;
+    std::map<Point2*, Point2> mVertices; // and where they were
     std::vector<Corners> vTriangles;
     std::vector<PointPair> vEdges, vHullEdges;
     std::vector<Knife> vKnives;
-    std::vector<Leaf> vLeaves;
-    std::vector<ZoneBefore> vZones;
+    std::set<TESK_KIVO2D::ConstraintSegment2*> sLeaves;
+    std::vector<TESK_KIVO2D::Zone2*> vZones;
+    Membership mBefore;
 };
 
 } // namespace oracle
