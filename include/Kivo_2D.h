@@ -221,7 +221,8 @@ public:
     /// Returns the graph of the chain, oriented like the segment. Null, after a warning, for a segment of no
     /// length, one that is not finite, one that has no more than a point in common with the hull (or two that
     /// are rounded to one), and while not 2-D. Pending constraint segments are applied first. A zone as
-    /// narrow as the rounding may be folded away.
+    /// narrow as the rounding may be folded away, and a second cut along the same segment adds vertices where
+    /// rounding has put the chain beside it.
     ///
     /// Listeners hear "cut triangles", once when it is known what is cut and once at the end. Expected
     /// O(k log k) for k crossed edges, plus the time to find the triangle of an end.
